@@ -1,0 +1,32 @@
+# What `cmake --install` puts in place: libraries, public headers, shader sources, the tool, and what
+# find_package and pkg-config need to find them. The installed tree may be moved.
+include(CMakePackageConfigHelpers)
+
+set(headers ${CMAKE_INSTALL_INCLUDEDIR}/kreiluge)
+set(package ${CMAKE_INSTALL_LIBDIR}/cmake/kreiluge)
+
+install(TARGETS kreiluge kreiluge_platform EXPORT kreilugeTargets)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/platform/ DESTINATION ${headers} FILES_MATCHING PATTERN "*.h")
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/RU DESTINATION ${headers} FILES_MATCHING PATTERN "RU_*.h")
+set_property(TARGET kreiluge PROPERTY INSTALL_RPATH "$ORIGIN")
+
+# The directory is there even when it has no shader sources.
+install(DIRECTORY DESTINATION ${CMAKE_INSTALL_DATADIR}/kreiluge/ogl2/gpgpu)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/ogl2/gpgpu/ DESTINATION ${CMAKE_INSTALL_DATADIR}/kreiluge/ogl2/gpgpu OPTIONAL)
+
+if(TARGET kreiluge_tool)
+  install(TARGETS kreiluge_tool)
+  file(RELATIVE_PATH to_libraries ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+  set_property(TARGET kreiluge_tool PROPERTY INSTALL_RPATH "$ORIGIN/${to_libraries}")
+endif()
+
+install(EXPORT kreilugeTargets NAMESPACE kreiluge:: DESTINATION ${package})
+configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/kreilugeConfig.cmake.in
+  ${PROJECT_BINARY_DIR}/kreilugeConfig.cmake INSTALL_DESTINATION ${package} PATH_VARS CMAKE_INSTALL_DATADIR)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/kreilugeConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/kreilugeConfig.cmake ${PROJECT_BINARY_DIR}/kreilugeConfigVersion.cmake
+  DESTINATION ${package})
+
+file(RELATIVE_PATH to_prefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+configure_file(${CMAKE_CURRENT_LIST_DIR}/kreiluge.pc.in ${PROJECT_BINARY_DIR}/kreiluge.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/kreiluge.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
