@@ -1,0 +1,53 @@
+#include <RU/filter/ru_EdgeDetectRows.h>
+
+namespace RU_ISA {
+
+RU_INLINE float magnitude(float v)
+{
+    return __builtin_fabsf(v);
+}
+
+RU_INLINE double magnitude(double v)
+{
+    return __builtin_fabs(v);
+}
+
+template <class Work, bool Sobel>
+void edgeRow(const Work* __restrict top, const Work* __restrict middle, const Work* __restrict bottom,
+             Work* __restrict out, int64_t count)
+{
+    constexpr Work w = Sobel ? 2 : 1;
+    for (int64_t x = 0; x < count; ++x) {
+        const Work gy =
+            (bottom[x] + w * bottom[x + 1] + bottom[x + 2]) - (top[x] + w * top[x + 1] + top[x + 2]);
+        const Work gx =
+            (top[x + 2] + w * middle[x + 2] + bottom[x + 2]) - (top[x] + w * middle[x] + bottom[x]);
+        out[x] = magnitude(gx) + magnitude(gy);
+    }
+}
+
+template <class Work>
+void generalEdgeRow(const Work* __restrict top, const Work* __restrict middle, const Work* __restrict bottom,
+                    Work* __restrict out, int64_t count, const ru_EdgeWeights<Work>& weights)
+{
+    const Work a = weights.gain;
+    const Work b = weights.corner;
+    const Work m = weights.middle;
+    const Work n = weights.norm;
+    for (int64_t x = 0; x < count; ++x) {
+        const Work gx =
+            a * (b * ((top[x + 2] + bottom[x + 2]) - (top[x] + bottom[x])) + m * (middle[x + 2] - middle[x]));
+        const Work gy = a * (b * ((bottom[x] + bottom[x + 2]) - (top[x] + top[x + 2])) +
+                             m * (bottom[x + 1] - top[x + 1]));
+        out[x] = (magnitude(gx) + magnitude(gy)) * n;
+    }
+}
+
+template <class Work>
+inline constexpr ru_EdgeRow<Work> edgeRows = {edgeRow<Work, true>, edgeRow<Work, false>,
+                                              generalEdgeRow<Work>};
+
+extern constinit const ru_EdgeDetectKernels ru_edgeDetectRows = {
+    edgeRows<float>, edgeRows<double>, {RU_COMPILED_FOR}};
+
+} // namespace RU_ISA

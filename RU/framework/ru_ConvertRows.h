@@ -1,0 +1,49 @@
+#pragma once
+
+#include <PXL/PXL_Format.h>
+#include <RU/framework/ru_Kernels.h>
+
+#include <cstdint>
+
+/// The type in which pixels of element type T are computed.
+template <class T>
+struct ru_WorkOf
+{
+    using type = float;
+};
+template <>
+struct ru_WorkOf<unsigned int>
+{
+    using type = double; // a float has too few digits for 32-bit codes
+};
+template <class T>
+using ru_Work = typename ru_WorkOf<T>::type;
+
+/// How the codes of T stand for working values; see RU_Algorithm.h. Means nothing for float and half.
+template <class T>
+struct ru_Range
+{
+    ru_Work<T> scale; ///< working value of one code
+    ru_Work<T> span;  ///< codes from 0.0 to 1.0
+    ru_Work<T> black; ///< code of 0.0
+    int blackCode;    ///< the same for exact integer differences (8 and 16 bits)
+};
+
+/// Rows of codes to rows of working values and back. Source and target do not overlap.
+template <class T, bool FullRange>
+struct ru_RowConversion
+{
+    void (*read)(const T* codes, ru_Work<T>* values, int64_t count, const ru_Range<T>& range);
+    void (*write)(const ru_Work<T>* values, T* codes, int64_t count, const ru_Range<T>& range);
+};
+
+/// All conversions: a table that is each of them.
+struct ru_ConvertKernels :
+#define RU_BASES(CODE, T, WHITE, NAME) ru_RowConversion<T, true>, ru_RowConversion<T, false>,
+    PXL_FOR_EACH_FORMAT(RU_BASES)
+#undef RU_BASES
+        ru_KernelTable
+{
+};
+
+RU_KERNELS(ru_ConvertKernels, ru_convertRows)

@@ -1,0 +1,150 @@
+#include <RU/framework/ru_ConvertRows.h>
+
+#include <SYS/SYS_Half.h>
+
+#if defined(__F16C__)
+#include <immintrin.h>
+#endif
+
+namespace RU_ISA {
+
+// Integer codes. The clamp comes before the cast and asks for "above 0" first, so that NaN becomes 0; what is
+// left is not negative, so that the cast is the floor.
+
+/// code - black, exact and signed.
+template <class T>
+RU_INLINE float difference(T code, const ru_Range<T>& range)
+{
+    return static_cast<float>(static_cast<int>(code) - range.blackCode);
+}
+
+/// 32-bit codes go through signed integers, which every instruction set converts to double.
+RU_INLINE double valueOf(unsigned int code)
+{
+    return static_cast<double>(static_cast<int>(code ^ 0x80000000u)) + 2147483648.0;
+}
+
+RU_INLINE double difference(unsigned int code, const ru_Range<unsigned int>& range)
+{
+    return valueOf(code) - range.black;
+}
+
+template <class T>
+RU_INLINE float valueOf(T code)
+{
+    return static_cast<float>(code);
+}
+
+template <class T>
+RU_INLINE T codeOf(float rounded)
+{
+    constexpr float white = PXL_FormatOf<T>::white;
+    const float positive = rounded > 0.0f ? rounded : 0.0f;
+    return static_cast<T>(static_cast<int>(positive < white ? positive : white));
+}
+
+template <class T>
+RU_INLINE T codeOf(double rounded)
+{
+    constexpr double white = PXL_FormatOf<T>::white;
+    const double positive = rounded > 0.0 ? rounded : 0.0;
+    const double clamped = positive < white ? positive : white;
+    constexpr double whole = 4503599627370496.0; // 2^52: adding it rounds to whole numbers
+    const double nearest = (clamped + whole) - whole;
+    const double floored = nearest > clamped ? nearest - 1.0 : nearest;
+    return static_cast<unsigned int>(static_cast<int>(floored - 2147483648.0)) ^ 0x80000000u;
+}
+
+template <class T, bool FullRange>
+void readCodes(const T* __restrict codes, ru_Work<T>* __restrict values, int64_t count, const ru_Range<T>& of)
+{
+    const ru_Range<T> range = of;
+    for (int64_t i = 0; i < count; ++i)
+        values[i] = (FullRange ? valueOf(codes[i]) : difference(codes[i], range)) * range.scale;
+}
+
+template <class T, bool FullRange>
+void writeCodes(const ru_Work<T>* __restrict values, T* __restrict codes, int64_t count,
+                const ru_Range<T>& of)
+{
+    const ru_Range<T> range = of;
+    constexpr ru_Work<T> half = 0.5f;
+    for (int64_t i = 0; i < count; ++i)
+        codes[i] =
+            codeOf<T>((FullRange ? values[i] * range.span : values[i] * range.span + range.black) + half);
+}
+
+// Halves.
+
+#if defined(__AVX512F__)
+constexpr __mmask16 everyLane = 0xFFFF; // g++ 12 warns about the unmasked forms
+#endif
+
+void readHalves(const fpreal16* from, float* __restrict values, int64_t count, const ru_Range<fpreal16>&)
+{
+    const auto* bits = reinterpret_cast<const uint16_t*>(from);
+    int64_t i = 0;
+#if defined(__AVX512F__)
+    for (; i + 16 <= count; i += 16)
+        _mm512_storeu_ps(
+            values + i,
+            _mm512_maskz_cvtph_ps(everyLane, _mm256_loadu_si256(reinterpret_cast<const __m256i*>(bits + i))));
+#elif defined(__F16C__)
+    for (; i + 8 <= count; i += 8)
+        _mm256_storeu_ps(values + i,
+                         _mm256_cvtph_ps(_mm_loadu_si128(reinterpret_cast<const __m128i*>(bits + i))));
+#endif
+    for (; i < count; ++i)
+#if defined(__F16C__)
+        values[i] = _cvtsh_ss(bits[i]);
+#else
+        values[i] = SYShalfValue(bits[i]);
+#endif
+}
+
+void writeHalves(const float* __restrict values, fpreal16* to, int64_t count, const ru_Range<fpreal16>&)
+{
+    auto* bits = reinterpret_cast<uint16_t*>(to);
+    int64_t i = 0;
+#if defined(__AVX512F__)
+    for (; i + 16 <= count; i += 16)
+        _mm256_storeu_si256(
+            reinterpret_cast<__m256i*>(bits + i),
+            _mm512_maskz_cvtps_ph(everyLane, _mm512_loadu_ps(values + i), _MM_FROUND_TO_NEAREST_INT));
+#elif defined(__F16C__)
+    for (; i + 8 <= count; i += 8)
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(bits + i),
+                         _mm256_cvtps_ph(_mm256_loadu_ps(values + i), _MM_FROUND_TO_NEAREST_INT));
+#endif
+    for (; i < count; ++i)
+#if defined(__F16C__)
+        bits[i] = _cvtss_sh(values[i], _MM_FROUND_TO_NEAREST_INT);
+#else
+        bits[i] = SYShalfBits(values[i]);
+#endif
+}
+
+// Floats are their own working values; these serve code that wants a copy all the same.
+
+void copyFloats(const float* __restrict from, float* __restrict to, int64_t count, const ru_Range<float>&)
+{
+    for (int64_t i = 0; i < count; ++i)
+        to[i] = from[i];
+}
+
+template <class T, bool FullRange>
+inline constexpr ru_RowConversion<T, FullRange> conversion = {readCodes<T, FullRange>,
+                                                              writeCodes<T, FullRange>};
+template <bool FullRange>
+inline constexpr ru_RowConversion<float, FullRange> conversion<float, FullRange> = {copyFloats, copyFloats};
+template <bool FullRange>
+inline constexpr ru_RowConversion<fpreal16, FullRange> conversion<fpreal16, FullRange> = {readHalves,
+                                                                                          writeHalves};
+
+extern constinit const ru_ConvertKernels ru_convertRows = {
+#define RU_CONVERSIONS(CODE, T, WHITE, NAME) conversion<T, true>, conversion<T, false>,
+    PXL_FOR_EACH_FORMAT(RU_CONVERSIONS)
+#undef RU_CONVERSIONS
+        {RU_COMPILED_FOR}};
+
+} // namespace RU_ISA

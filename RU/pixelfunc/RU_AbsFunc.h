@@ -1,0 +1,17 @@
+#pragma once
+
+#include <RU/pixelfunc/RU_PixelFunction.h>
+
+struct ru_Abs;
+
+/// |v|.
+class RU_API RU_AbsFunc : public RU_PixelFunction
+{
+public:
+    RU_ScalarForm getPixelFunction() const override;
+    RU_RowForm getRowFunction() const override;
+    void getPixelShader(UT_String& body) override;
+
+    /// The arithmetic for one component.
+    ru_Abs expression(int component) const;
+};

@@ -1,0 +1,20 @@
+#include <RU/pixelfunc/RU_AcosFunc.h>
+
+#include <RU/pixelfunc/ru_FunctionForms.h>
+#include <RU/pixelfunc/ru_GuardedShader.h>
+
+RU_FUNCTION_FORMS(RU_AcosFunc)
+
+ru_Acos RU_AcosFunc::expression(int) const
+{
+    return {scale_, useReplacement_, replacement_};
+}
+
+void RU_AcosFunc::getPixelShader(UT_String& body)
+{
+    addConstant("scale", RE_GPU_FLOAT32, 1, &scale_, 1);
+    if (useReplacement_)
+        addConstant("replacement", RE_GPU_FLOAT32, 1, &replacement_, 1);
+    body = ru_guardedShader("<=1.0f", "acos", useReplacement_);
+    body.append("value *= VEC4(scale);\n");
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <RU/pixelfunc/RU_PixelFunction.h>
+
+struct ru_Add;
+
+/// v + add.
+class RU_API RU_AddFunc : public RU_PixelFunction
+{
+public:
+    explicit RU_AddFunc(float add) : add_(add) {}
+
+    RU_ScalarForm getPixelFunction() const override;
+    RU_RowForm getRowFunction() const override;
+    void getPixelShader(UT_String& body) override;
+
+    /// The arithmetic for one component.
+    ru_Add expression(int component) const;
+
+private:
+    float add_;
+};

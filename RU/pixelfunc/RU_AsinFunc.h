@@ -1,0 +1,29 @@
+#pragma once
+
+#include <RU/pixelfunc/RU_PixelFunction.h>
+
+struct ru_Asin;
+
+/// asin(v) * scale, in radians. NaN becomes the replacement if there is one, and stays otherwise; numbers
+/// outside
+/// [-1, 1] give what asin gives. The shader replaces those numbers as well.
+class RU_API RU_AsinFunc : public RU_PixelFunction
+{
+public:
+    RU_AsinFunc(float scale, bool useReplacement, float replacement)
+        : scale_(scale), useReplacement_(useReplacement), replacement_(replacement)
+    {
+    }
+
+    RU_ScalarForm getPixelFunction() const override;
+    RU_RowForm getRowFunction() const override;
+    void getPixelShader(UT_String& body) override;
+
+    /// The arithmetic for one component.
+    ru_Asin expression(int component) const;
+
+private:
+    float scale_;
+    bool useReplacement_;
+    float replacement_;
+};

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <RU/pixelfunc/RU_PixelFunction.h>
+
+struct ru_Ceil;
+
+/// The smallest whole number not below v.
+class RU_API RU_CeilFunc : public RU_PixelFunction
+{
+public:
+    RU_ScalarForm getPixelFunction() const override;
+    RU_RowForm getRowFunction() const override;
+    void getPixelShader(UT_String& body) override;
+
+    /// The arithmetic for one component.
+    ru_Ceil expression(int component) const;
+};

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <RU/pixelfunc/RU_PixelFunction.h>
+
+struct ru_Mult;
+
+/// v * mult.
+class RU_API RU_MultFunc : public RU_PixelFunction
+{
+public:
+    explicit RU_MultFunc(float mult) : mult_(mult) {}
+
+    RU_ScalarForm getPixelFunction() const override;
+    RU_RowForm getRowFunction() const override;
+    void getPixelShader(UT_String& body) override;
+
+    /// The arithmetic for one component.
+    ru_Mult expression(int component) const;
+
+private:
+    float mult_;
+};

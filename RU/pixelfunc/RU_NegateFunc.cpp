@@ -1,0 +1,15 @@
+#include <RU/pixelfunc/RU_NegateFunc.h>
+
+#include <RU/pixelfunc/ru_FunctionForms.h>
+
+RU_FUNCTION_FORMS(RU_NegateFunc)
+
+ru_Negate RU_NegateFunc::expression(int) const
+{
+    return {};
+}
+
+void RU_NegateFunc::getPixelShader(UT_String& body)
+{
+    body = "value = -value;\n";
+}

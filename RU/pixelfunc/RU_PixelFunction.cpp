@@ -1,0 +1,240 @@
+#include <RU/pixelfunc/RU_PixelFunction.h>
+
+#include <mutex>
+#include <string>
+
+namespace {
+
+/// The macro that the shader prelude defines for a type; empty where there is none.
+const char* glslType(RE_GPUType type, int vectorSize)
+{
+    static constexpr const char* integers[] = {"INT", "IVEC2", "IVEC3", "IVEC4"};
+    static constexpr const char* floats[] = {"FLOAT", "VEC2", "VEC3", "VEC4"};
+    const bool isVector = vectorSize >= 1 && vectorSize <= 4;
+    switch (type) {
+    case RE_GPU_UINT8:
+    case RE_GPU_UINT16:
+    case RE_GPU_UINT32:
+    case RE_GPU_INT8:
+    case RE_GPU_INT16:
+    case RE_GPU_INT32:
+        return isVector ? integers[vectorSize - 1] : "";
+    case RE_GPU_FLOAT16:
+    case RE_GPU_FLOAT32:
+        return isVector ? floats[vectorSize - 1] : "";
+    case RE_GPU_MATRIX2:
+        return vectorSize == 1 ? "MATRIX2" : "";
+    case RE_GPU_MATRIX3:
+        return vectorSize == 1 ? "MATRIX3" : "";
+    case RE_GPU_MATRIX4:
+        return vectorSize == 1 ? "MATRIX4" : "";
+    }
+    return "";
+}
+
+UT_String numbered(const char* name, int index)
+{
+    return UT_String(name).append(std::to_string(index));
+}
+
+} // namespace
+
+RU_PixelFunction::~RU_PixelFunction()
+{
+    // In a loop: a long chain must not exhaust the stack.
+    while (next_ != nullptr) {
+        RU_PixelFunction* function = next_;
+        next_ = function->next_;
+        function->next_ = nullptr;
+        delete function;
+    }
+}
+
+RU_ScalarForm RU_PixelFunction::getPixelFunction() const
+{
+    return defaultPixelFunction;
+}
+
+RU_VectorForm RU_PixelFunction::getVectorFunction() const
+{
+    scalarFunction_ = getPixelFunction();
+    return defaultVectorFunction;
+}
+
+RU_RowForm RU_PixelFunction::getRowFunction() const
+{
+    scalarFunction_ = getPixelFunction();
+    return defaultRowFunction;
+}
+
+void RU_PixelFunction::getPixelShader(UT_String& body)
+{
+    body.clear();
+}
+
+void RU_PixelFunction::setScope(const bool* scope)
+{
+    for (int c = 0; c < 4; ++c)
+        scope_[c] = scope[c];
+}
+
+bool RU_PixelFunction::isPartialScope() const
+{
+    return scope_[1] != scope_[0] || scope_[2] != scope_[0] || scope_[3] != scope_[0];
+}
+
+bool RU_PixelFunction::areAllComponentsNeeded() const
+{
+    for (const RU_PixelFunction* f = this; f != nullptr; f = f->next_)
+        if (f->needAllComponents())
+            return true;
+    return false;
+}
+
+bool RU_PixelFunction::isComponentDependent() const
+{
+    for (const RU_PixelFunction* f = this; f != nullptr; f = f->next_)
+        if (f->eachComponentDifferent() || f->isPartialScope())
+            return true;
+    return false;
+}
+
+void RU_PixelFunction::buildPixelEngine()
+{
+    const std::lock_guard guard(lock_);
+    if (pixelEngine_.entries() != 0)
+        return;
+    for (RU_PixelFunction* f = this; f != nullptr; f = f->next_) {
+        pixelEngine_.append(f->getPixelFunction());
+        rowEngine_.append(f->getRowFunction());
+        if (engineFunctions_.entries() < pixelEngine_.entries())
+            engineFunctions_.append(f);
+    }
+}
+
+void RU_PixelFunction::buildVectorEngine()
+{
+    const std::lock_guard guard(lock_);
+    if (vectorEngine_.entries() != 0)
+        return;
+    engineFunctions_.clear();
+    for (RU_PixelFunction* f = this; f != nullptr; f = f->next_) {
+        vectorEngine_.append(f->getVectorFunction());
+        if (engineFunctions_.entries() < vectorEngine_.entries())
+            engineFunctions_.append(f);
+    }
+}
+
+float RU_PixelFunction::processValue(float value, int component) const
+{
+    for (int64_t i = 0; i < pixelEngine_.entries(); ++i) {
+        RU_PixelFunction* function = engineFunctions_(i);
+        if (function->isScoped(component))
+            value = pixelEngine_(i)(function, value, component);
+    }
+    return value;
+}
+
+void RU_PixelFunction::processRow(float* values, int64_t count, int component) const
+{
+    for (int64_t i = 0; i < rowEngine_.entries(); ++i) {
+        RU_PixelFunction* function = engineFunctions_(i);
+        if (function->isScoped(component))
+            rowEngine_(i)(function, values, count, component);
+    }
+}
+
+void RU_PixelFunction::processValues(float** components) const
+{
+    for (int64_t i = 0; i < vectorEngine_.entries(); ++i) {
+        RU_PixelFunction* function = engineFunctions_(i);
+        vectorEngine_(i)(function, components, function->scope_);
+    }
+}
+
+float RU_PixelFunction::defaultPixelFunction(RU_PixelFunction*, float value, int)
+{
+    return value;
+}
+
+void RU_PixelFunction::defaultVectorFunction(RU_PixelFunction* function, float** components,
+                                             const bool* scope)
+{
+    for (int c = 0; c < 4; ++c)
+        if (components[c] != nullptr && scope[c])
+            *components[c] = function->scalarFunction_(function, *components[c], c);
+}
+
+void RU_PixelFunction::defaultRowFunction(RU_PixelFunction* function, float* values, int64_t count,
+                                          int component)
+{
+    for (int64_t i = 0; i < count; ++i)
+        values[i] = function->scalarFunction_(function, values[i], component);
+}
+
+void RU_PixelFunction::declareShader(RU_PixelFunction& head, RE_OGLComputeGPU* gpu, int index,
+                                     UT_String& body)
+{
+    head.gpu_ = gpu;
+    head.functionIndex_ = index;
+    head_ = &head;
+    getPixelShader(body);
+    head_ = nullptr;
+    head.gpu_ = nullptr;
+}
+
+void RU_PixelFunction::addParameter(const char* qualifier, const char* type, const UT_String& name, int count)
+{
+    UT_String& declarations = head_->parameterDeclarations_;
+    declarations.append(qualifier).append(type).append(" ").append(name.view());
+    if (count > 1)
+        declarations.append("[").append(std::to_string(count)).append("]");
+    head_->callArguments_.append(",").append(name.view());
+}
+
+void RU_PixelFunction::addConstant(const char* name, RE_GPUType type, int vectorSize, const void* data,
+                                   int count)
+{
+    const UT_String unique = numbered(name, head_->functionIndex_);
+    addParameter(", in ", glslType(type, vectorSize), unique, count);
+    head_->gpu_->setConstant(unique.buffer(), type, vectorSize, data, count, false);
+}
+
+void RU_PixelFunction::addLocal(const char* name, RE_GPUType type, int vectorSize)
+{
+    const UT_String unique = numbered(name, head_->functionIndex_);
+    addParameter(", out ", glslType(type, vectorSize), unique, 1);
+    head_->localDeclarations_.append(glslType(type, vectorSize))
+        .append(" ")
+        .append(unique.view())
+        .append(";\n");
+}
+
+void RU_PixelFunction::addArray(const char* name, RE_GPUType type, int vectorSize, int width, int height,
+                                const void* data)
+{
+    head_->gpu_->setArray2D(name, type, vectorSize, width, height, data);
+}
+
+void RU_PixelFunction::addArray(const char* name, RE_GPUType type, int vectorSize, int width, int height,
+                                const void* d0, const void* d1, const void* d2, const void* d3)
+{
+    const UT_String unique = numbered(name, head_->functionIndex_);
+    addParameter(", out ", glslType(type, vectorSize), unique, 1);
+    head_->gpu_->setArray2D(unique.buffer(), type, vectorSize, width, height, d0, d1, d2, d3);
+}
+
+void RU_PixelFunction::addFunction(const char* name, const char* code)
+{
+    if (head_->addedFunctionNames_.sortedInsert(name))
+        head_->addedFunctionCode_.append(code).append("\n");
+}
+
+void RU_PixelFunction::usesGlobal(const char* name)
+{
+    if (head_->usesNumComps_ || std::string_view(name) != "num_comps")
+        return;
+    head_->usesNumComps_ = true;
+    head_->callArguments_.append(", num_comps");
+    head_->parameterDeclarations_.append(", in int num_comps");
+}

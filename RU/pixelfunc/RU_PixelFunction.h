@@ -1,0 +1,148 @@
+#pragma once
+
+#include <RE/RE_OGLComputeGPU.h>
+#include <RU/RU_API.h>
+#include <UT/UT_Lock.h>
+#include <UT/UT_PtrArray.h>
+#include <UT/UT_String.h>
+#include <UT/UT_StringArray.h>
+
+#include <cstdint>
+
+class RU_PixelFunction;
+
+/// One value of one component.
+using RU_ScalarForm = float (*)(RU_PixelFunction* function, float value, int component);
+/// One pixel: pointers to its red, green, blue and alpha values, null where a component is absent.
+using RU_VectorForm = void (*)(RU_PixelFunction* function, float** components, const bool* scope);
+/// `count` values of one component, changed in place: the scalar form on each, bit for bit.
+using RU_RowForm = void (*)(RU_PixelFunction* function, float* values, int64_t count, int component);
+
+/// The base of the colour operations that form chains: add, gamma, log and so on.
+///
+/// A chain is evaluated in four ways: value by value, row by row, pixel by pixel, and on the GPU, where each
+/// function contributes the body of one GLSL function and its parameters. RU_PixelEngine runs chains over
+/// tiles.
+///
+/// Units: linear or display values as the images hold them, 0.0 black and 1.0 white; nothing is clamped
+/// unless a function says so. A function touches only components in its scope; missing components are
+/// skipped. Ownership: functions are made with new and linked with setNext(); deleting the head deletes the
+/// chain. Parameters are fixed at construction; a chain must not change once one of its engines was built.
+/// Threads: the build calls lock; process calls only read, and may run on many threads after building.
+/// Building a shader writes into the head and is for one thread per chain.
+class RU_API RU_PixelFunction
+{
+public:
+    RU_PixelFunction() = default;
+    RU_PixelFunction(const RU_PixelFunction&) = delete;
+    RU_PixelFunction& operator=(const RU_PixelFunction&) = delete;
+
+    /// Deletes the rest of the chain too.
+    virtual ~RU_PixelFunction();
+
+    /// The result for a component depends on other components.
+    virtual bool needAllComponents() const { return false; }
+    /// The components are treated differently.
+    virtual bool eachComponentDifferent() const { return false; }
+    virtual RU_ScalarForm getPixelFunction() const;
+    virtual RU_VectorForm getVectorFunction() const;
+    /// Writes the body of the GLSL function and declares its parameters; empty: the function does nothing
+    /// there.
+    virtual void getPixelShader(UT_String& body);
+    virtual RU_RowForm getRowFunction() const;
+
+    void setNext(RU_PixelFunction* next) { next_ = next; }
+    RU_PixelFunction* next() const { return next_; }
+
+    /// Which of red, green, blue and alpha the function applies to; all by default.
+    void setScope(const bool* scope);
+    const bool* getScope() const { return scope_; }
+    bool isScoped(int component) const { return scope_[component]; }
+    /// True unless the four flags are equal.
+    bool isPartialScope() const;
+
+    /// From this function to the end of the chain: does any need all components?
+    bool areAllComponentsNeeded() const;
+    /// From this function to the end of the chain: does any treat components differently, by itself or by
+    /// scope?
+    bool isComponentDependent() const;
+
+    /// Fill the evaluation lists of the chain that starts here, once; cheap when they are filled already.
+    void buildPixelEngine();
+    void buildVectorEngine();
+
+    /// The chain on one value. Unchanged before buildPixelEngine().
+    float processValue(float value, int component) const;
+    /// The chain on `count` values in place; processValue() on each, bit for bit.
+    void processRow(float* values, int64_t count, int component) const;
+    /// The chain on one pixel. Unchanged before buildVectorEngine().
+    void processValues(float** components) const;
+
+    // Shaders. `head` collects what the functions of its chain declare.
+
+    void setNumComps(int count) { numComps_ = count; }
+    bool usesNumCompsGlobal() const { return usesNumComps_; }
+
+    const UT_String& getShaderCode() const { return shaderCode_; }
+    const UT_String& getFunctionCode() const { return functionCode_; }
+    const UT_String& getLocals() const { return locals_; }
+    const UT_String& getCallArguments() const { return callArguments_; }
+    const UT_String& getParameterDeclarations() const { return parameterDeclarations_; }
+    const UT_String& getLocalDeclarations() const { return localDeclarations_; }
+    const UT_String& getAddedFunctionCode() const { return addedFunctionCode_; }
+
+    /// getPixelShader() of function number `index` of a shader that `head` collects for `gpu`.
+    void declareShader(RU_PixelFunction& head, RE_OGLComputeGPU* gpu, int index, UT_String& body);
+
+protected:
+    static float defaultPixelFunction(RU_PixelFunction* function, float value, int component);
+    static void defaultVectorFunction(RU_PixelFunction* function, float** components, const bool* scope);
+    static void defaultRowFunction(RU_PixelFunction* function, float* values, int64_t count, int component);
+
+    // For getPixelShader(). `vectorSize` is 1 to 4; names get the function's index appended.
+
+    int getNumComps() const { return head_->numComps_; }
+    int getFunctionIndex() const { return head_->functionIndex_; }
+
+    /// An input parameter, or an array of `count` of them.
+    void addConstant(const char* name, RE_GPUType type, int vectorSize, const void* data, int count);
+    /// A variable of the main program that the function writes.
+    void addLocal(const char* name, RE_GPUType type, int vectorSize);
+    /// An array under its plain name.
+    void addArray(const char* name, RE_GPUType type, int vectorSize, int width, int height, const void* data);
+    /// An array from four planes, one per component.
+    void addArray(const char* name, RE_GPUType type, int vectorSize, int width, int height, const void* d0,
+                  const void* d1, const void* d2, const void* d3);
+    /// A GLSL function that several functions of a chain may share; emitted once.
+    void addFunction(const char* name, const char* code);
+    /// A variable of the program that the function reads. Known: "num_comps"; others are ignored.
+    void usesGlobal(const char* name);
+
+private:
+    void addParameter(const char* qualifier, const char* type, const UT_String& name, int count);
+
+    RU_PixelFunction* next_ = nullptr;
+    UT_Lock lock_;
+    UT_PtrArray<RU_ScalarForm> pixelEngine_;
+    UT_PtrArray<RU_VectorForm> vectorEngine_;
+    UT_PtrArray<RU_PixelFunction*> engineFunctions_;              ///< of the entry with the same index
+    mutable RU_ScalarForm scalarFunction_ = defaultPixelFunction; ///< for the default vector and row forms
+    bool scope_[4] = {true, true, true, true};
+
+    // Used on the head of a chain while a shader is built; head_ is null otherwise.
+    RU_PixelFunction* head_ = nullptr;
+    UT_String shaderCode_;
+    UT_String functionCode_;
+    UT_String locals_;
+    UT_String callArguments_;
+    UT_String parameterDeclarations_;
+    UT_String localDeclarations_;
+    UT_StringArray addedFunctionNames_;
+    UT_String addedFunctionCode_;
+    RE_OGLComputeGPU* gpu_ = nullptr;
+    int functionIndex_ = 0;
+    int numComps_ = 0;
+    bool usesNumComps_ = false;
+
+    UT_PtrArray<RU_RowForm> rowEngine_; ///< filled along with the pixel engine
+};

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <RU/pixelfunc/RU_PixelFunction.h>
+
+struct ru_Power;
+
+/// v^expon, odd about 0: -((-v)^expon) below it.
+class RU_API RU_PowerFunc : public RU_PixelFunction
+{
+public:
+    explicit RU_PowerFunc(float expon) : expon_(expon) {}
+
+    RU_ScalarForm getPixelFunction() const override;
+    RU_RowForm getRowFunction() const override;
+    void getPixelShader(UT_String& body) override;
+
+    /// The arithmetic for one component.
+    ru_Power expression(int component) const;
+
+private:
+    float expon_;
+};

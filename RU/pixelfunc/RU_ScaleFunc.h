@@ -1,0 +1,23 @@
+#pragma once
+
+#include <RU/pixelfunc/RU_PixelFunction.h>
+
+struct ru_Scale;
+
+/// (v - pivot) * scale + pivot: contrast about a pivot.
+class RU_API RU_ScaleFunc : public RU_PixelFunction
+{
+public:
+    RU_ScaleFunc(float scale, float pivot) : scale_(scale), pivot_(pivot) {}
+
+    RU_ScalarForm getPixelFunction() const override;
+    RU_RowForm getRowFunction() const override;
+    void getPixelShader(UT_String& body) override;
+
+    /// The arithmetic for one component.
+    ru_Scale expression(int component) const;
+
+private:
+    float scale_;
+    float pivot_;
+};

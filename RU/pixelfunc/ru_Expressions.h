@@ -1,0 +1,236 @@
+#pragma once
+
+#include <RU/framework/ru_Math.h>
+#include <SYS/SYS_Math.h>
+
+/// The arithmetic of every pixel function, once: its parameters for one component, and the result for a
+/// value. Scalar and row forms are both made from it. What looks roundabout keeps the loop over a row free of
+/// branches.
+#define RU_EXPRESSION [[gnu::always_inline]] inline float operator()
+
+struct ru_Add
+{
+    float add;
+    RU_EXPRESSION(float v) const { return v + add; }
+};
+
+struct ru_Mult
+{
+    float mult;
+    RU_EXPRESSION(float v) const { return v * mult; }
+};
+
+struct ru_MAdd
+{
+    float mult, add;
+    RU_EXPRESSION(float v) const { return v * mult + add; }
+};
+
+struct ru_Scale
+{
+    float scale, pivot;
+    RU_EXPRESSION(float v) const { return (v - pivot) * scale + pivot; }
+};
+
+/// 0 and 1 stay exactly what they are, whatever the exponent.
+struct ru_Gamma
+{
+    float igamma;
+    RU_EXPRESSION(float v) const
+    {
+        const double x = v;
+        const double power = ru_math::powOfMagnitude(__builtin_fabs(x), igamma);
+        const double kept = x == 0.0 ? 0.0 : x == 1.0 ? 1.0 : power;
+        return static_cast<float>(x < 0.0 ? -kept : kept);
+    }
+};
+
+/// A limit that is not used is infinite. The upper test sees what the lower one made.
+struct ru_Limit
+{
+    float lower, belowValue, upper, aboveValue;
+    RU_EXPRESSION(float v) const
+    {
+        const float raised = v < lower ? belowValue : v;
+        return raised > upper ? aboveValue : raised;
+    }
+};
+
+struct ru_Quantize
+{
+    float step, offset;
+    RU_EXPRESSION(float v) const { return __builtin_floorf((v - offset) / step) * step + offset; }
+};
+
+struct ru_Abs
+{
+    RU_EXPRESSION(float v) const { return __builtin_fabsf(v); }
+};
+
+struct ru_Negate
+{
+    RU_EXPRESSION(float v) const { return -v; }
+};
+
+struct ru_Invert
+{
+    bool useReplacement;
+    float replacement;
+    RU_EXPRESSION(float v) const
+    {
+        const float atZero = useReplacement ? replacement : v;
+        return v == 0.0f ? atZero : 1.0f / v;
+    }
+};
+
+struct ru_Sign
+{
+    RU_EXPRESSION(float v) const { return v < 0.0f ? -1.0f : v > 0.0f ? 1.0f : 0.0f; }
+};
+
+struct ru_Floor
+{
+    RU_EXPRESSION(float v) const { return __builtin_floorf(v); }
+};
+
+struct ru_Ceil
+{
+    RU_EXPRESSION(float v) const { return SYSceil(v); }
+};
+
+struct ru_Round
+{
+    RU_EXPRESSION(float v) const { return __builtin_floorf(v + 0.5f); }
+};
+
+/// v^expon, odd about 0; a zero keeps the sign that C gives it.
+struct ru_Power
+{
+    float expon;
+    RU_EXPRESSION(float v) const
+    {
+        const double x = v;
+        const double power = ru_math::powOfMagnitude(__builtin_fabs(x), expon);
+        return static_cast<float>(
+            ru_math::withSign(power, x, (x < 0.0) | ((x == 0.0) & ru_math::isOdd(expon))));
+    }
+};
+
+/// base^v, negated for a base below 0.
+struct ru_Raise
+{
+    float base;
+    RU_EXPRESSION(float v) const
+    {
+        const double x = base;
+        const double power = ru_math::powOfMagnitude(__builtin_fabs(x), v);
+        return static_cast<float>(ru_math::withSign(power, x, (x < 0.0) | ((x == 0.0) & ru_math::isOdd(v))));
+    }
+};
+
+struct ru_Log
+{
+    float factor;
+    bool useReplacement;
+    float replacement;
+    RU_EXPRESSION(float v) const
+    {
+        const float otherwise = useReplacement ? replacement : v;
+        return v > 0.0f ? ru_log(v) * factor : otherwise;
+    }
+};
+
+struct ru_Sin
+{
+    float scale, shift;
+    RU_EXPRESSION(float v) const { return __builtin_sinf(v * scale + shift); }
+};
+
+struct ru_Sinh
+{
+    float scale;
+    RU_EXPRESSION(float v) const { return __builtin_sinhf(v * scale); }
+};
+
+struct ru_Cosh
+{
+    float scale;
+    RU_EXPRESSION(float v) const { return __builtin_coshf(v * scale); }
+};
+
+/// At the float nearest to pi / 2 the replacement, or the input as it came in, unscaled.
+struct ru_Tan
+{
+    float scale;
+    bool useReplacement;
+    float replacement;
+    RU_EXPRESSION(float v) const
+    {
+        constexpr float pole = 1.5707964f;
+        const float x = v * scale;
+        const float otherwise = useReplacement ? replacement : v;
+        return __builtin_fabsf(x) == pole ? otherwise : __builtin_tanf(x);
+    }
+};
+
+struct ru_Tanh
+{
+    float scale;
+    RU_EXPRESSION(float v) const { return __builtin_tanhf(v * scale); }
+};
+
+struct ru_Atan
+{
+    float scale;
+    RU_EXPRESSION(float v) const { return __builtin_atanf(v) * scale; }
+};
+
+/// Only NaN takes the replacement; a number outside [-1, 1] gives what C's asin gives.
+struct ru_Asin
+{
+    float scale;
+    bool useReplacement;
+    float replacement;
+    RU_EXPRESSION(float v) const
+    {
+        const float otherwise = useReplacement ? replacement : v;
+        return v <= 1.0f || v >= -1.0f ? __builtin_asinf(v) * scale : otherwise;
+    }
+};
+
+struct ru_Acos
+{
+    float scale;
+    bool useReplacement;
+    float replacement;
+    RU_EXPRESSION(float v) const
+    {
+        const float otherwise = useReplacement ? replacement : v;
+        return v <= 1.0f || v >= -1.0f ? __builtin_acosf(v) * scale : otherwise;
+    }
+};
+
+/// The list that the kernels are made from.
+#define RU_FOR_EACH_EXPRESSION(X)                                                                            \
+    X(ru_Add)                                                                                                \
+    X(ru_Mult)                                                                                               \
+    X(ru_MAdd) X(ru_Scale) X(ru_Gamma) X(ru_Limit) X(ru_Quantize) X(ru_Abs) X(ru_Negate) X(ru_Invert)        \
+        X(ru_Sign) X(ru_Floor) X(ru_Ceil) X(ru_Round) X(ru_Power) X(ru_Raise) X(ru_Log) X(ru_Sin) X(ru_Sinh) \
+            X(ru_Cosh) X(ru_Tan) X(ru_Tanh) X(ru_Atan) X(ru_Asin) X(ru_Acos)
+
+/// An expression over a row, in place.
+template <class Expression>
+struct ru_RowKernel
+{
+    void (*run)(const Expression& expression, float* values, int64_t count);
+};
+
+struct ru_ExpressionKernels :
+#define RU_BASE(EXPRESSION) ru_RowKernel<EXPRESSION>,
+    RU_FOR_EACH_EXPRESSION(RU_BASE)
+#undef RU_BASE
+        ru_KernelTable
+{
+};
+
+RU_KERNELS(ru_ExpressionKernels, ru_expressionRows)

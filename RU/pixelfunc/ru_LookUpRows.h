@@ -1,0 +1,15 @@
+#pragma once
+
+#include <RU/framework/ru_Kernels.h>
+
+#include <cstdint>
+
+/// Rows through tables: out = table[in]. Rows may be the same.
+struct ru_LookUpKernels : ru_KernelTable
+{
+    void (*bytes)(const uint8_t* table, const uint8_t* in, uint8_t* out, int64_t count);
+    /// The table has 65,536 entries and one more behind them that may be read.
+    void (*words)(const uint16_t* table, const uint16_t* in, uint16_t* out, int64_t count);
+};
+
+RU_KERNELS(ru_LookUpKernels, ru_lookUpRows)

@@ -1,0 +1,183 @@
+#include <RU/pixelfunc/ru_PixelEngineOp.h>
+
+namespace {
+
+/// The output tile of component `c`, null when it is done already. The engine writes constant tiles too, so
+/// that it can run in place over one.
+TIL_Tile* openTile(const TIL_TileList& out, int c)
+{
+    TIL_Tile* tile = out.tiles[c];
+    return tile != nullptr && !tile->isDone() ? tile : nullptr;
+}
+
+template <class T>
+T* dataOf(TIL_Tile& tile)
+{
+    T* data = nullptr;
+    tile.getImageData(data);
+    return data;
+}
+
+template <class T>
+const T* dataOf(const TIL_Tile& tile)
+{
+    const T* data = nullptr;
+    tile.getImageData(data);
+    return data;
+}
+
+template <class T>
+void fillConstant(TIL_Tile& tile, const ru_TileRows& rows, T code)
+{
+    T* data = dataOf<T>(tile);
+    for (int y = rows.first; y < rows.height; y += rows.step)
+        std::fill_n(data + rows.offset(y), rows.width, code);
+    tile.setConstantTile(true);
+}
+
+bool allConstant(const TIL_TileList& list)
+{
+    return std::all_of(std::begin(list.tiles), std::end(list.tiles),
+                       [](const TIL_Tile* tile) { return tile == nullptr || tile->isConstant(); });
+}
+
+/// A stretch of pixels, as the chain sees it: a row of values per component, zeros where the input has none.
+template <class T, bool FullRange>
+class PixelRows
+{
+public:
+    PixelRows(const RU_PixelFunction& chain, const TIL_TileList& in, const ru_Range<T>& range)
+        : chain_(chain), in_(in), rows_(range)
+    {
+    }
+
+    /// Reads `count` pixels from `offset` on, at most ru_chunk, and runs the chain on each.
+    void evaluate(int64_t offset, int64_t count)
+    {
+        float* components[4] = {};
+        for (int c = 0; c < 4; ++c) {
+            if (in_.tiles[c] == nullptr)
+                continue;
+            rows_.read(dataOf<T>(static_cast<const TIL_Tile&>(*in_.tiles[c])) + offset, values_[c], count);
+            components[c] = values_[c];
+        }
+        for (int64_t i = 0; i < count; ++i) {
+            chain_.processValues(components);
+            for (float*& component : components)
+                if (component != nullptr)
+                    ++component;
+        }
+    }
+
+    void write(T* codes, int component, int64_t count) const
+    {
+        rows_.write(values_[component], codes, count);
+    }
+
+private:
+    const RU_PixelFunction& chain_;
+    const TIL_TileList& in_;
+    ru_FloatRows<T, FullRange> rows_;
+    float values_[4][ru_chunk] = {};
+};
+
+} // namespace
+
+template <class T, bool FullRange>
+int RU_PixelEngineOp<T, FullRange>::pixelAdjust(TIL_TileList* out, const TIL_TileList* in, float, int thread,
+                                                void*)
+{
+    if (engine().function == nullptr)
+        return 0;
+    if (ru_TileRows(*out).empty())
+        return 1;
+    if (engine().function->areAllComponentsNeeded())
+        adjustPixels(*out, *in, thread);
+    else
+        adjustComponents(*out, *in, thread);
+    return 1;
+}
+
+template <class T, bool FullRange>
+auto RU_PixelEngineOp<T, FullRange>::componentRows(const TIL_TileList& out) const
+{
+    constexpr unsigned int fullWhite = PXL_FormatOf<T>::white;
+    const unsigned int black = FullRange ? 0 : out.blackPoint;
+    const unsigned int white = FullRange ? fullWhite : out.whitePoint;
+    if constexpr (std::is_same_v<T, unsigned char>)
+        return ru_TableRows<T>(engine().buildLUT8(black, white)->table);
+    else if constexpr (std::is_same_v<T, unsigned short>)
+        return ru_TableRows<T>(engine().buildLUT16(black, white)->table);
+    else if constexpr (std::is_same_v<T, fpreal16> && FullRange)
+        return ru_TableRows<T>(engine().buildLUT16FP()->table);
+    else
+        return ru_ChainRows<T, FullRange>(*engine().function, ru_engineRange<T, FullRange>(black, white));
+}
+
+template <class T, bool FullRange>
+void RU_PixelEngineOp<T, FullRange>::adjustComponents(const TIL_TileList& out, const TIL_TileList& in,
+                                                      int thread) const
+{
+    engine().function->buildPixelEngine();
+    const auto evaluator = componentRows(out);
+    const ru_TileRows rows(out);
+    for (int c = 0; c < 4; ++c) {
+        TIL_Tile* to = openTile(out, c);
+        const TIL_Tile* from = in.tiles[c];
+        if (to == nullptr || from == nullptr)
+            continue;
+        const T* source = dataOf<T>(*from);
+        if (from->isConstant()) {
+            T code;
+            evaluator.evaluate(source + rows.offset(rows.first), &code, 1, c);
+            fillConstant(*to, rows, code);
+            continue;
+        }
+        to->setConstantTile(false);
+        T* target = dataOf<T>(*to);
+        for (int y = rows.first; y < rows.height; y += rows.step) {
+            if (RU_Algorithm::interruptCheck(thread))
+                return;
+            evaluator.evaluate(source + rows.offset(y), target + rows.offset(y), rows.width, c);
+        }
+    }
+}
+
+template <class T, bool FullRange>
+void RU_PixelEngineOp<T, FullRange>::adjustPixels(const TIL_TileList& out, const TIL_TileList& in,
+                                                  int thread) const
+{
+    RU_PixelFunction& chain = *engine().function;
+    chain.buildVectorEngine();
+    const ru_TileRows rows(out);
+    PixelRows<T, FullRange> pixels(chain, in, ru_engineRange<T, FullRange>(out.blackPoint, out.whitePoint));
+    if (allConstant(in)) {
+        pixels.evaluate(rows.offset(rows.first), 1);
+        for (int c = 0; c < 4; ++c)
+            if (TIL_Tile* tile = openTile(out, c)) {
+                T code;
+                pixels.write(&code, c, 1);
+                fillConstant(*tile, rows, code);
+            }
+        return;
+    }
+    for (int y = rows.first; y < rows.height; y += rows.step) {
+        if (RU_Algorithm::interruptCheck(thread))
+            return;
+        for (int x = 0; x < rows.width; x += ru_chunk) {
+            const int64_t count = std::min<int64_t>(ru_chunk, rows.width - x);
+            pixels.evaluate(rows.offset(y) + x, count);
+            for (int c = 0; c < 4; ++c)
+                if (TIL_Tile* tile = openTile(out, c)) {
+                    tile->setConstantTile(false);
+                    pixels.write(dataOf<T>(*tile) + rows.offset(y) + x, c, count);
+                }
+        }
+    }
+}
+
+#define RU_INSTANTIATE(CODE, T, WHITE, NAME)                                                                 \
+    template class RU_PixelEngineOp<T, true>;                                                                \
+    template class RU_PixelEngineOp<T, false>;
+PXL_FOR_EACH_FORMAT(RU_INSTANTIATE)
+#undef RU_INSTANTIATE

@@ -1,0 +1,95 @@
+#include <PXL/PXL_Caps.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <iterator>
+#include <string_view>
+
+namespace {
+
+constexpr const char* setNames[] = {
+#define PXL_NAME(NAME) #NAME,
+    PXL_FOR_EACH_INSTRUCTION_SET(PXL_NAME)
+#undef PXL_NAME
+};
+
+struct Capabilities
+{
+    bool mmx = false;
+    bool sse = false;
+    PXL_InstructionSet widest = PXL_InstructionSet::baseline;
+    PXL_InstructionSet chosen = PXL_InstructionSet::baseline;
+};
+
+PXL_InstructionSet capFromEnvironment(PXL_InstructionSet widest)
+{
+    const char* wanted = std::getenv("KREILUGE_ISA");
+    if (wanted == nullptr)
+        return widest;
+    for (size_t i = 0; i < std::size(setNames); ++i)
+        if (std::string_view(wanted) == setNames[i])
+            return std::min(widest, static_cast<PXL_InstructionSet>(i));
+    return widest;
+}
+
+Capabilities readCapabilities()
+{
+    Capabilities caps;
+#if defined(__x86_64__)
+    __builtin_cpu_init();
+    caps.mmx = __builtin_cpu_supports("mmx");
+    caps.sse = __builtin_cpu_supports("sse");
+    // Every processor with AVX2 has F16C; the compilers' feature test does not know the name.
+    if (__builtin_cpu_supports("avx2"))
+        caps.widest = PXL_InstructionSet::avx2;
+    if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+        __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl") &&
+        __builtin_cpu_supports("avx512vbmi"))
+        caps.widest = PXL_InstructionSet::avx512;
+#endif
+    caps.chosen = capFromEnvironment(caps.widest);
+    return caps;
+}
+
+const Capabilities& capabilities()
+{
+    static const Capabilities caps = readCapabilities();
+    return caps;
+}
+
+} // namespace
+
+void PXLdetermineProcCaps()
+{
+    capabilities();
+}
+
+bool PXLcpuHasMMX()
+{
+    return capabilities().mmx;
+}
+
+bool PXLcpuHasSSE()
+{
+    return capabilities().sse;
+}
+
+bool PXLcpuHasXMMX()
+{
+    return capabilities().mmx && capabilities().sse;
+}
+
+PXL_InstructionSet PXLwidestInstructionSet()
+{
+    return capabilities().widest;
+}
+
+PXL_InstructionSet PXLinstructionSet()
+{
+    return capabilities().chosen;
+}
+
+const char* PXLinstructionSetName(PXL_InstructionSet set)
+{
+    return setNames[static_cast<size_t>(set)];
+}
