@@ -7,7 +7,7 @@
 #include <cstring>
 
 /// Pixels pass through the chain in pieces of this many values, which stay in the nearest cache.
-inline constexpr int64_t ru_chunk = 1024;
+inline constexpr int64_t ru_chunk = 512;
 
 /// Rows of one format as the floats that chains work on.
 template <class T, bool FullRange>
