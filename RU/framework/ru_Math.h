@@ -87,14 +87,16 @@ RU_INLINE bool isWhole(double magnitude)
 RU_INLINE bool isOdd(double v)
 {
     const double magnitude = __builtin_fabs(v);
-    return isWhole(magnitude) & !isWhole(magnitude * 0.5);
+    const bool whole = isWhole(magnitude);
+    const bool even = isWhole(magnitude * 0.5);
+    return whole & !even;
 }
 
 /// x^y for x >= 0 and NaN.
 RU_INLINE double powOfMagnitude(double x, double y)
 {
     const double power = exp2Of((y * log2e) * lnOfMagnitude(x));
-    return (x == 1.0) | (y == 0.0) ? 1.0 : power;
+    return ((x == 1.0) | (y == 0.0)) ? 1.0 : power;
 }
 
 /// `magnitude` with the sign of `sign` where `take` holds.
