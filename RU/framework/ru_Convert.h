@@ -3,6 +3,7 @@
 #include <RU/framework/ru_ConvertRows.h>
 #include <TIL/TIL_TileList.h>
 
+#include <algorithm>
 #include <type_traits>
 
 /// The range of T over its full width, or between two points.
@@ -20,23 +21,21 @@ ru_Range<T> ru_rangeOf(unsigned int black, unsigned int white)
     }
 }
 
-/// Rows of one format to and from working values, for one call of an operation.
-/// Where codes are working values already (float), rows are used in place and nothing is copied.
-template <class T, bool FullRange>
+/// Rows of one format to and from values, for one call of an operation. The values are of the working type,
+/// or float for what pixel functions compute. Where codes are values already, rows can be used in place and
+/// nothing is copied.
+template <class T, bool FullRange, class Value = ru_Work<T>>
 class ru_RowConverter
 {
 public:
-    using Work = ru_Work<T>;
-    static constexpr bool inPlace = std::is_same_v<T, Work>;
-
     explicit ru_RowConverter(const TIL_TileList& out)
         : ru_RowConverter(ru_rangeOf<T, FullRange>(out.blackPoint, out.whitePoint))
     {
     }
     explicit ru_RowConverter(const ru_Range<T>& range) : range_(range), rows_(ru_convertRows()) {}
 
-    /// `count` codes as working values: in `scratch`, or where they are.
-    const Work* read(const T* codes, Work* scratch, int64_t count) const
+    /// `count` codes as values: in `scratch`, or where they are.
+    const Value* read(const T* codes, Value* scratch, int64_t count) const
     {
         if constexpr (inPlace) {
             return codes;
@@ -46,8 +45,15 @@ public:
         }
     }
 
+    /// `count` codes as values, in `values`.
+    void load(const T* codes, Value* values, int64_t count) const
+    {
+        if (const Value* source = read(codes, values, count); source != values)
+            std::copy_n(source, count, values);
+    }
+
     /// Where to compute the values that write() will store at `codes`: `scratch`, or `codes` itself.
-    Work* target(T* codes, Work* scratch) const
+    Value* target(T* codes, Value* scratch) const
     {
         if constexpr (inPlace)
             return codes;
@@ -55,13 +61,17 @@ public:
             return scratch;
     }
 
-    void write(const Work* values, T* codes, int64_t count) const
+    void write(const Value* values, T* codes, int64_t count) const
     {
         if constexpr (!inPlace)
             rows_.write(values, codes, count, range_);
+        else if (values != codes)
+            std::copy_n(values, count, codes);
     }
 
 private:
+    static constexpr bool inPlace = std::is_same_v<T, Value>;
+
     ru_Range<T> range_;
-    const ru_RowConversion<T, FullRange>& rows_;
+    const ru_RowConversion<T, FullRange, Value>& rows_;
 };

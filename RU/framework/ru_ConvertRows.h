@@ -29,20 +29,23 @@ struct ru_Range
     int blackCode;    ///< the same for exact integer differences (8 and 16 bits)
 };
 
-/// Rows of codes to rows of working values and back. Source and target do not overlap.
-template <class T, bool FullRange>
+/// Rows of codes to rows of values and back. Source and target do not overlap.
+template <class T, bool FullRange, class Value>
 struct ru_RowConversion
 {
-    void (*read)(const T* codes, ru_Work<T>* values, int64_t count, const ru_Range<T>& range);
-    void (*write)(const ru_Work<T>* values, T* codes, int64_t count, const ru_Range<T>& range);
+    void (*read)(const T* codes, Value* values, int64_t count, const ru_Range<T>& range);
+    void (*write)(const Value* values, T* codes, int64_t count, const ru_Range<T>& range);
 };
 
-/// All conversions: a table that is each of them.
+/// All conversions: a table that is each of them. Pixel functions take 32-bit codes as floats too.
 struct ru_ConvertKernels :
-#define RU_BASES(CODE, T, WHITE, NAME) ru_RowConversion<T, true>, ru_RowConversion<T, false>,
+#define RU_BASES(CODE, T, WHITE, NAME)                                                                       \
+    ru_RowConversion<T, true, ru_Work<T>>, ru_RowConversion<T, false, ru_Work<T>>,
     PXL_FOR_EACH_FORMAT(RU_BASES)
 #undef RU_BASES
-        ru_KernelTable
+        ru_RowConversion<unsigned int, true, float>,
+    ru_RowConversion<unsigned int, false, float>,
+    ru_KernelTable
 {
 };
 

@@ -55,23 +55,24 @@ RU_INLINE T codeOf(double rounded)
     return static_cast<unsigned int>(static_cast<int>(floored - 2147483648.0)) ^ 0x80000000u;
 }
 
-template <class T, bool FullRange>
-void readCodes(const T* __restrict codes, ru_Work<T>* __restrict values, int64_t count, const ru_Range<T>& of)
+template <class T, bool FullRange, class Value>
+void readCodes(const T* __restrict codes, Value* __restrict values, int64_t count, const ru_Range<T>& of)
 {
     const ru_Range<T> range = of;
     for (int64_t i = 0; i < count; ++i)
-        values[i] = (FullRange ? valueOf(codes[i]) : difference(codes[i], range)) * range.scale;
+        values[i] =
+            static_cast<Value>((FullRange ? valueOf(codes[i]) : difference(codes[i], range)) * range.scale);
 }
 
-template <class T, bool FullRange>
-void writeCodes(const ru_Work<T>* __restrict values, T* __restrict codes, int64_t count,
-                const ru_Range<T>& of)
+template <class T, bool FullRange, class Value>
+void writeCodes(const Value* __restrict values, T* __restrict codes, int64_t count, const ru_Range<T>& of)
 {
     const ru_Range<T> range = of;
     constexpr ru_Work<T> half = 0.5f;
-    for (int64_t i = 0; i < count; ++i)
-        codes[i] =
-            codeOf<T>((FullRange ? values[i] * range.span : values[i] * range.span + range.black) + half);
+    for (int64_t i = 0; i < count; ++i) {
+        const ru_Work<T> value = values[i];
+        codes[i] = codeOf<T>((FullRange ? value * range.span : value * range.span + range.black) + half);
+    }
 }
 
 // Halves.
@@ -132,19 +133,22 @@ void copyFloats(const float* __restrict from, float* __restrict to, int64_t coun
         to[i] = from[i];
 }
 
-template <class T, bool FullRange>
-inline constexpr ru_RowConversion<T, FullRange> conversion = {readCodes<T, FullRange>,
-                                                              writeCodes<T, FullRange>};
+template <class T, bool FullRange, class Value = ru_Work<T>>
+inline constexpr ru_RowConversion<T, FullRange, Value> conversion = {readCodes<T, FullRange, Value>,
+                                                                     writeCodes<T, FullRange, Value>};
 template <bool FullRange>
-inline constexpr ru_RowConversion<float, FullRange> conversion<float, FullRange> = {copyFloats, copyFloats};
+inline constexpr ru_RowConversion<float, FullRange, float> conversion<float, FullRange> = {copyFloats,
+                                                                                           copyFloats};
 template <bool FullRange>
-inline constexpr ru_RowConversion<fpreal16, FullRange> conversion<fpreal16, FullRange> = {readHalves,
-                                                                                          writeHalves};
+inline constexpr ru_RowConversion<fpreal16, FullRange, float> conversion<fpreal16, FullRange> = {readHalves,
+                                                                                                 writeHalves};
 
 extern constinit const ru_ConvertKernels ru_convertRows = {
 #define RU_CONVERSIONS(CODE, T, WHITE, NAME) conversion<T, true>, conversion<T, false>,
     PXL_FOR_EACH_FORMAT(RU_CONVERSIONS)
 #undef RU_CONVERSIONS
-        {RU_COMPILED_FOR}};
+        conversion<unsigned int, true, float>,
+    conversion<unsigned int, false, float>,
+    {RU_COMPILED_FOR}};
 
 } // namespace RU_ISA

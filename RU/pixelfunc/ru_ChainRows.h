@@ -4,59 +4,13 @@
 #include <RU/pixelfunc/RU_PixelFunction.h>
 
 #include <algorithm>
-#include <cstring>
 
 /// Pixels pass through the chain in pieces of this many values, which stay in the nearest cache.
 inline constexpr int64_t ru_chunk = 512;
 
 /// Rows of one format as the floats that chains work on.
 template <class T, bool FullRange>
-class ru_FloatRows
-{
-public:
-    explicit ru_FloatRows(const ru_Range<T>& range) : rows_(range) {}
-
-    /// At most ru_chunk values each.
-    void read(const T* codes, float* values, int64_t count) const
-    {
-        if constexpr (std::is_same_v<T, float>) {
-            if (values != codes)
-                std::memcpy(values, codes, static_cast<size_t>(count) * sizeof(float));
-        } else if constexpr (std::is_same_v<ru_Work<T>, float>) {
-            rows_.read(codes, values, count);
-        } else {
-            ru_Work<T> wide[ru_chunk];
-            rows_.read(codes, wide, count);
-            std::transform(wide, wide + count, values, [](ru_Work<T> v) { return static_cast<float>(v); });
-        }
-    }
-
-    void write(const float* values, T* codes, int64_t count) const
-    {
-        if constexpr (std::is_same_v<T, float>) {
-            if (values != codes)
-                std::memcpy(codes, values, static_cast<size_t>(count) * sizeof(float));
-        } else if constexpr (std::is_same_v<ru_Work<T>, float>) {
-            rows_.write(values, codes, count);
-        } else {
-            ru_Work<T> wide[ru_chunk];
-            std::copy_n(values, count, wide);
-            rows_.write(wide, codes, count);
-        }
-    }
-
-    /// Where to compute the values that write() will store at `codes`.
-    float* target(T* codes, float* scratch) const
-    {
-        if constexpr (std::is_same_v<T, float>)
-            return codes;
-        else
-            return scratch;
-    }
-
-private:
-    ru_RowConverter<T, FullRange> rows_;
-};
+using ru_FloatRows = ru_RowConverter<T, FullRange, float>;
 
 /// The range in which the engine reads codes. Departs from the common rule for 32-bit codes between points:
 /// their scale is a float, as the chain's values are.
@@ -83,7 +37,7 @@ public:
         for (int64_t start = 0; start < count; start += ru_chunk) {
             const int64_t length = std::min(ru_chunk, count - start);
             float* values = rows_.target(out + start, scratch);
-            rows_.read(in + start, values, length);
+            rows_.load(in + start, values, length);
             chain_.processRow(values, length, component);
             rows_.write(values, out + start, length);
         }

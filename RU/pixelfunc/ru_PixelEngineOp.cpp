@@ -58,7 +58,7 @@ public:
         for (int c = 0; c < 4; ++c) {
             if (in_.tiles[c] == nullptr)
                 continue;
-            rows_.read(dataOf<T>(static_cast<const TIL_Tile&>(*in_.tiles[c])) + offset, values_[c], count);
+            rows_.load(dataOf<T>(static_cast<const TIL_Tile&>(*in_.tiles[c])) + offset, values_[c], count);
             components[c] = values_[c];
         }
         for (int64_t i = 0; i < count; ++i) {
