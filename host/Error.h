@@ -1,0 +1,27 @@
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace host {
+
+/// Everything that the host throws. The text is one line that names the file or the option and what is wrong.
+class Error : public std::runtime_error
+{
+public:
+    enum class Kind {
+        Usage,    ///< asked for something that does not exist or makes no sense
+        Read,     ///< an input file cannot be read
+        Write,    ///< an output file cannot be written
+        Cancelled ///< told to stop
+    };
+
+    Error(Kind kind, const std::string& text) : std::runtime_error(text), kind_(kind) {}
+
+    Kind kind() const { return kind_; }
+
+private:
+    Kind kind_;
+};
+
+} // namespace host

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <PXL/PXL_Format.h>
+
+#include <cstdint>
+#include <string>
+
+namespace host {
+
+/// "uint8", "uint16", "uint32", "half" or "float".
+const char* formatName(unsigned char format);
+
+/// The format of a name; throws a usage error for an unknown one.
+unsigned char formatOfName(const std::string& name);
+
+/// The one of two formats to compute in: uint8, uint16, uint32, half, float, the later the better.
+unsigned char widerFormat(unsigned char a, unsigned char b);
+
+/// Calls `work` with a value of the element type of a format.
+template <class Work>
+auto withElementType(unsigned char format, Work work)
+{
+    switch (format) {
+    case PXL_FORMAT_uint8:
+        return work(static_cast<unsigned char>(0));
+    case PXL_FORMAT_uint16:
+        return work(static_cast<unsigned short>(0));
+    case PXL_FORMAT_uint32:
+        return work(0u);
+    case PXL_FORMAT_half:
+        return work(fpreal16());
+    default:
+        return work(0.0f);
+    }
+}
+
+/// The value of a code over the full range of its format, as a double so that every code keeps its own.
+template <class T>
+double valueOfCode(T code)
+{
+    return static_cast<double>(static_cast<std::conditional_t<std::is_same_v<T, fpreal16>, float, T>>(code)) /
+           PXL_FormatOf<T>::white;
+}
+
+/// `count` elements from one format to another, over the full range of both: integers are rounded to the
+/// nearest code and clamped, NaN becomes code 0.
+void convertFormat(unsigned char from, const void* in, unsigned char to, void* out, int64_t count);
+
+} // namespace host

@@ -1,0 +1,225 @@
+#include <host/Image.h>
+
+#include <host/Header.h>
+
+#include <algorithm>
+
+namespace host {
+
+namespace {
+
+struct ChannelRole
+{
+    enum class Kind { Colour, Alpha, Depth, Other };
+    Kind kind = Kind::Other;
+    int component = -1; ///< -1: the next free one
+};
+
+struct NameParts
+{
+    std::string layer, rest;
+};
+
+NameParts splitName(const std::string& name)
+{
+    const size_t dot = name.rfind('.');
+    return dot == std::string::npos ? NameParts{"", name}
+                                    : NameParts{name.substr(0, dot), name.substr(dot + 1)};
+}
+
+/// The role that a channel's name gives it, but for small y and z, which belong to vectors.
+ChannelRole roleOfName(const std::string& name)
+{
+    using Kind = ChannelRole::Kind;
+    static const struct
+    {
+        std::vector<std::string> names;
+        ChannelRole role;
+    } roles[] = {{{"R", "r", "red", "Red", "Y", "I", "L"}, {Kind::Colour, 0}},
+                 {{"G", "g", "green", "Green"}, {Kind::Colour, 1}},
+                 {{"B", "b", "blue", "Blue"}, {Kind::Colour, 2}},
+                 {{"A", "a", "alpha", "Alpha"}, {Kind::Alpha, 3}},
+                 {{"Z", "depth", "Depth"}, {Kind::Depth, 0}},
+                 {{"ZBack"}, {Kind::Depth, 1}}};
+    for (const auto& entry : roles)
+        if (std::find(entry.names.begin(), entry.names.end(), name) != entry.names.end())
+            return entry.role;
+    return {};
+}
+
+/// The channels of a file by their names.
+class Roles
+{
+public:
+    explicit Roles(const std::vector<Channel>& channels) : channels_(channels) {}
+
+    /// Y and Z beside an X are a vector too.
+    ChannelRole role(const Channel& channel) const
+    {
+        const auto [layer, rest] = splitName(channel.name);
+        const bool ambiguous = rest == "Y" || rest == "Z";
+        return ambiguous && has(layer, [](const std::string& name) { return name == "X"; })
+                   ? ChannelRole()
+                   : roleOfName(rest);
+    }
+
+    std::string planeName(const Channel& channel) const
+    {
+        using Kind = ChannelRole::Kind;
+        const auto [layer, rest] = splitName(channel.name);
+        const auto isColour = [](const std::string& name) { return roleOfName(name).kind == Kind::Colour; };
+        switch (role(channel).kind) {
+        case Kind::Colour:
+        case Kind::Alpha:
+            return !layer.empty() ? layer : has(layer, isColour) ? "color" : "alpha";
+        case Kind::Depth:
+            return layer.empty() ? "depth" : layer + ".depth";
+        default:
+            return layer.empty() || has(layer, isColour) ? channel.name : layer;
+        }
+    }
+
+private:
+    /// True when a layer has a channel of a name that passes a test.
+    template <class Test>
+    bool has(const std::string& layer, Test test) const
+    {
+        return std::any_of(channels_.begin(), channels_.end(), [&](const Channel& channel) {
+            const NameParts parts = splitName(channel.name);
+            return parts.layer == layer && test(parts.rest);
+        });
+    }
+
+    const std::vector<Channel>& channels_;
+};
+
+/// The component that a plane has free for a channel; -1 for none.
+int freeComponent(const Plane& plane, unsigned char format, int wanted)
+{
+    if (plane.format != format)
+        return -1;
+    for (int c = 0; c < 4; ++c)
+        if (plane.channel[static_cast<size_t>(c)] < 0 && (wanted < 0 || wanted == c))
+            return c;
+    return -1;
+}
+
+std::string unusedName(const std::vector<Plane>& planes, const std::string& name)
+{
+    const auto used = [&](const std::string& candidate) {
+        return std::any_of(planes.begin(), planes.end(), [&](const Plane& p) { return p.name == candidate; });
+    };
+    std::string candidate = name;
+    for (int i = 2; used(candidate); ++i)
+        candidate = name + "-" + std::to_string(i);
+    return candidate;
+}
+
+} // namespace
+
+std::string describe(const Window& window)
+{
+    return std::to_string(window.width) + "x" + std::to_string(window.height) + " at " +
+           std::to_string(window.x) + "," + std::to_string(window.y);
+}
+
+std::string Plane::channelNames(const std::vector<Channel>& channels) const
+{
+    std::string text;
+    for (const int index : channel)
+        if (index >= 0)
+            text += (text.empty() ? "" : " ") + channels[static_cast<size_t>(index)].name;
+    return text;
+}
+
+std::vector<Plane> groupChannels(const std::vector<Channel>& channels)
+{
+    const Roles roles(channels);
+    std::vector<Plane> planes;
+    for (size_t i = 0; i < channels.size(); ++i) {
+        const Channel& channel = channels[i];
+        const ChannelRole role = roles.role(channel);
+        const std::string name = roles.planeName(channel);
+        const auto fits = [&](const Plane& plane) {
+            return (plane.name == name || plane.name.starts_with(name + "-")) &&
+                   freeComponent(plane, channel.format, role.component) >= 0;
+        };
+        auto plane = std::find_if(planes.begin(), planes.end(), fits);
+        if (plane == planes.end()) {
+            planes.push_back({unusedName(planes, name), channel.format});
+            plane = planes.end() - 1;
+        }
+        const int component = freeComponent(*plane, channel.format, role.component);
+        plane->channel[static_cast<size_t>(component)] = static_cast<int>(i);
+        plane->colour = plane->colour || role.kind == ChannelRole::Kind::Colour;
+    }
+    return planes;
+}
+
+void Image::arrange()
+{
+    pixelBytes = 0;
+    for (Channel& channel : channels) {
+        channel.offset = pixelBytes;
+        pixelBytes += PXLbytesPerElement(channel.format);
+    }
+    planes = groupChannels(channels);
+}
+
+std::vector<std::string> Image::planeNames() const
+{
+    std::vector<std::string> names;
+    for (const Plane& plane : planes)
+        names.push_back(plane.name);
+    return names;
+}
+
+Image Image::withFormat(unsigned char format) const
+{
+    Image other = *this;
+    for (Channel& channel : other.channels)
+        channel.format = format;
+    other.arrange();
+    other.planes = planes; // a plane stays one also where the conversion would let two grow together
+    for (Plane& plane : other.planes)
+        plane.format = format;
+    return other;
+}
+
+std::vector<std::pair<std::string, std::string>> metadata(const Image& image)
+{
+    std::vector<std::pair<std::string, std::string>> rows;
+    for (const OIIO::ParamValue& value : image.header->spec.extra_attribs) {
+        const std::string name = value.name().string();
+        if (name != "ICCProfile" && !name.starts_with("ICCProfile:"))
+            rows.emplace_back(name, OIIO::ImageSpec::metadata_val(value, true));
+    }
+    return rows;
+}
+
+int rowsPerCall(const std::string& fileFormat, const OIIO::ImageSpec& spec)
+{
+    constexpr int64_t callBytes = 512 << 10; // about 20 ms of packing for one thread
+    const auto rowBytes = static_cast<int64_t>(spec.scanline_bytes(true));
+    const int64_t rows = std::clamp<int64_t>(callBytes / std::max<int64_t>(1, rowBytes), 1, 1024);
+    if (fileFormat != "openexr")
+        return static_cast<int>(rows);
+    // The rows that are packed as one block, by one thread.
+    static const std::vector<std::pair<std::string, int>> blocks = {{"none", 1},  {"rle", 1},   {"zips", 1},
+                                                                    {"piz", 32},  {"b44", 32},  {"b44a", 32},
+                                                                    {"dwaa", 32}, {"dwab", 256}};
+    const std::string compression = spec.get_string_attribute("compression", "zip");
+    const auto known = std::find_if(blocks.begin(), blocks.end(),
+                                    [&](const auto& entry) { return entry.first == compression; });
+    const int64_t block = known != blocks.end() ? known->second : 16;
+    const int64_t threads = std::max(1, OIIO::get_int_attribute("exr_threads", 1));
+    return static_cast<int>(block * std::max<int64_t>(1, rows / block) * threads);
+}
+
+void setFileThreads(int count)
+{
+    OIIO::attribute("threads", count);
+    OIIO::attribute("exr_threads", count);
+}
+
+} // namespace host

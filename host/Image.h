@@ -1,0 +1,78 @@
+#pragma once
+
+#include <TIL/TIL_Plane.h>
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace host {
+
+struct Header;
+
+/// A rectangle of pixels; y runs down.
+struct Window
+{
+    int x = 0, y = 0, width = 0, height = 0;
+    bool operator==(const Window&) const = default;
+};
+
+/// "911x876 at 654,245"
+std::string describe(const Window& window);
+
+/// One channel of a file, and where it lies in an interleaved pixel.
+struct Channel
+{
+    std::string name;
+    unsigned char format = 0;
+    int64_t offset = 0; ///< bytes
+};
+
+/// Up to four channels of one storage format that belong together.
+struct Plane
+{
+    std::string name;
+    unsigned char format = 0;
+    bool colour = false;                        ///< has red, green, blue or luminance
+    std::array<int, 4> channel{-1, -1, -1, -1}; ///< per component its channel, -1 where the plane lacks it
+
+    std::string channelNames(const std::vector<Channel>& channels) const;
+};
+
+/// What is known of an image beside its pixels.
+struct Image
+{
+    std::string path;
+    std::string fileFormat; ///< "openexr", "tiff", ...
+    Window data;            ///< the pixels that the file holds
+    Window display;         ///< the picture that they are part of
+    std::vector<Channel> channels;
+    std::vector<Plane> planes;
+    int64_t pixelBytes = 0;
+    std::shared_ptr<const Header> header; ///< the rest of the file's header
+
+    int64_t rowBytes() const { return pixelBytes * data.width; }
+    int64_t pixels() const { return static_cast<int64_t>(data.width) * data.height; }
+    std::vector<std::string> planeNames() const;
+
+    /// The same image with every channel stored in `format`.
+    Image withFormat(unsigned char format) const;
+
+    /// Derives offsets, pixel size and planes from the channels.
+    void arrange();
+};
+
+/// Puts channels into planes, by the layer before the last dot of their names: red, green, blue, luminance
+/// and alpha form one plane, depth another; other channels of a layer fill planes in their order.
+std::vector<Plane> groupChannels(const std::vector<Channel>& channels);
+
+/// Name and value of everything in the header that a person may want to read.
+std::vector<std::pair<std::string, std::string>> metadata(const Image& image);
+
+/// How many threads a file format may use to pack and unpack pixels; for the whole process.
+void setFileThreads(int count);
+
+} // namespace host

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <host/Image.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace host {
+
+/// Writes an image file from top to bottom. The rows go to a temporary file beside the target, which takes
+/// the target's name only when it is complete; an object destroyed before that leaves nothing behind.
+class Writer
+{
+public:
+    /// Opens a file for an image with these windows, channels and header. The extension picks the file
+    /// format.
+    Writer(const std::string& path, const Image& image);
+    ~Writer();
+    Writer(const Writer&) = delete;
+    Writer& operator=(const Writer&) = delete;
+
+    /// Rows `yBegin` up to but not including `yEnd`, the next ones, as interleaved pixels.
+    void write(int yBegin, int yEnd, const void* pixels);
+
+    /// Up to where to write in one call from row `y` on: whole blocks of the file, but little enough to stop
+    /// soon.
+    int callEnd(int y) const;
+
+    /// Ends the file and gives it its name.
+    void commit();
+
+    /// What the file format cannot say, one line each.
+    const std::vector<std::string>& notes() const { return notes_; }
+
+private:
+    void open(const Image& image);
+    void checkStored(const Image& image);
+    [[noreturn]] void fail(const std::string& reason) const;
+
+    struct File;
+    std::unique_ptr<File> file_;
+    int top_ = 0, rowsPerCall_ = 1;
+    std::string path_;
+    std::string target_; ///< with links resolved
+    std::string temporary_;
+    std::vector<std::string> notes_;
+};
+
+} // namespace host
