@@ -2,6 +2,9 @@
 # RU_ISA, and adds the objects to <target>. The sets are those of platform/PXL/PXL_Caps.h.
 # No traps and no errno: results stay the same, but compilers may then vectorise selects, floor and division.
 set(KREILUGE_KERNEL_FLAGS -fno-trapping-math -fno-math-errno)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU") # threaded jumps turn one clamp into several selects
+  list(APPEND KREILUGE_KERNEL_FLAGS -fno-thread-jumps)
+endif()
 set(KREILUGE_ISA_baseline "")
 set(KREILUGE_ISA_avx2 -mavx2 -mf16c)
 set(KREILUGE_ISA_avx512 -mavx512f -mavx512bw -mavx512dq -mavx512vl -mavx512vbmi -mf16c -mprefer-vector-width=512)

@@ -18,7 +18,7 @@ inline constexpr double ru_mathUlp = 0.55;
 
 namespace ru_math {
 
-inline constexpr double infinity = __builtin_inf();
+inline constexpr float infinity = __builtin_inff();
 inline constexpr double log2e = 0x1.71547652b82fep+0;
 inline constexpr double ln2 = 0x1.62e42fefa39efp-1;
 
@@ -32,78 +32,82 @@ RU_INLINE double ofBits(int64_t bits)
     return __builtin_bit_cast(double, bits);
 }
 
-/// ln(v) for 0 < v < infinity, relative error 2^-37: v = 2^e m with m in [sqrt(1/2), sqrt(2)), s = (m - 1) /
-/// (m + 1), ln(m) = 2 atanh(s) by its minimax polynomial in s^2.
-RU_INLINE double lnOfFinite(double v)
+/// log2(v) for 0 < v < infinity, relative error 2^-37. With v = 2^e m, m in [sqrt(1/2), sqrt(2)), and
+/// s = (m - 1) / (m + 1): log2(m) = 2 atanh(s) / ln(2), by its minimax polynomial in s^2.
+/// Any other v gives some number.
+RU_INLINE double log2OfFinite(double v)
 {
     constexpr uint64_t rootOfHalf = 0x3FE6A09E667F3BCD;
     constexpr uint64_t bias = uint64_t(1023) << 52;
     constexpr double whole = 0x1p52; // its mantissa holds a whole number
-    const uint64_t shifted = static_cast<uint64_t>(bitsOf(v)) - rootOfHalf + bias;
+    const uint64_t shifted = static_cast<uint64_t>(bitsOf(v)) - (rootOfHalf - bias);
     const double e = ofBits(static_cast<int64_t>((shifted >> 52) | 0x4330000000000000)) - (whole + 1023.0);
     const double m = ofBits(static_cast<int64_t>((shifted & 0x000FFFFFFFFFFFFF) + rootOfHalf));
     const double s = (m - 1.0) / (m + 1.0);
     const double z = s * s;
-    const double tail = (0x1.555554fd9ca8dp-2 + z * 0x1.999a7a8afd915p-3) +
-                        (z * z) * (0x1.2438d79222fa4p-3 + z * 0x1.e2f663f6c0b86p-4);
-    const double twice = s + s;
-    return e * ln2 + (twice + twice * (z * tail));
+    const double tail = (0x1.ec709d45121e0p-1 + z * 0x1.277767520de25p-1) +
+                        (z * z) * (0x1.a596587100302p-2 + z * 0x1.5c623f148c9e2p-2);
+    return e + s * (0x1.71547652b82fep+1 + z * tail);
 }
 
-/// ln(v) for v >= 0 and NaN.
-RU_INLINE double lnOfMagnitude(double v)
+/// As a float, 2^limit is infinity and 2^-limit zero.
+inline constexpr double exp2Limit = 300.0;
+
+/// t within the limits; NaN stays.
+RU_INLINE double limited(double t)
 {
-    const double finite = lnOfFinite(v);
-    const double counted = v > 0.0 ? finite : -infinity;
-    return v < infinity ? counted : v;
+    const double above = -exp2Limit > t ? -exp2Limit : t;
+    return exp2Limit < above ? exp2Limit : above;
 }
 
-/// 2^t, relative error 2^-28.5: t = k + f with |f| <= 1/2, 2^f by its minimax polynomial. Results outside the
-/// range of float still round to 0 and infinity.
-RU_INLINE double exp2Of(double t)
+/// 2^t within the limits, relative error 2^-28.5: t = k + f with |f| <= 1/2, 2^f by its minimax polynomial.
+/// Any other t gives some number.
+RU_INLINE double exp2OfLimited(double t)
 {
-    constexpr double limit = 300.0;
     constexpr double whole = 0x1.8p52; // adding it rounds to a whole number, held in the low bits
-    const double above = t < -limit ? -limit : t;
-    const double inside = above > limit ? limit : above;
-    const double shifted = inside + whole;
-    const double f = inside - (shifted - whole);
+    const double shifted = t + whole;
+    const double f = t - (shifted - whole);
     const double z = f * f;
-    const double low = 0x1.62e431173463ap-1 + f * 0x1.ebfbe2c542082p-3;
-    const double middle = 0x1.c6ae72deebd6dp-5 + f * 0x1.3b270e63e6e25p-7;
-    const double high = 0x1.5f7277406161fp-10 + f * 0x1.470b49f17eb21p-13;
-    const double power = 1.0 + f * (low + z * (middle + z * high));
-    const double scaled = ofBits(static_cast<int64_t>(static_cast<uint64_t>(bitsOf(power)) +
-                                                      (static_cast<uint64_t>(bitsOf(shifted)) << 52)));
-    return t == t ? scaled : t;
-}
-
-RU_INLINE bool isWhole(double magnitude)
-{
-    return (magnitude >= 0x1p52) | ((magnitude + 0x1p52) - 0x1p52 == magnitude);
-}
-
-/// For floats: from 2^25 on they are even, and the sums stay exact.
-RU_INLINE bool isOdd(double v)
-{
-    const double magnitude = __builtin_fabs(v);
-    const bool whole = isWhole(magnitude);
-    const bool even = isWhole(magnitude * 0.5);
-    return whole & !even;
+    const double low = 1.0 + f * 0x1.62e431173463ap-1;
+    const double middle = 0x1.ebfbe2c542082p-3 + f * 0x1.c6ae72deebd6dp-5;
+    const double high = (0x1.3b270e63e6e25p-7 + f * 0x1.5f7277406161fp-10) + z * 0x1.470b49f17eb21p-13;
+    const double power = low + z * (middle + z * high);
+    return ofBits(static_cast<int64_t>(static_cast<uint64_t>(bitsOf(power)) +
+                                       (static_cast<uint64_t>(bitsOf(shifted)) << 52)));
 }
 
 /// x^y for x >= 0 and NaN.
-RU_INLINE double powOfMagnitude(double x, double y)
+RU_INLINE float powOfMagnitude(float x, float y)
 {
-    const double power = exp2Of((y * log2e) * lnOfMagnitude(x));
-    return ((x == 1.0) | (y == 0.0)) ? 1.0 : power;
+    const double t = static_cast<double>(y) * log2OfFinite(x);
+    const float power = static_cast<float>(exp2OfLimited(limited(t)));
+    // 0, infinity and NaN stay what they are, or swap places: 1 / x by its bits.
+    const int32_t bits = __builtin_bit_cast(int32_t, x);
+    const float edge = y > 0.0f ? x : __builtin_bit_cast(float, 0x7F800000 - bits);
+    const bool ordinary = int(static_cast<uint32_t>(bits - 1) < 0x7F7FFFFFu) | int(y == 0.0f);
+    const float inside = ordinary ? power : edge;
+    const float defined = y == y ? inside : y;
+    return x == 1.0f ? 1.0f : defined;
+}
+
+RU_INLINE bool isWhole(float magnitude)
+{
+    return (magnitude >= 0x1p23f) | ((magnitude + 0x1p23f) - 0x1p23f == magnitude);
+}
+
+/// From 2^24 on floats are even.
+RU_INLINE bool isOdd(float v)
+{
+    const float magnitude = __builtin_fabsf(v);
+    return int(isWhole(magnitude)) & int(!isWhole(magnitude * 0.5f));
 }
 
 /// `magnitude` with the sign of `sign` where `take` holds.
-RU_INLINE double withSign(double magnitude, double sign, bool take)
+RU_INLINE float withSign(float magnitude, float sign, bool take)
 {
-    const double taken = take ? sign : 0.0;
-    return ofBits(bitsOf(magnitude) | (bitsOf(taken) & INT64_MIN));
+    const float taken = take ? sign : 0.0f;
+    return __builtin_bit_cast(float, __builtin_bit_cast(int32_t, magnitude) |
+                                         (__builtin_bit_cast(int32_t, taken) & INT32_MIN));
 }
 
 } // namespace ru_math
@@ -111,24 +115,24 @@ RU_INLINE double withSign(double magnitude, double sign, bool take)
 /// NaN below 0, -infinity at 0.
 RU_INLINE float ru_log(float v)
 {
-    const double result = ru_math::lnOfMagnitude(v);
-    return static_cast<float>(v < 0.0f ? static_cast<double>(__builtin_nan("")) : result);
+    using namespace ru_math;
+    const float finite = static_cast<float>(log2OfFinite(v) * ln2);
+    const float counted = v > 0.0f ? finite : v == 0.0f ? -infinity : __builtin_nanf("");
+    return v < infinity ? counted : v;
 }
 
 RU_INLINE float ru_exp(float v)
 {
-    return static_cast<float>(ru_math::exp2Of(v * ru_math::log2e));
+    using namespace ru_math;
+    const float result = static_cast<float>(exp2OfLimited(limited(v * log2e)));
+    return v == v ? result : v;
 }
 
 RU_INLINE float ru_pow(float x, float y)
 {
     using namespace ru_math;
-    const double base = x;
-    const double exponent = y;
-    const double magnitude = __builtin_fabs(base);
-    const double power = withSign(powOfMagnitude(magnitude, exponent), base, isOdd(exponent));
-    const bool undefined = (base < 0.0) & (magnitude < infinity) & !isWhole(__builtin_fabs(exponent));
-    const bool one = (base == -1.0) & (__builtin_fabs(exponent) == infinity);
-    const double defined = one ? 1.0 : power;
-    return static_cast<float>(undefined ? __builtin_nan("") : defined);
+    const float magnitude = __builtin_fabsf(x);
+    const float power = withSign(powOfMagnitude(magnitude, y), x, isOdd(y));
+    const bool undefined = (x < 0.0f) & (magnitude < infinity) & !isWhole(__builtin_fabsf(y));
+    return undefined ? __builtin_nanf("") : power;
 }

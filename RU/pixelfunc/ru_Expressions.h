@@ -38,10 +38,8 @@ struct ru_Gamma
     float igamma;
     RU_EXPRESSION(float v) const
     {
-        const double x = v;
-        const double power = ru_math::powOfMagnitude(__builtin_fabs(x), igamma);
-        const double kept = x == 0.0 ? 0.0 : x == 1.0 ? 1.0 : power;
-        return static_cast<float>(x < 0.0 ? -kept : kept);
+        const float power = ru_math::powOfMagnitude(__builtin_fabsf(v), igamma); // 1 at 1
+        return v == 0.0f ? 0.0f : __builtin_copysignf(power, v);
     }
 };
 
@@ -109,10 +107,8 @@ struct ru_Power
     float expon;
     RU_EXPRESSION(float v) const
     {
-        const double x = v;
-        const double power = ru_math::powOfMagnitude(__builtin_fabs(x), expon);
-        return static_cast<float>(
-            ru_math::withSign(power, x, (x < 0.0) | ((x == 0.0) & ru_math::isOdd(expon))));
+        const float power = ru_math::powOfMagnitude(__builtin_fabsf(v), expon);
+        return ru_math::withSign(power, v, (v < 0.0f) | ((v == 0.0f) & ru_math::isOdd(expon)));
     }
 };
 
@@ -122,9 +118,8 @@ struct ru_Raise
     float base;
     RU_EXPRESSION(float v) const
     {
-        const double x = base;
-        const double power = ru_math::powOfMagnitude(__builtin_fabs(x), v);
-        return static_cast<float>(ru_math::withSign(power, x, (x < 0.0) | ((x == 0.0) & ru_math::isOdd(v))));
+        const float power = ru_math::powOfMagnitude(__builtin_fabsf(base), v);
+        return ru_math::withSign(power, base, (base < 0.0f) | ((base == 0.0f) & ru_math::isOdd(v)));
     }
 };
 
@@ -215,9 +210,11 @@ struct ru_Acos
     X(ru_Add)                                                                                                \
     X(ru_Mult)                                                                                               \
     X(ru_MAdd)                                                                                               \
-    X(ru_Scale) X(ru_Gamma) X(ru_Limit) X(ru_Quantize) X(ru_Abs) X(ru_Negate) X(ru_Invert) X(ru_Sign)        \
-        X(ru_Floor) X(ru_Ceil) X(ru_Round) X(ru_Power) X(ru_Raise) X(ru_Log) X(ru_Sin) X(ru_Sinh) X(ru_Cosh) \
-            X(ru_Tan) X(ru_Tanh) X(ru_Atan) X(ru_Asin) X(ru_Acos)
+    X(ru_Scale)                                                                                              \
+    X(ru_Gamma)                                                                                              \
+    X(ru_Limit) X(ru_Quantize) X(ru_Abs) X(ru_Negate) X(ru_Invert) X(ru_Sign) X(ru_Floor) X(ru_Ceil)         \
+        X(ru_Round) X(ru_Power) X(ru_Raise) X(ru_Log) X(ru_Sin) X(ru_Sinh) X(ru_Cosh) X(ru_Tan) X(ru_Tanh)   \
+            X(ru_Atan) X(ru_Asin) X(ru_Acos)
 
 /// An expression over a row, in place.
 template <class Expression>
