@@ -1,0 +1,186 @@
+// Times the library beside a plain copy and beside others that do the same work, on one thread, and prints
+// one table. Takes the options of Google Benchmark; names are operation/format/size/contender.
+#include <bench/bench.h>
+
+#include <PXL/PXL_Caps.h>
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <memory>
+
+namespace bench {
+
+std::vector<Peer>& peers()
+{
+    static std::vector<Peer> list;
+    return list;
+}
+
+bool addPeers(const std::vector<Peer>& list)
+{
+    peers().insert(peers().end(), list.begin(), list.end());
+    return true;
+}
+
+namespace {
+
+Work copy(Planes& planes)
+{
+    return [&planes] { std::memcpy(planes.output, planes.input, planes.bytes()); };
+}
+
+/// The largest difference between the results of a row and a peer, relative where they exceed 1.
+double difference(const Row& row, const Peer& peer, const Work& theirs, Planes& planes)
+{
+    row.ours(planes)();
+    const std::vector<double> expected = planes.result();
+    std::memset(planes.output, 0, planes.bytes());
+    theirs();
+    const std::vector<double> actual = planes.result();
+    double most = 0.0;
+    for (size_t i = 0; i < actual.size(); ++i)
+        if (!(peer.skipsAlpha && i % 4 == 3))
+            most = std::max(most, std::abs(actual[i] - expected[i]) / std::max(1.0, std::abs(expected[i])));
+    return most;
+}
+
+/// One code or half; for wider formats what an approximation of powers may cost.
+double tolerance(PXL_Format format)
+{
+    const double step = format == PXL_FORMAT_half ? 0x1p-10 : 1.01 / PXLfullWhite(format);
+    return PXLbytesPerElement(format) < 4 ? step : 1e-5;
+}
+
+std::string processor()
+{
+    std::ifstream info("/proc/cpuinfo");
+    for (std::string line; std::getline(info, line);)
+        if (line.starts_with("model name"))
+            return line.substr(line.find(": ") + 2);
+    return "unknown processor";
+}
+
+/// What the table says of a row and size; ours and the copy come before the peers.
+struct Line
+{
+    struct Entry
+    {
+        std::string contender;
+        std::vector<double> times;
+
+        double median()
+        {
+            std::sort(times.begin(), times.end());
+            return times.empty() ? std::nan("") : times[times.size() / 2];
+        }
+        double least() const { return times.empty() ? std::nan("") : times[0]; } ///< after median()
+    };
+    std::string row;
+    std::vector<Entry> entries;
+};
+
+/// Collects the times of all repetitions and prints their medians.
+class Table : public benchmark::BenchmarkReporter
+{
+public:
+    std::vector<Line> lines;
+
+    bool ReportContext(const Context&) override
+    {
+        const char* compiler = std::strstr(__VERSION__, "lang") != nullptr ? "" : "GCC ";
+        std::printf("%s, %s, %s%s\n", processor().c_str(), PXLinstructionSetName(PXLinstructionSet()),
+                    compiler, __VERSION__);
+        return true;
+    }
+
+    void ReportRuns(const std::vector<Run>& runs) override
+    {
+        for (const Run& run : runs) {
+            const std::string& name = run.run_name.function_name;
+            if (run.error_occurred)
+                std::printf("%s: %s\n", name.c_str(), run.error_message.c_str());
+            else if (run.run_type == Run::RT_Iteration)
+                for (Line& line : lines)
+                    for (Line::Entry& entry : line.entries)
+                        if (name == line.row + '/' + entry.contender)
+                            entry.times.push_back(1e9 / run.counters.at("items_per_second"));
+        }
+    }
+
+    void Finalize() override
+    {
+        std::printf("CPU time in ns per component, medians; ratio: peer / ours, of the medians and of the "
+                    "minima\n\n");
+        std::printf("%-29s %7s %7s %7s   %-24s %7s %7s %7s\n", "", "ours", "copy", "x copy", "peer", "",
+                    "ratio", "minima");
+        for (Line& line : lines) {
+            const double ours = line.entries[0].median();
+            const double copied = line.entries[1].median();
+            if (std::isnan(ours))
+                continue;
+            std::printf("%-29s %7.3f %7.3f %7.2f", line.row.c_str(), ours, copied, ours / copied);
+            for (size_t i = 2; i < line.entries.size(); ++i) {
+                const double theirs = line.entries[i].median();
+                std::printf("%s%*s   %-24s %7.3f %7.1f %7.1f", i > 2 ? "\n" : "", i > 2 ? 53 : 0, "",
+                            line.entries[i].contender.c_str(), theirs, theirs / ours,
+                            line.entries[i].least() / line.entries[0].least());
+            }
+            std::printf("\n");
+        }
+    }
+};
+
+/// Registers ours, the copy and the peers of a row. A peer has to give what we give before it is timed.
+Line registerRow(const Row& row, const char* size, int width, int height)
+{
+    std::vector<Peer> contenders = {{row.name, "ours", row.ours}, {row.name, "copy", copy}};
+    std::copy_if(peers().begin(), peers().end(), std::back_inserter(contenders),
+                 [&](const Peer& peer) { return std::strcmp(peer.row, row.name) == 0; });
+    Line line = {std::string(row.name) + '/' + size, {}};
+    const auto planes = std::make_shared<Planes>(row.format, width, height);
+    for (const Peer& contender : contenders) {
+        const bool compare = line.entries.size() >= 2;
+        line.entries.push_back({contender.name, {}});
+        const auto run = [=, work = Work()](benchmark::State& state) mutable {
+            if (work == nullptr) {
+                work = contender.make(*planes);
+                const double apart = compare ? difference(row, contender, work, *planes) : 0.0;
+                if (!(apart <= tolerance(row.format)))
+                    state.SkipWithError(("differs from ours by up to " + std::to_string(apart)).c_str());
+            }
+            for (auto _ : state)
+                work();
+            state.SetItemsProcessed(state.iterations() * planes->components());
+        };
+        benchmark::RegisterBenchmark((line.row + '/' + contender.name).c_str(), run)->MeasureProcessCPUTime();
+    }
+    return line;
+}
+
+} // namespace
+
+} // namespace bench
+
+int main(int argc, char** argv)
+{
+    // Repetitions in random order, so that a drift of the machine meets all contenders alike.
+    char defaults[][48] = {"--benchmark_repetitions=11", "--benchmark_enable_random_interleaving=true",
+                           "--benchmark_min_time=0.05"};
+    std::vector<char*> arguments = {argv[0], defaults[0], defaults[1], defaults[2]};
+    arguments.insert(arguments.end(), argv + 1, argv + argc);
+    int count = static_cast<int>(arguments.size());
+    benchmark::Initialize(&count, arguments.data());
+    if (benchmark::ReportUnrecognizedArguments(count, arguments.data()))
+        return 2;
+    bench::Table table;
+    for (const bench::Row& row : bench::rows) {
+        table.lines.push_back(bench::registerRow(row, "1080p", 1920, 1080));
+        if (row.alsoSmall)
+            table.lines.push_back(bench::registerRow(row, "256", 256, 256));
+    }
+    return benchmark::RunSpecifiedBenchmarks(&table) == 0;
+}

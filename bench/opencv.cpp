@@ -1,0 +1,80 @@
+#include <bench/bench.h>
+
+#include <opencv2/core.hpp>
+#include <opencv2/imgproc.hpp>
+
+namespace bench::opencv {
+
+cv::Mat matrix(Planes& planes, void* data, int border = 0)
+{
+    constexpr int types[] = {CV_8U, CV_16U, CV_32S, CV_32F};
+    return {planes.in.height() + 2 * border, planes.in.width() + 2 * border, types[planes.plane.formatCode],
+            data};
+}
+
+/// cv::LUT with a table made beforehand.
+Work table(Planes& planes)
+{
+    cv::Mat codes(1, 256, CV_8U);
+    for (int i = 0; i < 256; ++i)
+        codes.at<uint8_t>(i) = encode<uint8_t>(gammaAdd(i / 255.0));
+    return [from = matrix(planes, planes.input), to = matrix(planes, planes.output), codes]() mutable {
+        cv::LUT(from, codes, to);
+    };
+}
+
+/// cv::pow into the output, then cv::add in place.
+Work power(Planes& planes)
+{
+    return [from = matrix(planes, planes.input), to = matrix(planes, planes.output)]() mutable {
+        cv::pow(from, 1.0 / gammaValue, to);
+        cv::add(to, addValue, to);
+    };
+}
+
+/// One pass for scale and offset, then the two limits in place.
+Work scaleLimit(Planes& planes)
+{
+    return [from = matrix(planes, planes.input), to = matrix(planes, planes.output)]() mutable {
+        from.convertTo(to, -1, multValue, addValue * multValue);
+        cv::max(to, 0.0, to);
+        cv::min(to, 1.0, to);
+    };
+}
+
+/// Both 3 x 3 Sobel differences as `Depth`, their magnitudes and the sum. The input is the inside of a larger
+/// matrix, so that the pixels around it are read as the library reads them.
+template <int Depth>
+Work sobel(Planes& planes)
+{
+    const cv::Mat whole = matrix(planes, planes.region.getImageData(0), 1);
+    const cv::Mat inside = whole(cv::Rect(1, 1, planes.in.width(), planes.in.height()));
+    return [inside, to = matrix(planes, planes.output), x = cv::Mat(), y = cv::Mat(), byteX = cv::Mat(),
+            byteY = cv::Mat()]() mutable {
+        cv::Sobel(inside, x, Depth, 1, 0);
+        cv::Sobel(inside, y, Depth, 0, 1);
+        if constexpr (Depth == CV_16S) {
+            cv::convertScaleAbs(x, byteX);
+            cv::convertScaleAbs(y, byteY);
+            cv::add(byteX, byteY, to);
+        } else {
+            cv::absdiff(x, cv::Scalar::all(0), x);
+            cv::absdiff(y, cv::Scalar::all(0), y);
+            cv::add(x, y, to, cv::noArray(), to.depth());
+        }
+    };
+}
+
+const bool added = [] {
+    cv::setNumThreads(1);
+    return addPeers({
+        {"gamma_add/uint8", "cv::LUT", table},
+        {"gamma_add/float", "cv::pow, add", power},
+        {"add_mult_limit/float", "cv::convertTo, max, min", scaleLimit},
+        {"edge_detect/uint8", "cv::Sobel, abs, add", sobel<CV_16S>},
+        {"edge_detect/uint16", "cv::Sobel, abs, add", sobel<CV_32F>},
+        {"edge_detect/float", "cv::Sobel, abs, add", sobel<CV_32F>},
+    });
+}();
+
+} // namespace bench::opencv
