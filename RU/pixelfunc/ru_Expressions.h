@@ -212,9 +212,10 @@ struct ru_Acos
     X(ru_MAdd)                                                                                               \
     X(ru_Scale)                                                                                              \
     X(ru_Gamma)                                                                                              \
-    X(ru_Limit) X(ru_Quantize) X(ru_Abs) X(ru_Negate) X(ru_Invert) X(ru_Sign) X(ru_Floor) X(ru_Ceil)         \
-        X(ru_Round) X(ru_Power) X(ru_Raise) X(ru_Log) X(ru_Sin) X(ru_Sinh) X(ru_Cosh) X(ru_Tan) X(ru_Tanh)   \
-            X(ru_Atan) X(ru_Asin) X(ru_Acos)
+    X(ru_Limit)                                                                                              \
+    X(ru_Quantize) X(ru_Abs) X(ru_Negate) X(ru_Invert) X(ru_Sign) X(ru_Floor) X(ru_Ceil) X(ru_Round)         \
+        X(ru_Power) X(ru_Raise) X(ru_Log) X(ru_Sin) X(ru_Sinh) X(ru_Cosh) X(ru_Tan) X(ru_Tanh) X(ru_Atan)    \
+            X(ru_Asin) X(ru_Acos)
 
 /// An expression over a row, in place.
 template <class Expression>

@@ -38,7 +38,7 @@ RU_INLINE int64_t bytesByVectors(const uint8_t* table, const uint8_t* in, uint8_
     for (; i + 32 <= count; i += 32) {
         const __m256i index = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(in + i));
         __m256i result = _mm256_setzero_si256();
-        for (int part = 0; part < 16; ++part) {
+        for (int64_t part = 0; part < 16; ++part) {
             const auto* entries = reinterpret_cast<const __m128i*>(table + 16 * part);
             const __m256i shuffled = _mm256_broadcastsi128_si256(_mm_loadu_si128(entries));
             const __m256i offset = _mm256_xor_si256(index, _mm256_set1_epi8(static_cast<char>(part << 4)));
