@@ -5,13 +5,10 @@
 #include <RU/framework/ru_Tiles.h>
 #include <TIL/TIL_Region.h>
 
-#include <algorithm>
 #include <cmath>
+#include <vector>
 
 namespace {
-
-/// Planes are processed in strips of this many columns, so that a strip's rows fit on the stack and in cache.
-constexpr int stripWidth = 512;
 
 template <class Work>
 ru_EdgeWeights<Work> weightsOf(const RU_EdgeDetect& edge)
@@ -67,11 +64,8 @@ public:
         for (int c = 0; c < 4; ++c) {
             T* target = ru_outputData<T>(*out, c);
             const T* source = static_cast<const T*>(in->getImageData(c));
-            if (target == nullptr || source == nullptr)
-                continue;
-            for (int x = 0; x < out->width(); x += stripWidth)
-                filterStrip(kernel, rows, target + x, source + x, std::min(stripWidth, out->width() - x),
-                            *out, thread);
+            if (target != nullptr && source != nullptr)
+                filterComponent(kernel, rows, target, source, out->width(), out->height(), thread);
         }
         return 1;
     }
@@ -79,26 +73,25 @@ public:
 private:
     using Work = ru_Work<T>;
 
-    /// A strip of `columns` of one component; the rows above and below are read once and handed down.
-    static void filterStrip(const EdgeKernel<Work>& kernel, const ru_RowConverter<T, FullRange>& rows,
-                            T* target, const T* source, int columns, const TIL_TileList& out, int thread)
+    /// Each input row is read once and handed up through the three.
+    static void filterComponent(const EdgeKernel<Work>& kernel, const ru_RowConverter<T, FullRange>& rows,
+                                T* target, const T* source, int64_t width, int64_t height, int thread)
     {
-        Work scratch[3][stripWidth + 2];
-        Work result[stripWidth];
-        const int64_t stride = out.width();
+        const int64_t stride = width + 2;
+        std::vector<Work> scratch(static_cast<size_t>(4 * stride));
         const auto read = [&](int64_t y) {
-            return rows.read(source + y * (stride + 2), scratch[y % 3], columns + 2);
+            return rows.read(source + y * stride, scratch.data() + y % 3 * stride, stride);
         };
         const Work* top = read(0);
         const Work* middle = read(1);
-        for (int y = 0; y < out.height(); ++y) {
+        for (int64_t y = 0; y < height; ++y) {
             if (RU_Algorithm::interruptCheck(thread))
                 return;
             const Work* bottom = read(y + 2);
-            T* codes = target + y * stride;
-            Work* values = rows.target(codes, result);
-            kernel(top, middle, bottom, values, columns);
-            rows.write(values, codes, columns);
+            T* codes = target + y * width;
+            Work* values = rows.target(codes, scratch.data() + 3 * stride);
+            kernel(top, middle, bottom, values, width);
+            rows.write(values, codes, width);
             top = middle;
             middle = bottom;
         }

@@ -12,16 +12,18 @@ RU_INLINE double magnitude(double v)
     return __builtin_fabs(v);
 }
 
+// Both differences share those along the diagonals, I - A and G - C.
+
 template <class Work, bool Sobel>
 void edgeRow(const Work* __restrict top, const Work* __restrict middle, const Work* __restrict bottom,
              Work* __restrict out, int64_t count)
 {
     constexpr Work w = Sobel ? 2 : 1;
     for (int64_t x = 0; x < count; ++x) {
-        const Work gy =
-            (bottom[x] + w * bottom[x + 1] + bottom[x + 2]) - (top[x] + w * top[x + 1] + top[x + 2]);
-        const Work gx =
-            (top[x + 2] + w * middle[x + 2] + bottom[x + 2]) - (top[x] + w * middle[x] + bottom[x]);
+        const Work falling = bottom[x + 2] - top[x];
+        const Work rising = bottom[x] - top[x + 2];
+        const Work gx = (falling - rising) + w * (middle[x + 2] - middle[x]);
+        const Work gy = (falling + rising) + w * (bottom[x + 1] - top[x + 1]);
         out[x] = magnitude(gx) + magnitude(gy);
     }
 }
@@ -35,10 +37,10 @@ void generalEdgeRow(const Work* __restrict top, const Work* __restrict middle, c
     const Work m = weights.middle;
     const Work n = weights.norm;
     for (int64_t x = 0; x < count; ++x) {
-        const Work gx =
-            a * (b * ((top[x + 2] + bottom[x + 2]) - (top[x] + bottom[x])) + m * (middle[x + 2] - middle[x]));
-        const Work gy = a * (b * ((bottom[x] + bottom[x + 2]) - (top[x] + top[x + 2])) +
-                             m * (bottom[x + 1] - top[x + 1]));
+        const Work falling = bottom[x + 2] - top[x];
+        const Work rising = bottom[x] - top[x + 2];
+        const Work gx = a * (b * (falling - rising) + m * (middle[x + 2] - middle[x]));
+        const Work gy = a * (b * (falling + rising) + m * (bottom[x + 1] - top[x + 1]));
         out[x] = (magnitude(gx) + magnitude(gy)) * n;
     }
 }
