@@ -18,8 +18,8 @@ struct PlateSettings
 };
 
 /// Draws a test plate: colour bars, a zone plate up to the finest line, a lit sphere, patches, a ramp,
-/// exposure steps from -8 to +4 stops and line pairs. Float and half hold linear light with values up to 16;
-/// integers hold it with the sRGB curve, clamped.
+/// exposure steps of six stops either side of middle grey, and line pairs. Float and half hold linear light
+/// with values up to 16; integers hold it with the sRGB curve, clamped.
 void drawPlate(const std::string& path, const PlateSettings& settings);
 
 /// The usual format of a file's extension: half for EXR, uint16 for TIFF and PNG, uint8 for others.

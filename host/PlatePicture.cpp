@@ -74,7 +74,7 @@ Colour PlatePicture::colour(int x, int y) const
         return bars(u, (v - 0.05f) / 0.12f);
     if (v >= 0.80f && v < 0.86f)
         return grey(u);
-    if (v >= 0.87f && v < 0.92f) // exposure steps about middle grey: twelve stops
+    if (v >= 0.87f && v < 0.92f) // six stops either side of middle grey
         return grey(0.18f * std::exp2(std::floor(u * 13.0f) - 6.0f));
     if (v >= 0.93f && v < 0.97f)
         return lines(x, y);

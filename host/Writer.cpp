@@ -8,9 +8,11 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <ctime>
 #include <fcntl.h>
 #include <filesystem>
 #include <random>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace host {
@@ -50,6 +52,18 @@ std::string losslessCompression(const OIIO::ImageSpec& spec, bool hasFloat)
     return compression == "pxr24" && !hasFloat ? compression : "zip";
 }
 
+/// When the input was stored. Without a date in the header the file layer writes the time of day into it, and
+/// no two runs would give the same bytes.
+std::string dateOf(const std::string& path)
+{
+    struct stat status = {};
+    struct tm date = {};
+    char text[32] = "2000:01:01 00:00:00"; // for what was not read from a file
+    if (::stat(path.c_str(), &status) == 0 && ::gmtime_r(&status.st_mtime, &date) != nullptr)
+        std::strftime(text, sizeof(text), "%Y:%m:%d %H:%M:%S", &date);
+    return text;
+}
+
 /// The header of the output: the input's, less what would convert values, speaks of the old pixels or cannot
 /// be written from top to bottom.
 OIIO::ImageSpec outputSpec(const Image& image, const std::string& fileFormat)
@@ -85,6 +99,10 @@ OIIO::ImageSpec outputSpec(const Image& image, const std::string& fileFormat)
         spec.erase_attribute(stale);
     spec.attribute("planarconfig", "contig");
     spec.attribute("compression", losslessCompression(spec, hasFloat));
+    if (fileFormat == "openexr") // which has no place for them, and says so on the terminal
+        spec.erase_attribute("ICCProfile.*");
+    if (spec.find_attribute("DateTime") == nullptr)
+        spec.attribute("DateTime", dateOf(image.path));
     if (fileFormat != "tiff") // the one format that says which of the two its alpha is
         spec.attribute("oiio:UnassociatedAlpha", 1);
     return spec;
@@ -95,6 +113,22 @@ std::string resolveLinks(const std::string& path)
     std::error_code error;
     const fs::path resolved = fs::weakly_canonical(fs::absolute(path, error), error);
     return error ? path : resolved.string();
+}
+
+/// The file layer converts quietly what a format cannot hold; this says what it would do so with.
+std::string lostValues(const Image& image, const OIIO::ImageOutput& output, const OIIO::ImageSpec& stored)
+{
+    const std::string format = output.format_name();
+    if (stored.nchannels != static_cast<int>(image.channels.size()) ||
+        (stored.alpha_channel >= 0 && !output.supports("alpha")))
+        return format + " cannot hold " + std::to_string(image.channels.size()) + " channels";
+    for (size_t c = 0; c < image.channels.size(); ++c) {
+        const unsigned char wanted = image.channels[c].format;
+        if (stored.channelformat(static_cast<int>(c)) != typeOf(wanted))
+            return format + " cannot hold " + formatName(wanted) +
+                   " values; choose another --depth or file format";
+    }
+    return {};
 }
 
 /// Makes an empty file of a new name beside `target`, with its extension; empty when that is not possible.
@@ -137,19 +171,26 @@ Writer::Writer(const std::string& path, const Image& image)
     if (temporary_.empty())
         fail(std::strerror(errno));
     try {
+        tryOnePixel(image);
         open(image);
-        checkStored(image);
+        noteLosses(image);
     } catch (...) {
-        file_->output.reset();
-        ::unlink(temporary_.c_str());
+        abandon();
         throw;
     }
 }
 
 Writer::~Writer()
 {
+    abandon();
+}
+
+/// Removes the temporary file, unless it has become the target.
+void Writer::abandon()
+{
     if (file_->output == nullptr)
         return;
+    file_->output->geterror();
     file_->output.reset();
     ::unlink(temporary_.c_str());
 }
@@ -166,27 +207,35 @@ void Writer::open(const Image& image)
     rowsPerCall_ = rowsPerCall(file_->output->format_name(), file_->output->spec());
 }
 
-/// The file layer converts quietly what a format cannot hold; that is an error here.
-void Writer::checkStored(const Image& image)
+/// Finds out what would not be stored as it is, on a whole file of one pixel: one given up half-way makes
+/// some file formats complain on the terminal.
+void Writer::tryOnePixel(const Image& image)
 {
-    const OIIO::ImageSpec& stored = file_->output->spec();
+    Image pixel = image;
+    pixel.data = pixel.display = {0, 0, 1, 1};
+    open(pixel);
+    const std::vector<char> blank(static_cast<size_t>(pixel.pixelBytes) + 16);
+    file_->output->write_scanline(0, 0, OIIO::TypeUnknown, blank.data());
+    const OIIO::ImageSpec stored = file_->output->spec();
+    if (!file_->output->close())
+        fail(file_->output->geterror());
+    if (const std::string loss = lostValues(image, *file_->output, stored); !loss.empty())
+        fail(loss);
+}
+
+/// Notes what of the image beside its values gets lost.
+void Writer::noteLosses(const Image& image)
+{
     const std::string format = file_->output->format_name();
-    if (stored.nchannels != static_cast<int>(image.channels.size()) ||
-        (stored.alpha_channel >= 0 && !file_->output->supports("alpha")))
-        fail(format + " cannot hold " + std::to_string(image.channels.size()) + " channels");
-    for (size_t c = 0; c < image.channels.size(); ++c) {
-        const unsigned char wanted = image.channels[c].format;
-        if (stored.channelformat(static_cast<int>(c)) != typeOf(wanted))
-            fail(format + " cannot hold " + formatName(wanted) +
-                 " values; choose another --depth or file format");
-    }
     const bool hasOrigin = image.data.x != 0 || image.data.y != 0;
     if ((hasOrigin && !file_->output->supports("origin")) ||
         (image.data != image.display && !file_->output->supports("displaywindow")))
         notes_.push_back("'" + path_ + "': " + format + " has no windows; the pixels of the data window, " +
                          describe(image.data) + ", become the whole picture");
-    if (format == "jpeg")
-        notes_.push_back("'" + path_ + "': jpeg keeps an approximation of the pixels only");
+    if (format == "openexr" && image.header->spec.find_attribute("ICCProfile") != nullptr)
+        notes_.push_back("'" + path_ + "': openexr has no colour profiles; the input's is left out");
+    if (format == "jpeg" || format == "webp")
+        notes_.push_back("'" + path_ + "': " + format + " keeps an approximation of the pixels only");
 }
 
 void Writer::write(int yBegin, int yEnd, const void* pixels)

@@ -35,7 +35,9 @@ public:
 
 private:
     void open(const Image& image);
-    void checkStored(const Image& image);
+    void abandon();
+    void tryOnePixel(const Image& image);
+    void noteLosses(const Image& image);
     [[noreturn]] void fail(const std::string& reason) const;
 
     struct File;
