@@ -12,11 +12,11 @@ RU_INLINE double magnitude(double v)
     return __builtin_fabs(v);
 }
 
-// Both differences share those along the diagonals, I - A and G - C.
+// Both differences share those along the diagonals, I - A and G - C. The rows are not __restrict: clang would carry
+// loads from one pixel to the next and could not vectorise.
 
 template <class Work, bool Sobel>
-void edgeRow(const Work* __restrict top, const Work* __restrict middle, const Work* __restrict bottom,
-             Work* __restrict out, int64_t count)
+void edgeRow(const Work* top, const Work* middle, const Work* bottom, Work* out, int64_t count)
 {
     constexpr Work w = Sobel ? 2 : 1;
     for (int64_t x = 0; x < count; ++x) {
@@ -29,8 +29,8 @@ void edgeRow(const Work* __restrict top, const Work* __restrict middle, const Wo
 }
 
 template <class Work>
-void generalEdgeRow(const Work* __restrict top, const Work* __restrict middle, const Work* __restrict bottom,
-                    Work* __restrict out, int64_t count, const ru_EdgeWeights<Work>& weights)
+void generalEdgeRow(const Work* top, const Work* middle, const Work* bottom, Work* out, int64_t count,
+                    const ru_EdgeWeights<Work>& weights)
 {
     const Work a = weights.gain;
     const Work b = weights.corner;
