@@ -1,0 +1,141 @@
+#include <RU/pixelfunc/RU_AsinFunc.h>
+#include <RU/pixelfunc/RU_GammaFunc.h>
+#include <RU/pixelfunc/RU_InvertFunc.h>
+#include <RU/pixelfunc/RU_LimitFunc.h>
+#include <RU/pixelfunc/RU_LogFunc.h>
+#include <RU/pixelfunc/RU_PowerFunc.h>
+#include <RU/pixelfunc/RU_TanFunc.h>
+#include <RU/pixelfunc/ru_Expressions.h>
+#include <reference/Formats.h>
+#include <reference/Functions.h>
+#include <reference/Random.h>
+
+#include <set>
+
+using namespace reference;
+
+namespace {
+
+/// Special numbers, magnitudes of all sizes, and a dense stretch around [0, 1].
+std::vector<float> grid()
+{
+    std::vector<float> values = specialFloats();
+    for (int i = -148; i < 128; ++i)
+        for (const float m : {1.0f, 1.3f, 1.9f})
+            values.insert(values.end(), {std::ldexp(m, i), -std::ldexp(m, i)});
+    for (int i = -3000; i <= 6000; ++i)
+        values.push_back(static_cast<float>(i) / 2000.0f);
+    return values;
+}
+
+float valueBy(RU_PixelFunction&& function, float value)
+{
+    return function.getPixelFunction()(&function, value, 0);
+}
+
+} // namespace
+
+class Catalogue : public ::testing::TestWithParam<Function>
+{
+};
+INSTANTIATE_TEST_SUITE_P(, Catalogue, ::testing::ValuesIn(functions()), [](const auto& entry) {
+    return entry.param.kernel.substr(3) + std::to_string(entry.index);
+});
+
+TEST_P(Catalogue, GivesTheResultOfItsFormula)
+{
+    const Function& function = GetParam();
+    const RU_ScalarForm scalar = function.object->getPixelFunction();
+    for (int c = 0; c < 4; ++c)
+        for (const float v : grid()) {
+            const float got = scalar(function.object.get(), v, c);
+            const double exact = function.exact(v, c);
+            const bool right = function.ulp == 0.0 ? sameFloat(got, static_cast<float>(exact))
+                                                   : ulpError(got, exact) <= function.ulp;
+            ASSERT_TRUE(right) << function.parameters << ": " << v << " gives " << got << ", exact " << exact
+                               << ", off by " << ulpError(got, exact) << " ulp";
+        }
+    EXPECT_FALSE(function.object->needAllComponents());
+    EXPECT_EQ(function.object->eachComponentDifferent(), function.perComponent);
+}
+
+TEST_P(Catalogue, AllFormsAndInstructionSetsGiveTheSameBits)
+{
+    const Function& function = GetParam();
+    RU_PixelFunction& object = *function.object;
+    object.buildPixelEngine();
+    object.buildVectorEngine();
+    const std::vector<float> values = grid();
+    const auto count = std::ssize(values);
+    for (int c = 0; c < 4; ++c) {
+        const auto expectScalars = [&](const std::vector<float>& got, const std::string& form) {
+            for (size_t i = 0; i < values.size(); ++i)
+                ASSERT_TRUE(sameFloat(got[i], object.getPixelFunction()(&object, values[i], c)))
+                    << form << " of " << values[i] << function.parameters;
+        };
+        std::vector<float> row = values, chain = values, pixels = values, single = values;
+        object.getRowFunction()(&object, row.data(), count, c);
+        object.processRow(chain.data(), count, c);
+        for (float& v : single)
+            v = object.processValue(v, c);
+        for (float& v : pixels) {
+            float* components[4] = {};
+            components[c] = &v;
+            object.processValues(components);
+        }
+        expectScalars(row, "row");
+        expectScalars(chain, "processRow");
+        expectScalars(single, "processValue");
+        expectScalars(pixels, "processValues");
+        for (const PXL_InstructionSet set : runnableSets()) {
+            std::vector<float> kernel = values;
+            function.run(object, set, kernel.data(), count, c);
+            expectScalars(kernel, PXLinstructionSetName(set));
+        }
+    }
+}
+
+TEST_P(Catalogue, RowsOfAnyLengthStayWithinTheirBounds)
+{
+    const std::vector<float> values = grid();
+    for (const PXL_InstructionSet set : runnableSets())
+        for (size_t count = 0; count < 70; ++count) {
+            std::vector<float> row(values.begin(), values.begin() + 70), expected = row;
+            for (size_t i = 0; i < count; ++i)
+                expected[i] = GetParam().object->getPixelFunction()(GetParam().object.get(), row[i], 3);
+            GetParam().run(*GetParam().object, set, row.data(), static_cast<int64_t>(count), 3);
+            for (size_t i = 0; i < row.size(); ++i)
+                ASSERT_TRUE(sameFloat(row[i], expected[i])) << i << " of " << count;
+        }
+}
+
+TEST(CatalogueList, HoldsEveryClass)
+{
+    std::set<std::string> kernels, listed;
+    for (const Function& function : functions())
+        kernels.insert(function.kernel);
+#define INSERT(EXPRESSION) listed.insert(#EXPRESSION);
+    RU_FOR_EACH_EXPRESSION(INSERT)
+#undef INSERT
+    EXPECT_EQ(kernels.size(), 25u);
+    EXPECT_EQ(kernels, listed);
+}
+
+TEST(CatalogueCases, MeetTheirExactResults)
+{
+    EXPECT_EQ(valueBy(RU_LogFunc(10, false, 0), 100.0f), 2.0f);
+    EXPECT_EQ(valueBy(RU_LogFunc(10, true, -1), 0.0f), -1.0f);
+    EXPECT_EQ(valueBy(RU_LogFunc(10, true, -1), -3.0f), -1.0f);
+    EXPECT_EQ(valueBy(RU_LogFunc(10, false, -1), -3.0f), -3.0f);
+    EXPECT_EQ(valueBy(RU_TanFunc(1, true, 5), 1.5707964f), 5.0f);
+    EXPECT_EQ(valueBy(RU_TanFunc(1, false, 5), -1.5707964f), -1.5707964f);
+    EXPECT_TRUE(std::isnan(valueBy(RU_AsinFunc(1, true, 5), 2.0f)));
+    EXPECT_EQ(valueBy(RU_InvertFunc(true, 5), 0.0f), 5.0f);
+    EXPECT_EQ(valueBy(RU_InvertFunc(false, 5), 0.0f), 0.0f);
+    EXPECT_EQ(valueBy(RU_PowerFunc(2), -3.0f), -9.0f);
+    EXPECT_EQ(valueBy(RU_LimitFunc(true, 0.2f, false, 0, false), 0.1f), 0.0f);
+    EXPECT_EQ(valueBy(RU_LimitFunc(true, 0.2f, false, 0, false), 0.2f), 0.2f);
+    EXPECT_EQ(valueBy(RU_LimitFunc(true, 0.2f, false, 0, true), 0.1f), 0.2f);
+    EXPECT_EQ(RU_GammaFunc::gamma(0.25f, 0.5f), 0.5f);
+    EXPECT_EQ(RU_GammaFunc::gamma(-0.25f, 0.5f), -0.5f);
+}

@@ -1,0 +1,145 @@
+#include <reference/Formats.h>
+#include <reference/Functions.h>
+#include <reference/RecordingGPU.h>
+
+using namespace reference;
+
+namespace {
+
+constexpr int data[4] = {};
+
+/// Declares one thing of each kind, twice where once has to suffice.
+class Declarer : public RU_PixelFunction
+{
+public:
+    void getPixelShader(UT_String& body) override
+    {
+        const float values[12] = {1, 2, 3, 4, 5, 6, 7, 8, 9};
+        addConstant("one", RE_GPU_FLOAT32, 1, values, 1);
+        addConstant("three", RE_GPU_FLOAT32, 2, values, 3);
+        addLocal("hue", RE_GPU_FLOAT32, 3);
+        addArray("table", RE_GPU_UINT8, 1, 5, 6, data);
+        addArray("planes", RE_GPU_FLOAT16, 4, 7, 8, data, nullptr, data + 1, data + 2);
+        addFunction("zed", "void zed();");
+        addFunction("alpha", "void alpha();");
+        addFunction("zed", "another text");
+        usesGlobal("width");
+        EXPECT_FALSE(usesNumCompsGlobal());
+        usesGlobal("num_comps");
+        usesGlobal("num_comps");
+        body = UT_String(std::to_string(getNumComps()) + " of " + std::to_string(getFunctionIndex()));
+    }
+};
+
+class TypeNamer : public RU_PixelFunction
+{
+public:
+    TypeNamer(int type, int vectorSize) : type_(type), vectorSize_(vectorSize) {}
+    void getPixelShader(UT_String&) override { addLocal("v", static_cast<RE_GPUType>(type_), vectorSize_); }
+
+private:
+    int type_;
+    int vectorSize_;
+};
+
+std::string expectedTypeName(int type, int vectorSize)
+{
+    const std::string size = std::to_string(vectorSize);
+    if (type >= 2 && type <= 7)
+        return vectorSize == 1 ? "INT" : "IVEC" + size;
+    if (type == 8 || type == 10)
+        return vectorSize == 1 ? "FLOAT" : "VEC" + size;
+    if (type >= 11 && type <= 13 && vectorSize == 1)
+        return "MATRIX" + std::to_string(type - 9);
+    return "";
+}
+
+} // namespace
+
+TEST(Shader, EveryFunctionHasItsTextAndConstants)
+{
+    size_t constants = 0;
+    for (const Function& function : functions()) {
+        SCOPED_TRACE(function.kernel + function.parameters);
+        RU_PixelFunction head;
+        RecordingGPU gpu;
+        UT_String body;
+        function.object->declareShader(head, &gpu, 7, body);
+        EXPECT_EQ(body.view(), function.shader);
+        EXPECT_FALSE(head.usesNumCompsGlobal());
+
+        std::string parameters, arguments;
+        ASSERT_EQ(gpu.constants.size(), function.constants.size());
+        for (size_t i = 0; i < gpu.constants.size(); ++i, ++constants) {
+            const auto& got = gpu.constants[i];
+            const auto& [name, values] = function.constants[i];
+            EXPECT_EQ(got.name, name + "7");
+            EXPECT_EQ(got.type, RE_GPU_FLOAT32);
+            EXPECT_EQ(got.values, values) << name;
+            EXPECT_EQ(got.count, 1);
+            EXPECT_FALSE(got.normalize);
+            parameters += values.size() == 1 ? ", in FLOAT " : ", in VEC4 ";
+            parameters += name + "7";
+            arguments += "," + name + "7";
+        }
+        EXPECT_EQ(head.getParameterDeclarations().view(), parameters);
+        EXPECT_EQ(head.getCallArguments().view(), arguments);
+    }
+    EXPECT_GT(constants, 50u);
+}
+
+TEST(Shader, DeclarationsGoToTheHeadUnderIndexedNames)
+{
+    RU_PixelFunction head;
+    Declarer declarer;
+    RecordingGPU gpu;
+    UT_String body;
+    head.setNumComps(3);
+    declarer.declareShader(head, &gpu, 12, body);
+
+    EXPECT_EQ(body.view(), "3 of 12");
+    EXPECT_EQ(head.getParameterDeclarations().view(),
+              ", in FLOAT one12, in VEC2 three12[3], out VEC3 hue12, out VEC4 planes12, in int num_comps");
+    EXPECT_EQ(head.getCallArguments().view(), ",one12,three12,hue12,planes12, num_comps");
+    EXPECT_EQ(head.getLocalDeclarations().view(), "VEC3 hue12;\n");
+    EXPECT_EQ(head.getAddedFunctionCode().view(), "void zed();\nvoid alpha();\n");
+    EXPECT_TRUE(head.usesNumCompsGlobal());
+    EXPECT_TRUE(declarer.getParameterDeclarations().isEmpty() && declarer.getAddedFunctionCode().isEmpty());
+
+    ASSERT_EQ(gpu.constants.size(), 2u);
+    EXPECT_EQ(gpu.constants[1].name, "three12");
+    EXPECT_EQ(gpu.constants[1].values, (std::vector<float>{1, 2, 3, 4, 5, 6}));
+    EXPECT_EQ(gpu.constants[1].count, 3);
+    const RecordingGPU::ArrayCall table{"table", RE_GPU_UINT8, 1, 5, 6, {data}};
+    const RecordingGPU::ArrayCall planes{
+        "planes12", RE_GPU_FLOAT16, 4, 7, 8, {data, nullptr, data + 1, data + 2}};
+    EXPECT_EQ(gpu.arrays, (std::vector{table, planes}));
+}
+
+TEST(Shader, SharedFunctionsAreEmittedOncePerChain)
+{
+    RU_PixelFunction head;
+    Declarer first, second;
+    RecordingGPU gpu;
+    UT_String body;
+    first.declareShader(head, &gpu, 0, body);
+    const UT_String once = head.getAddedFunctionCode();
+    second.declareShader(head, &gpu, 1, body);
+    EXPECT_EQ(head.getAddedFunctionCode(), once);
+    EXPECT_EQ(gpu.constants.back().name, "three1");
+}
+
+TEST(Shader, TypesHaveTheNamesOfThePrelude)
+{
+    int named = 0;
+    for (int type = 0; type <= 14; ++type)
+        for (int size = 1; size <= 4; ++size) {
+            RU_PixelFunction head;
+            UT_String body;
+            TypeNamer(type, size).declareShader(head, nullptr, 0, body);
+            const std::string name = expectedTypeName(type, size);
+            EXPECT_EQ(head.getLocalDeclarations().view(), name + " v0;\n") << type << ", " << size;
+            named += name.empty() ? 0 : 1;
+        }
+    EXPECT_EQ(named, 8 * 4 + 3);
+}

@@ -1,0 +1,78 @@
+#include <PXL/PXL_Caps.h>
+#include <RU/filter/ru_EdgeDetectRows.h>
+#include <RU/framework/ru_ConvertRows.h>
+#include <RU/pixelfunc/ru_Expressions.h>
+#include <RU/pixelfunc/ru_LookUpRows.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <string>
+#include <string_view>
+
+namespace {
+
+constexpr PXL_InstructionSet allSets[] = {
+#define VALUE(SET) PXL_InstructionSet::SET,
+    PXL_FOR_EACH_INSTRUCTION_SET(VALUE)
+#undef VALUE
+};
+
+bool choosesBy(std::string_view text)
+{
+    PXL_InstructionSet expected = PXLwidestInstructionSet();
+    for (const PXL_InstructionSet set : allSets)
+        if (text == PXLinstructionSetName(set))
+            expected = std::min(expected, set);
+    return PXLinstructionSet() == expected && ru_convertRows().compiledFor == expected;
+}
+
+} // namespace
+
+TEST(Caps, EachKernelTableIsCompiledForItsSet)
+{
+    for (const PXL_InstructionSet set : allSets) {
+        EXPECT_EQ(ru_convertRows(set).compiledFor, set);
+        EXPECT_EQ(ru_expressionRows(set).compiledFor, set);
+        EXPECT_EQ(ru_lookUpRows(set).compiledFor, set);
+        EXPECT_EQ(ru_edgeDetectRows(set).compiledFor, set);
+    }
+}
+
+#if defined(__x86_64__)
+TEST(Caps, ProcessorIsReadRight)
+{
+    PXLdetermineProcCaps();
+    EXPECT_TRUE(PXLcpuHasMMX() && PXLcpuHasSSE() && PXLcpuHasXMMX()) << "part of every 64-bit processor";
+    EXPECT_EQ(PXLwidestInstructionSet() >= PXL_InstructionSet::avx2, __builtin_cpu_supports("avx2") != 0);
+}
+#endif
+
+// What a process chose stays; so each text is tried in a process of its own, which runs this test alone.
+TEST(CapsDeathTest, EnvironmentCapsTheSet)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const char* before = std::getenv("KREILUGE_ISA");
+    const std::string kept = before != nullptr ? before : "";
+    for (const char* text : {"baseline", "avx2", "avx512", "", "AVX2", "nonsense"}) {
+        ASSERT_EQ(setenv("KREILUGE_ISA", text, 1), 0);
+        EXPECT_EXIT(std::exit(choosesBy(text) ? 0 : 1), ::testing::ExitedWithCode(0), "") << text;
+    }
+    before != nullptr ? setenv("KREILUGE_ISA", kept.c_str(), 1) : unsetenv("KREILUGE_ISA");
+}
+
+// Entries of ctest run all tests with the variable set; this one shows that it took.
+TEST(Caps, RunUsesTheSetThatWasAskedFor)
+{
+    const char* text = std::getenv("KREILUGE_ISA");
+    if (text == nullptr)
+        GTEST_SKIP() << "KREILUGE_ISA is not set";
+    for (const PXL_InstructionSet set : allSets) {
+        if (std::string_view(text) != PXLinstructionSetName(set))
+            continue;
+        if (set > PXLwidestInstructionSet())
+            GTEST_SKIP() << "this processor lacks " << text;
+        EXPECT_EQ(PXLinstructionSet(), set);
+        return;
+    }
+    FAIL() << "no instruction set is called " << text;
+}

@@ -1,0 +1,302 @@
+#include <RU/pixelfunc/RU_AbsFunc.h>
+#include <RU/pixelfunc/RU_AcosFunc.h>
+#include <RU/pixelfunc/RU_AddFunc.h>
+#include <RU/pixelfunc/RU_AsinFunc.h>
+#include <RU/pixelfunc/RU_AtanFunc.h>
+#include <RU/pixelfunc/RU_CeilFunc.h>
+#include <RU/pixelfunc/RU_CoshFunc.h>
+#include <RU/pixelfunc/RU_FloorFunc.h>
+#include <RU/pixelfunc/RU_GammaFunc.h>
+#include <RU/pixelfunc/RU_InvertFunc.h>
+#include <RU/pixelfunc/RU_LimitFunc.h>
+#include <RU/pixelfunc/RU_LogFunc.h>
+#include <RU/pixelfunc/RU_MAddFunc.h>
+#include <RU/pixelfunc/RU_MultFunc.h>
+#include <RU/pixelfunc/RU_NegateFunc.h>
+#include <RU/pixelfunc/RU_PowerFunc.h>
+#include <RU/pixelfunc/RU_QuantizeFunc.h>
+#include <RU/pixelfunc/RU_RaiseFunc.h>
+#include <RU/pixelfunc/RU_RoundFunc.h>
+#include <RU/pixelfunc/RU_ScaleFunc.h>
+#include <RU/pixelfunc/RU_SignFunc.h>
+#include <RU/pixelfunc/RU_SinFunc.h>
+#include <RU/pixelfunc/RU_SinhFunc.h>
+#include <RU/pixelfunc/RU_TanFunc.h>
+#include <RU/pixelfunc/RU_TanhFunc.h>
+#include <RU/pixelfunc/ru_Expressions.h>
+#include <reference/Functions.h>
+
+#include <cmath>
+
+namespace reference {
+
+namespace {
+
+template <class Expression>
+constexpr const char* kernelName = nullptr;
+#define NAME(EXPRESSION)                                                                                     \
+    template <>                                                                                              \
+    constexpr const char* kernelName<EXPRESSION> = #EXPRESSION;
+RU_FOR_EACH_EXPRESSION(NAME)
+#undef NAME
+
+using Exact = std::function<double(float, int)>;
+
+/// Collects the catalogue; shader text and constants hold until the next call of shader().
+class Catalogue
+{
+public:
+    void shader(std::string text, std::vector<std::string> constants = {})
+    {
+        text_ = std::move(text);
+        names_ = std::move(constants);
+    }
+
+    template <class F>
+    void add(F* function, const std::vector<std::vector<float>>& values, double ulp, Exact exact)
+    {
+        using Expression = std::remove_cvref_t<decltype(function->expression(0))>;
+        Function entry{kernelName<Expression>,
+                       "",
+                       std::shared_ptr<RU_PixelFunction>(function),
+                       false,
+                       std::move(exact),
+                       ulp,
+                       text_,
+                       {},
+                       run<F, Expression>};
+        for (size_t i = 0; i < names_.size(); ++i) {
+            entry.constants.push_back({names_[i], values.at(i)});
+            entry.parameters += " " + names_[i] + " " + std::to_string(values[i][0]);
+            const std::vector<float> uniform(values[i].size(), values[i][0]);
+            entry.perComponent |= values[i] != uniform;
+        }
+        all.push_back(std::move(entry));
+    }
+
+    std::vector<Function> all;
+
+private:
+    template <class F, class Expression>
+    static void run(const RU_PixelFunction& function, PXL_InstructionSet set, float* values, int64_t count,
+                    int component)
+    {
+        const Expression expression = static_cast<const F&>(function).expression(component);
+        const ru_RowKernel<Expression>& kernel = ru_expressionRows(set);
+        kernel.run(expression, values, count);
+    }
+
+    std::string text_;
+    std::vector<std::string> names_;
+};
+
+/// One line of a shader for each component, with its letter for each %.
+std::string perComponent(const std::string& line, const std::string& indent)
+{
+    std::string text;
+    for (const char c : std::string("rgba")) {
+        std::string one = line;
+        for (size_t at; (at = one.find('%')) != std::string::npos;)
+            one.replace(at, 1, std::string("value.") + c);
+        text += (c == 'r' ? "" : ",\n" + indent) + one;
+    }
+    return text + ");\n";
+}
+
+std::string guarded(const std::string& condition, const std::string& result, bool useReplacement,
+                    const std::string& indent = "    ", const std::string& firstIndent = "\n    ")
+{
+    return "value = VEC4(" + firstIndent +
+           perComponent("(" + condition + ") ? " + result + " : " + (useReplacement ? "replacement" : "%"),
+                        indent);
+}
+
+double powerOf(double v, double exponent)
+{
+    return v < 0 ? -std::pow(-v, exponent) : std::pow(v, exponent);
+}
+
+double gammaOf(double v, float igamma)
+{
+    return v == 0 ? 0.0 : v == 1 ? 1.0 : powerOf(v, igamma);
+}
+
+std::vector<float> four(float v)
+{
+    return {v, v, v, v};
+}
+
+/// Each step rounds to float, and no other result will do.
+void addArithmetic(Catalogue& list)
+{
+    list.shader("value += VEC4(add);", {"add"});
+    list.add(new RU_AddFunc(0.3f), {{0.3f}}, 0, [](float v, int) { return v + 0.3f; });
+    list.shader("value *= VEC4(mult);", {"mult"});
+    list.add(new RU_MultFunc(-1.7f), {{-1.7f}}, 0, [](float v, int) { return v * -1.7f; });
+
+    list.shader("value = value *VEC4(mult) + VEC4(add);", {"mult", "add"});
+    list.add(new RU_MAddFunc(1.1f, -0.1f), {four(1.1f), four(-0.1f)}, 0,
+             [](float v, int) { return v * 1.1f + -0.1f; });
+    static const std::vector<float> mult = {1.1f, 0.7f, -2.0f, 0.0f}, add = {0.1f, -0.3f, 1.0f, 0.5f};
+    list.add(new RU_MAddFunc(mult.data(), add.data()), {mult, add}, 0,
+             [](float v, int c) { return v * mult[static_cast<size_t>(c)] + add[static_cast<size_t>(c)]; });
+
+    list.shader("value = (value - VEC4(pivot)) * VEC4(scale) + VEC4(pivot);", {"scale", "pivot"});
+    list.add(new RU_ScaleFunc(1.7f, 0.435f), {{1.7f}, {0.435f}}, 0,
+             [](float v, int) { return (v - 0.435f) * 1.7f + 0.435f; });
+    list.shader("value = floor((value - VEC4(offset)) / VEC4(step)) * VEC4(step)+ VEC4(offset);",
+                {"offset", "step"});
+    for (const float step : {0.1f, -0.25f, 0.0f})
+        list.add(new RU_QuantizeFunc(step, 0.05f), {{0.05f}, {step}}, 0, [step](float v, int) {
+            const float steps = std::floor((v - 0.05f) / step);
+            return steps * step + 0.05f;
+        });
+}
+
+void addRounding(Catalogue& list)
+{
+    list.shader("value = abs(value);\n");
+    list.add(new RU_AbsFunc, {}, 0, [](float v, int) { return std::abs(v); });
+    list.shader("value = -value;\n");
+    list.add(new RU_NegateFunc, {}, 0, [](float v, int) { return -v; });
+    list.shader("value = 1.0/value;\n");
+    for (const bool replace : {false, true})
+        list.add(new RU_InvertFunc(replace, 7.0f), {}, 0, [=](float v, int) {
+            return v != 0 ? 1.0f / v : replace ? 7.0f : v;
+        });
+    list.shader("value = sign(value);\n");
+    list.add(new RU_SignFunc, {}, 0, [](float v, int) { return v < 0 ? -1.0 : v > 0 ? 1.0 : 0.0; });
+    list.shader("value = floor(value);\n");
+    list.add(new RU_FloorFunc, {}, 0, [](float v, int) { return std::floor(v); });
+    list.shader("value = ceil(value);\n");
+    list.add(new RU_CeilFunc, {}, 0, [](float v, int) { return std::ceil(v); });
+    list.shader("value = floor(value + VEC4(0.5f));\n");
+    list.add(new RU_RoundFunc, {}, 0, [](float v, int) { return std::floor(v + 0.5f); });
+}
+
+void addLimits(Catalogue& list)
+{
+    const std::string lower = "value *= sign(sign(value-VEC4(lower)) + VEC4(1.0f));\n";
+    const std::string upper = "value *= sign(sign(VEC4(upper)-value) + VEC4(1.0f));\n";
+    const auto add = [&](bool useLower, float low, bool useUpper, float high, bool clamp) {
+        std::vector<std::vector<float>> values;
+        if (useLower)
+            values.push_back({low});
+        if (useUpper)
+            values.push_back({high});
+        list.add(new RU_LimitFunc(useLower, low, useUpper, high, clamp), values, 0, [=](float v, int) {
+            const float raised = useLower && v < low ? (clamp ? low : 0.0f) : v;
+            return useUpper && raised > high ? (clamp ? high : 0.0f) : raised;
+        });
+    };
+    for (const bool clamp : {false, true}) {
+        list.shader("");
+        add(false, 0.2f, false, 0.8f, clamp);
+        list.shader(clamp ? "value = max(value, VEC4(lower));" : lower, {"lower"});
+        add(true, 0.2f, false, 0.1f, clamp);
+        list.shader(clamp ? "value = min(value, VEC4(upper));" : upper, {"upper"});
+        add(false, 0.9f, true, 0.8f, clamp);
+        list.shader(clamp ? "value = clamp(value, VEC4(lower), VEC4(upper));" : lower + upper,
+                    {"lower", "upper"});
+        add(true, 0.25f, true, 1.5f, clamp);
+        add(true, 0.5f, true, -0.5f, clamp); // the upper test sees what the lower one made
+    }
+}
+
+void addPowers(Catalogue& list)
+{
+    list.shader("value = sign(value) * pow( abs(value), VEC4(igamma) );", {"igamma"});
+    for (const float gamma : {2.2f, 0.0f, -0.5f})
+        list.add(new RU_GammaFunc(gamma), {four(1.0f / gamma)}, 0.55,
+                 [=](float v, int) { return gammaOf(v, 1.0f / gamma); });
+    static const std::vector<float> igamma = {1 / 1.0f, 1 / 1.8f, 1 / 0.45f, 1 / -2.0f};
+    list.add(new RU_GammaFunc(1.0f, 1.8f, 0.45f, -2.0f), {igamma}, 0.55,
+             [](float v, int c) { return gammaOf(v, igamma[static_cast<size_t>(c)]); });
+
+    list.shader("value = sign(value) * pow(abs(value), VEC4(expon));\n", {"expon"});
+    for (const float expon : {2.0f, 0.4f, -1.0f, 3.0f, 0.0f})
+        list.add(new RU_PowerFunc(expon), {{expon}}, 0.55, [=](float v, int) { return powerOf(v, expon); });
+    list.shader("value = sign(VEC4(base)) * pow(abs(VEC4(base)), value);\n", {"base"});
+    for (const float base : {2.0f, 0.3f, -3.0f, 1.0f, 0.0f})
+        list.add(new RU_RaiseFunc(base), {{base}}, 0.55, [=](float v, int) {
+            return base < 0 ? -std::pow(-double(base), v) : std::pow(double(base), v);
+        });
+
+    for (const bool replace : {false, true}) {
+        const std::string indent = replace ? "   " : "             ";
+        list.shader(guarded("% > 0.0f", "log(%)*base", replace, indent, replace ? "\n   " : ""),
+                    {"base", "replacement"});
+        for (const float base : {10.0f, 0.5f, -2.0f, 1.0f, 0.0f}) {
+            const float k =
+                base == 0.0f ? HUGE_VALF : static_cast<float>(1.0 / std::log(std::abs(double(base))));
+            list.add(new RU_LogFunc(base, replace, -1.5f), {{k}, {-1.5f}}, 2.0, [=](float v, int) {
+                const double log = std::log(double(v));
+                return v > 0 ? (std::isinf(k) ? log * k : log / std::log(std::abs(double(base))))
+                             : double(replace ? -1.5f : v);
+            });
+        }
+    }
+}
+
+void addTrigonometry(Catalogue& list)
+{
+    list.shader("value = sin(value * VEC4(scale) + VEC4(shift));\n", {"scale", "shift"});
+    list.add(new RU_SinFunc(2.1f, 0.5f), {{2.1f}, {0.5f}}, 1.0,
+             [](float v, int) { return std::sin(double(v * 2.1f + 0.5f)); });
+    list.shader("value = atan(value *VEC4(scale));\n", {"scale"});
+    list.add(new RU_AtanFunc(0.6f), {{0.6f}}, 2.0, [](float v, int) { return std::atan(double(v)) * 0.6f; });
+
+    for (const bool replace : {false, true}) {
+        list.shader("value *= VEC4(scale);\n" + guarded("abs(%)!=1.5708f", "tan(%)", replace),
+                    {"scale", "replacement"});
+        for (const float scale : {1.0f, 2.0f})
+            list.add(new RU_TanFunc(scale, replace, 9.0f), {{scale}, {9.0f}}, 1.0, [=](float v, int) {
+                const bool pole = std::abs(v * scale) == 1.5707964f;
+                return pole ? (replace ? 9.0f : v) : std::tan(double(v * scale));
+            });
+        std::vector<std::string> limited = {"scale"};
+        if (replace)
+            limited.push_back("replacement");
+        const auto replaced = [=](float v) { return double(replace ? 9.0f : v); };
+        list.shader(guarded("abs(%)<=1.0f", "asin(%)", replace) + "value *= VEC4(scale);\n", limited);
+        list.add(new RU_AsinFunc(0.6f, replace, 9.0f), {{0.6f}, {9.0f}}, 2.0,
+                 [=](float v, int) { return std::isnan(v) ? replaced(v) : std::asin(double(v)) * 0.6f; });
+        list.shader(guarded("abs(%)<=1.0f", "acos(%)", replace) + "value *= VEC4(scale);\n", limited);
+        list.add(new RU_AcosFunc(0.6f, replace, 9.0f), {{0.6f}, {9.0f}}, 2.0,
+                 [=](float v, int) { return std::isnan(v) ? replaced(v) : std::acos(double(v)) * 0.6f; });
+    }
+}
+
+void addHyperbolics(Catalogue& list)
+{
+    const auto exponentials = [](const std::string& sign) {
+        return "value = (exp( value*VEC4(scale)) " + sign +
+               "\n              exp(-value*VEC4(scale)))*VEC4(0.5f);\n";
+    };
+    list.shader(exponentials("-"), {"scale"});
+    list.add(new RU_SinhFunc(1.5f), {{1.5f}}, 2.0, [](float v, int) { return std::sinh(double(v * 1.5f)); });
+    list.shader(exponentials("+"), {"scale"});
+    list.add(new RU_CoshFunc(0.7f), {{0.7f}}, 2.0, [](float v, int) { return std::cosh(double(v * 0.7f)); });
+    list.shader("value = (exp(VEC4(2.0f) * value) - VEC4(1.0f)) /\n"
+                "        (exp(VEC4(2.0f) * value) + VEC4(1.0f));\n");
+    list.add(new RU_TanhFunc(1.3f), {}, 2.0, [](float v, int) { return std::tanh(double(v * 1.3f)); });
+}
+
+} // namespace
+
+const std::vector<Function>& functions()
+{
+    static const std::vector<Function> all = [] {
+        Catalogue list;
+        addArithmetic(list);
+        addRounding(list);
+        addLimits(list);
+        addPowers(list);
+        addTrigonometry(list);
+        addHyperbolics(list);
+        return list.all;
+    }();
+    return all;
+}
+
+} // namespace reference

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <PXL/PXL_Caps.h>
+#include <RU/pixelfunc/RU_PixelFunction.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace reference {
+
+/// A parameter of a shader function: one value for all components, or one for each.
+struct Constant
+{
+    std::string name;
+    std::vector<float> values;
+};
+
+/// A pixel function with certain parameters, and what is expected of it.
+struct Function
+{
+    std::string kernel; ///< "ru_Add"
+    std::string parameters;
+    std::shared_ptr<RU_PixelFunction> object;
+    bool perComponent;
+
+    /// The result for a value of a component. Steps that round on the way do so here too.
+    std::function<double(float v, int c)> exact;
+    double ulp; ///< allowed error in units of the last place; 0: the very number
+
+    std::string shader;
+    std::vector<Constant> constants;
+
+    /// The kernel of an instruction set on a row.
+    void (*run)(const RU_PixelFunction&, PXL_InstructionSet, float* values, int64_t count, int component);
+};
+
+/// The catalogue: every class, with parameters that reach each of its cases.
+const std::vector<Function>& functions();
+
+} // namespace reference
