@@ -57,17 +57,16 @@ public:
     ChannelRole role(const Channel& channel) const
     {
         const auto [layer, rest] = splitName(channel.name);
+        const auto isX = [](const Channel& other) { return splitName(other.name).rest == "X"; };
         const bool ambiguous = rest == "Y" || rest == "Z";
-        return ambiguous && has(layer, [](const std::string& name) { return name == "X"; })
-                   ? ChannelRole()
-                   : roleOfName(rest);
+        return ambiguous && has(layer, isX) ? ChannelRole() : roleOfName(rest);
     }
 
     std::string planeName(const Channel& channel) const
     {
         using Kind = ChannelRole::Kind;
         const auto [layer, rest] = splitName(channel.name);
-        const auto isColour = [](const std::string& name) { return roleOfName(name).kind == Kind::Colour; };
+        const auto isColour = [this](const Channel& other) { return role(other).kind == Kind::Colour; };
         switch (role(channel).kind) {
         case Kind::Colour:
         case Kind::Alpha:
@@ -80,13 +79,12 @@ public:
     }
 
 private:
-    /// True when a layer has a channel of a name that passes a test.
+    /// True when a layer has a channel that passes a test.
     template <class Test>
     bool has(const std::string& layer, Test test) const
     {
         return std::any_of(channels_.begin(), channels_.end(), [&](const Channel& channel) {
-            const NameParts parts = splitName(channel.name);
-            return parts.layer == layer && test(parts.rest);
+            return splitName(channel.name).layer == layer && test(channel);
         });
     }
 

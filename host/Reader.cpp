@@ -112,16 +112,24 @@ int Reader::callEnd(int y) const
     return y + rowsPerCall_ - (y - image_.data.y) % rowsPerCall_;
 }
 
-/// Reads the row of file tiles that `y` lies in.
+/// Reads the row of file tiles that `y` lies in. One tile at a time: the file layer's calls for several are
+/// not safe for images that end within a tile.
 void Reader::readFileTiles(int y)
 {
     const OIIO::ImageSpec& spec = image_.header->spec;
     tileRowBegin_ = spec.y + (y - spec.y) / spec.tile_height * spec.tile_height;
     tileRowEnd_ = std::min(tileRowBegin_ + spec.tile_height, spec.y + spec.height);
     tileRow_.resize(static_cast<size_t>(image_.rowBytes() * spec.tile_height));
-    if (!file_->input->read_native_tiles(0, 0, spec.x, spec.x + spec.width, tileRowBegin_, tileRowEnd_, 0, 1,
-                                         tileRow_.data()))
-        fail(file_->input->geterror());
+    const int64_t tileBytes = spec.tile_width * image_.pixelBytes;
+    std::vector<char> tile(static_cast<size_t>(tileBytes * spec.tile_height));
+    for (int x = 0; x < spec.width; x += spec.tile_width) {
+        if (!file_->input->read_native_tile(0, 0, spec.x + x, tileRowBegin_, 0, tile.data()))
+            fail(file_->input->geterror());
+        const int64_t bytes = std::min(spec.tile_width, spec.width - x) * image_.pixelBytes;
+        for (int row = 0; row < tileRowEnd_ - tileRowBegin_; ++row)
+            std::memcpy(tileRow_.data() + row * image_.rowBytes() + x * image_.pixelBytes,
+                        tile.data() + row * tileBytes, static_cast<size_t>(bytes));
+    }
 }
 
 void Reader::fail(const std::string& reason) const

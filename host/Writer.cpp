@@ -108,10 +108,14 @@ OIIO::ImageSpec outputSpec(const Image& image, const std::string& fileFormat)
     return spec;
 }
 
+/// The file that a path means, also where it is a link to one that does not exist yet.
 std::string resolveLinks(const std::string& path)
 {
     std::error_code error;
-    const fs::path resolved = fs::weakly_canonical(fs::absolute(path, error), error);
+    fs::path resolved = fs::absolute(path, error);
+    for (int links = 0; links < 40 && fs::is_symlink(resolved, error); ++links)
+        resolved = resolved.parent_path() / fs::read_symlink(resolved, error);
+    resolved = fs::weakly_canonical(resolved, error);
     return error ? path : resolved.string();
 }
 

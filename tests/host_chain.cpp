@@ -1,0 +1,130 @@
+#include <host/Chain.h>
+#include <host/Error.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+
+namespace {
+
+using host::Chain;
+using host::Components;
+
+/// The text of the error that some work throws; empty for none.
+std::string errorOf(const std::function<void()>& work)
+{
+    try {
+        work();
+    } catch (const host::Error& error) {
+        EXPECT_EQ(error.kind(), host::Error::Kind::Usage);
+        return error.what();
+    }
+    return {};
+}
+
+float evaluate(const Chain& chain, float value, int component)
+{
+    const Chain::Built built = chain.build();
+    built.head->buildPixelEngine();
+    return built.head->processValue(value, component);
+}
+
+TEST(Chain, ReadsPositionsNamesPresetsAndScopes)
+{
+    EXPECT_EQ(Chain::fromText(" gamma 2.2,add   0.1 @rg ").text(), "gamma 2.2, add 0.1 @rg");
+    EXPECT_EQ(Chain::fromText("log").text(), "log 10 none");
+    EXPECT_EQ(Chain::fromText("log replacement=-1 base=2").text(), "log 2 -1");
+    EXPECT_EQ(Chain::fromText("limit none 1@a").text(), "limit none 1 on @a");
+    EXPECT_EQ(Chain::fromText("mult 1:0.5:0.25").text(), "mult 1:0.5:0.25:1");
+    EXPECT_EQ(Chain::fromText("add 1:2:3").text(), "add 1:2:3:0");
+    EXPECT_TRUE(Chain::fromText(" ").isEmpty());
+}
+
+TEST(Chain, ArgumentsReachTheFunctions)
+{
+    EXPECT_FLOAT_EQ(evaluate(Chain::fromText("madd 2 0.5"), 3.0f, 0), 6.5f);
+    EXPECT_FLOAT_EQ(evaluate(Chain::fromText("mult 1:2:3, add 0:0:10"), 1.0f, 2), 13.0f);
+    EXPECT_FLOAT_EQ(evaluate(Chain::fromText("scale 2 pivot=0.5"), 1.0f, 0), 1.5f);
+    EXPECT_FLOAT_EQ(evaluate(Chain::fromText("limit 0.2 clamp=off"), 0.1f, 0), 0.0f);
+    EXPECT_FLOAT_EQ(evaluate(Chain::fromText("limit 0.2"), 0.1f, 0), 0.2f);
+    EXPECT_FLOAT_EQ(evaluate(Chain::fromText("log 10 replacement=-1"), -3.0f, 0), -1.0f);
+    EXPECT_FLOAT_EQ(evaluate(Chain::fromText("invert"), 0.0f, 0), 0.0f);
+    EXPECT_FLOAT_EQ(evaluate(Chain::fromText("gamma 1:2:1"), 0.25f, 1), 0.5f);
+    EXPECT_FLOAT_EQ(evaluate(Chain::fromText("sin shift=1"), 0.0f, 0), std::sin(1.0f));
+}
+
+TEST(Chain, EveryFunctionSurvivesBothForms)
+{
+    for (const host::Function& function : host::functions()) {
+        std::string text = function.name;
+        for (const host::Argument& argument : function.arguments)
+            text += argument.type == host::Argument::Type::Switch ? " off" : " 0.25";
+        const Chain chain = Chain::fromText(text + ", " + text + " @gb");
+        EXPECT_EQ(Chain::fromText(chain.text()).text(), chain.text());
+        EXPECT_EQ(Chain::fromJson(chain.json(), "json").text(), chain.text());
+        EXPECT_NE(chain.build().head, nullptr) << text;
+    }
+}
+
+TEST(Chain, ReadsJson)
+{
+    const char* list = R"([{"function": "gamma", "gamma": [2, 2, 1.5]},
+                           {"function": "limit", "lower": 0, "upper": null, "clamp": false, "scope": "rg"}])";
+    EXPECT_EQ(Chain::fromJson(list, "f").text(), "gamma 2:2:1.5:1, limit 0 none off @rg");
+    EXPECT_EQ(Chain::fromJson("{\"chain\": " + std::string(list) + "}", "f").text(),
+              Chain::fromJson(list, "f").text());
+}
+
+TEST(Chain, ErrorsNameTheSlipAndTheNearestName)
+{
+    const std::pair<const char*, const char*> texts[] = {
+        {"gama 2", "unknown function 'gama'; did you mean 'gamma'?"},
+        {"quant 2", "did you mean 'quantize'?"},
+        {"gamma", "gamma: 'gamma' is missing; usage: gamma GAMMA"},
+        {"gamma 1 2", "'2' is one argument too many"},
+        {"log bse=3", "unknown argument 'bse'; did you mean 'base'?"},
+        {"add 1 add=2", "'add' is given twice"},
+        {"add inf", "'inf' is no value for 'add'"},
+        {"add 1e99", "'1e99' is no value"},
+        {"add 1x", "'1x' is no value"},
+        {"mult 1:2", "'1:2' is no value"},
+        {"mult 1:2:3:4:5", "'1:2:3:4:5' is no value"},
+        {"limit 0 1 yes", "expected on or off"},
+        {"abs @rgz", "unknown component 'z'"},
+        {"abs @", "a scope is empty"},
+        {"abs,", "missing beside a comma"},
+    };
+    for (const auto& [text, expected] : texts)
+        EXPECT_NE(errorOf([t = text] { Chain::fromText(t); }).find(expected), std::string::npos)
+            << text << ": " << errorOf([t = text] { Chain::fromText(t); });
+
+    const std::pair<const char*, const char*> jsons[] = {
+        {"[", "parse error"},
+        {"3", "expected a list"},
+        {"[3]", "instead of 3"},
+        {R"([{"function": "add"}])", "'add' is missing"},
+        {R"([{"function": "add", "add": {"r": 1}}])", "no value"},
+        {R"([{"function": "add", "ad": 1}])", "did you mean 'add'?"},
+    };
+    for (const auto& [json, expected] : jsons) {
+        const std::string error = errorOf([j = json] { Chain::fromJson(j, "look.json"); });
+        EXPECT_NE(error.find(expected), std::string::npos) << json << ": " << error;
+        EXPECT_TRUE(error.starts_with("'look.json': ")) << error;
+    }
+}
+
+TEST(Chain, ACommonScopeLeavesComponentsOutInsteadOfMakingThemDiffer)
+{
+    const Chain::Built common = Chain::fromText("gamma 2 @rgb, add 0.1 @rgb").build();
+    EXPECT_EQ(common.components, (Components{true, true, true, false}));
+    EXPECT_FALSE(common.head->isComponentDependent());
+
+    const Chain::Built mixed = Chain::fromText("gamma 2 @r, add 0.1 @rg").build();
+    EXPECT_EQ(mixed.components, (Components{true, true, false, false}));
+    EXPECT_TRUE(mixed.head->isComponentDependent());
+
+    EXPECT_FALSE(Chain::fromText("mult 2:2:2:2").build().head->isComponentDependent());
+}
+
+} // namespace

@@ -1,0 +1,275 @@
+#include <host_images.h>
+
+#include <host/Cook.h>
+#include <host/Diff.h>
+#include <host/Error.h>
+#include <host/Format.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace {
+
+using host::Chain;
+using host::CookSettings;
+using host::Operation;
+
+/// One file for every storage format, each with windows that are off the origin where the file format has
+/// them.
+struct FormatCase
+{
+    unsigned char format;
+    const char* name;
+    int channels;
+};
+
+const FormatCase formatCases[] = {
+    {PXL_FORMAT_uint8, "u8.png", 3},   {PXL_FORMAT_uint8, "u8a.png", 4},   {PXL_FORMAT_uint8, "gray.png", 1},
+    {PXL_FORMAT_uint16, "u16.png", 4}, {PXL_FORMAT_uint16, "u16.tif", 3},  {PXL_FORMAT_uint32, "u32.tif", 3},
+    {PXL_FORMAT_half, "f16.exr", 4},   {PXL_FORMAT_float32, "f32.exr", 3}, {PXL_FORMAT_float32, "f32.tif", 4},
+};
+
+TestImage imageOf(const FormatCase& c, int width = 237, int height = 141)
+{
+    OIIO::ImageSpec spec(width, height, c.channels, typeOfFormat(c.format));
+    spec.attribute("oiio:UnassociatedAlpha", 1);
+    if (std::string(c.name).ends_with(".exr")) {
+        spec.x = -13;
+        spec.y = 29;
+        spec.full_width = 640;
+        spec.full_height = 480;
+    }
+    return TestImage(spec);
+}
+
+host::CookReport grade(const std::string& in, const std::string& out, const std::string& chain,
+                       CookSettings settings = {})
+{
+    return host::cook(in, out, Operation::grade(Chain::fromText(chain)), settings);
+}
+
+TEST(Cook, AnEmptyChainCopiesEveryBit)
+{
+    const TempDirectory dir;
+    for (const FormatCase& c : formatCases) {
+        const TestImage image = imageOf(c);
+        image.write(dir.file(c.name));
+        const std::string out = dir.file(std::string("out_") + c.name);
+        grade(dir.file(c.name), out, "");
+        const TestImage copy = TestImage::read(out);
+        EXPECT_EQ(copy.bytes, image.bytes) << c.name;
+        EXPECT_TRUE(host::diff(dir.file(c.name), out).same()) << c.name;
+        EXPECT_EQ(copy.spec.x, image.spec.x);
+        EXPECT_EQ(copy.spec.full_width, image.spec.full_width);
+    }
+}
+
+/// What the chain makes of a code, computed value by value.
+template <class T>
+T expectedCode(RU_PixelFunction& chain, T code, int component)
+{
+    if constexpr (std::is_same_v<T, float>) {
+        return chain.processValue(code, component);
+    } else if constexpr (std::is_same_v<T, fpreal16>) {
+        return (code.bits() & 0x7C00) == 0x7C00 ? fpreal16(0.0f)
+                                                : fpreal16(chain.processValue(code, component));
+    } else {
+        const auto in = static_cast<float>(host::valueOfCode(code));
+        const double value = std::min(1.0, std::max(0.0, double{chain.processValue(in, component)}));
+        return static_cast<T>(std::floor(value * PXL_FormatOf<T>::white + 0.5));
+    }
+}
+
+/// The same value, or NaN; for integers the next code will do, as the library reads codes with a rounded
+/// factor.
+template <class T>
+bool isNear(T a, T b)
+{
+    const double x = host::valueOfCode(a), y = host::valueOfCode(b);
+    if constexpr (std::is_integral_v<T>)
+        return std::abs(x - y) <= 1.5 / PXL_FormatOf<T>::white;
+    return x == y || (std::isnan(x) && std::isnan(y));
+}
+
+TEST(Cook, AGradeIsTheChainOnEveryValueOfItsScope)
+{
+    const TempDirectory dir;
+    const Chain chain = Chain::fromText("gamma 2.2, add 0.1");
+    const Chain::Built built = chain.build();
+    built.head->buildPixelEngine();
+    for (const FormatCase& c : formatCases) {
+        TestImage image = imageOf(c);
+        image.write(dir.file(c.name));
+        const std::string out = dir.file(std::string("out_") + c.name);
+        grade(dir.file(c.name), out, "gamma 2.2 @rgb, add 0.1 @rgb");
+        TestImage graded = TestImage::read(out);
+        host::withElementType(c.format, [&](auto element) {
+            using T = decltype(element);
+            const int64_t values = static_cast<int64_t>(image.bytes.size() / sizeof(T));
+            int64_t wrong = 0;
+            for (int64_t i = 0; i < values; ++i) {
+                const int component = static_cast<int>(i % c.channels);
+                const T in = image.values<T>()[i];
+                const T expected = expectedCode(*built.head, in, component);
+                wrong += component == 3 ? std::memcmp(&graded.values<T>()[i], &in, sizeof(T)) != 0
+                                        : !isNear(graded.values<T>()[i], expected);
+            }
+            EXPECT_EQ(wrong, 0) << c.name;
+        });
+    }
+}
+
+TEST(Cook, SixteenBitWhiteStaysWhiteUnderACommonScope)
+{
+    const TempDirectory dir;
+    TestImage image(OIIO::ImageSpec(8, 8, 4, OIIO::TypeDesc::UINT16));
+    std::fill_n(image.values<uint16_t>(), 256, uint16_t{65535});
+    image.write(dir.file("white.tif"));
+    grade(dir.file("white.tif"), dir.file("common.tif"), "mult 1 @rgb");
+    EXPECT_EQ(TestImage::read(dir.file("common.tif")).bytes, image.bytes);
+}
+
+TEST(Cook, SplitsAndThreadsDoNotMatter)
+{
+    const TempDirectory dir;
+    const FormatCase c{PXL_FORMAT_float32, "in.exr", 4};
+    TestImage image = imageOf(c, 291, 437);
+    for (int64_t i = 0; i < 291 * 437 * 4; ++i) // numbers: NaN bits need not survive arithmetic
+        image.values<float>()[i] = static_cast<float>(image.values<int>()[i]) * 1e-9f;
+    image.write(dir.file("in.exr"));
+    const Operation edge = Operation::edge({false, 1.5f, 0.7f}, {true, true, true, true});
+    const Operation gradeOperation = Operation::grade(Chain::fromText("gamma 2.2, sin 3 @rb"));
+    for (const Operation* operation : {&edge, &gradeOperation}) {
+        std::vector<char> first;
+        for (const auto& [threads, tile] :
+             {std::pair{1, 4096}, {2, 64}, {4, 200}, {8, 256}, {8, 1}, {3, 17}}) {
+            CookSettings settings;
+            settings.threads = threads;
+            settings.tile = tile == 1 ? 5 : tile;
+            host::cook(dir.file("in.exr"), dir.file("out.exr"), *operation, settings);
+            const TestImage out = TestImage::read(dir.file("out.exr"));
+            first = first.empty() ? out.bytes : first;
+            EXPECT_EQ(out.bytes, first) << threads << " threads, tiles of " << tile;
+        }
+    }
+}
+
+TEST(Cook, EdgesRepeatTheBorderOfTheDataWindow)
+{
+    const TempDirectory dir;
+    constexpr int width = 70, height = 43;
+    OIIO::ImageSpec spec(width, height, 3, OIIO::TypeDesc::FLOAT);
+    spec.x = 100;
+    spec.y = -7;
+    TestImage image(spec);
+    for (int64_t i = 0; i < width * height * 3; ++i)
+        image.values<float>()[i] = static_cast<float>(i * i % 97) / 97.0f;
+    image.write(dir.file("in.exr"));
+    CookSettings settings;
+    settings.tile = 16;
+    host::cook(dir.file("in.exr"), dir.file("out.exr"),
+               Operation::edge({true, 1.0f, 1.0f}, {true, true, false, false}), settings);
+    TestImage out = TestImage::read(dir.file("out.exr"));
+    const auto at = [&](int x, int y, int c) {
+        return image
+            .values<float>()[(std::clamp(y, 0, height - 1) * width + std::clamp(x, 0, width - 1)) * 3 + c];
+    };
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x) {
+            for (int c = 0; c < 2; ++c) {
+                float gx = 0, gy = 0;
+                for (int k = -1; k <= 1; ++k) {
+                    gx += at(x + 1, y + k, c) - at(x - 1, y + k, c);
+                    gy += at(x + k, y + 1, c) - at(x + k, y - 1, c);
+                }
+                ASSERT_NEAR(out.values<float>()[(y * width + x) * 3 + c], std::abs(gx) + std::abs(gy), 1e-5f)
+                    << x << "," << y;
+            }
+            ASSERT_EQ(out.values<float>()[(y * width + x) * 3 + 2], at(x, y, 2));
+        }
+}
+
+TEST(Cook, OtherPlanesAreCopiedAlsoInMixedFiles)
+{
+    const TempDirectory dir;
+    OIIO::ImageSpec spec(50, 60, 5, OIIO::TypeDesc::HALF);
+    spec.channelnames = {"R", "G", "B", "A", "Z"};
+    spec.channelformats = {OIIO::TypeDesc::HALF, OIIO::TypeDesc::HALF, OIIO::TypeDesc::HALF,
+                           OIIO::TypeDesc::HALF, OIIO::TypeDesc::FLOAT};
+    const TestImage image(spec);
+    image.write(dir.file("in.exr"));
+    EXPECT_EQ(grade(dir.file("in.exr"), dir.file("out.exr"), "negate").planes,
+              std::vector<std::string>{"color"});
+    host::DiffReport report = host::diff(dir.file("in.exr"), dir.file("out.exr"));
+    EXPECT_TRUE(report.headers.empty());
+    EXPECT_GT(report.channels[0].differing, 2900);
+    EXPECT_EQ(report.channels[4].differing, 0);
+
+    CookSettings settings;
+    settings.planes = {"depth"};
+    grade(dir.file("in.exr"), dir.file("out.exr"), "negate", settings);
+    report = host::diff(dir.file("in.exr"), dir.file("out.exr"));
+    EXPECT_EQ(report.channels[0].differing, 0);
+    EXPECT_GT(report.channels[4].differing, 2900);
+
+    settings.planes = {"dept"};
+    EXPECT_THROW(grade(dir.file("in.exr"), dir.file("out.exr"), "negate", settings), host::Error);
+}
+
+TEST(Cook, DepthComputesInTheWiderFormat)
+{
+    const TempDirectory dir;
+    TestImage image(OIIO::ImageSpec(256, 1, 3, OIIO::TypeDesc::UINT8));
+    for (int i = 0; i < 256 * 3; ++i)
+        image.values<uint8_t>()[i] = static_cast<uint8_t>(i / 3);
+    image.write(dir.file("in.png"));
+    CookSettings settings;
+    settings.depth = PXL_FORMAT_float32;
+    grade(dir.file("in.png"), dir.file("wide.exr"), "mult 4", settings);
+    EXPECT_FLOAT_EQ(TestImage::read(dir.file("wide.exr")).values<float>()[255 * 3], 4.0f);
+    settings.depth = PXL_FORMAT_uint8; // values above white come back before anything is clamped
+    grade(dir.file("wide.exr"), dir.file("back.png"), "mult 0.25", settings);
+    EXPECT_EQ(TestImage::read(dir.file("back.png")).bytes, image.bytes);
+}
+
+TEST(Cook, BlackAndWhitePointsHoldForIntegersOnly)
+{
+    const TempDirectory dir;
+    TestImage image(OIIO::ImageSpec(4, 1, 3, OIIO::TypeDesc::UINT16));
+    std::fill_n(image.values<uint16_t>(), 12, uint16_t{30000});
+    image.write(dir.file("in.tif"));
+    CookSettings settings;
+    settings.black = 10000;
+    settings.white = 50000;
+    grade(dir.file("in.tif"), dir.file("out.tif"), "add 0.25", settings);
+    EXPECT_EQ(TestImage::read(dir.file("out.tif")).values<uint16_t>()[0], 40000);
+
+    settings.depth = PXL_FORMAT_uint8;
+    EXPECT_THROW(grade(dir.file("in.tif"), dir.file("out.tif"), "add 0.25", settings), host::Error);
+    settings.depth.reset();
+    settings.white = 70000;
+    EXPECT_THROW(grade(dir.file("in.tif"), dir.file("out.tif"), "add 0.25", settings), host::Error);
+    settings.white = 10000;
+    EXPECT_THROW(grade(dir.file("in.tif"), dir.file("out.tif"), "add 0.25", settings), host::Error);
+}
+
+TEST(Cook, ACancelledJobLeavesNothing)
+{
+    const TempDirectory dir;
+    imageOf({PXL_FORMAT_half, "", 4}, 900, 900).write(dir.file("in.exr"));
+    host::CancelSwitch cancel{false};
+    CookSettings settings;
+    settings.cancel = &cancel;
+    settings.tile = 32;
+    settings.progress = [&](int64_t, int64_t) { cancel = true; };
+    try {
+        grade(dir.file("in.exr"), dir.file("out.exr"), "gamma 2", settings);
+        FAIL() << "not stopped";
+    } catch (const host::Error& error) {
+        EXPECT_EQ(error.kind(), host::Error::Kind::Cancelled);
+    }
+    EXPECT_EQ(dir.names(), std::vector<std::string>{"in.exr"});
+}
+
+} // namespace

@@ -1,0 +1,105 @@
+#pragma once
+
+#include <PXL/PXL_Format.h>
+
+#include <OpenImageIO/imageio.h>
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <filesystem>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+/// A directory that goes away with the test, and image files in it.
+class TempDirectory
+{
+public:
+    TempDirectory()
+    {
+        std::string name = (std::filesystem::temp_directory_path() / "kreiluge-test-XXXXXX").string();
+        path_ = ::mkdtemp(name.data());
+    }
+    ~TempDirectory() { std::filesystem::remove_all(path_); }
+    TempDirectory(const TempDirectory&) = delete;
+    TempDirectory& operator=(const TempDirectory&) = delete;
+
+    std::string file(const std::string& name) const { return (path_ / name).string(); }
+
+    /// The names of all files, hidden ones too.
+    std::vector<std::string> names() const
+    {
+        std::vector<std::string> all;
+        for (const auto& entry : std::filesystem::directory_iterator(path_))
+            all.push_back(entry.path().filename().string());
+        std::sort(all.begin(), all.end());
+        return all;
+    }
+
+private:
+    std::filesystem::path path_;
+};
+
+/// An image in memory as a file stores it.
+struct TestImage
+{
+    OIIO::ImageSpec spec;
+    std::vector<char> bytes;
+
+    /// Filled with bytes that look random, so that floats hold NaN, infinities and subnormals too.
+    explicit TestImage(const OIIO::ImageSpec& header) : spec(header), bytes(spec.image_bytes(true))
+    {
+        uint64_t state = 88172645463325252u;
+        for (char& byte : bytes) {
+            state ^= state << 13;
+            state ^= state >> 7;
+            state ^= state << 17;
+            byte = static_cast<char>(state >> 32);
+        }
+    }
+
+    template <class T>
+    T* values()
+    {
+        return reinterpret_cast<T*>(bytes.data());
+    }
+
+    void write(const std::string& path) const
+    {
+        const auto out = OIIO::ImageOutput::create(path);
+        ASSERT_NE(out, nullptr) << path;
+        ASSERT_TRUE(out->open(path, spec)) << out->geterror();
+        ASSERT_TRUE(out->write_image(OIIO::TypeUnknown, bytes.data())) << out->geterror();
+        ASSERT_TRUE(out->close());
+    }
+
+    static TestImage read(const std::string& path)
+    {
+        OIIO::ImageSpec keep;
+        keep.attribute("oiio:UnassociatedAlpha", 1);
+        const auto in = OIIO::ImageInput::open(path, &keep);
+        if (in == nullptr)
+            throw std::runtime_error(OIIO::geterror());
+        TestImage image(in->spec());
+        if (!in->read_image(0, 0, 0, image.spec.nchannels, OIIO::TypeUnknown, image.bytes.data()))
+            throw std::runtime_error(in->geterror());
+        return image;
+    }
+};
+
+inline OIIO::TypeDesc typeOfFormat(unsigned char format)
+{
+    switch (format) {
+    case PXL_FORMAT_uint8:
+        return OIIO::TypeDesc::UINT8;
+    case PXL_FORMAT_uint16:
+        return OIIO::TypeDesc::UINT16;
+    case PXL_FORMAT_uint32:
+        return OIIO::TypeDesc::UINT32;
+    case PXL_FORMAT_half:
+        return OIIO::TypeDesc::HALF;
+    default:
+        return OIIO::TypeDesc::FLOAT;
+    }
+}

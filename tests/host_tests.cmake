@@ -1,0 +1,17 @@
+# The tests of the reference host, and those of the command, which a script runs as a person would.
+find_package(OpenImageIO QUIET REQUIRED)
+find_package(Python3 QUIET REQUIRED COMPONENTS Interpreter)
+
+add_executable(kreiluge_host_tests
+  host_chain.cpp
+  host_cook.cpp
+  host_files.cpp
+  host_pieces.cpp)
+target_include_directories(kreiluge_host_tests PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
+target_link_libraries(kreiluge_host_tests PRIVATE
+  kreiluge_host kreiluge_flags OpenImageIO::OpenImageIO GTest::gtest_main)
+gtest_discover_tests(kreiluge_host_tests)
+
+add_test(NAME tool COMMAND Python3::Interpreter ${CMAKE_CURRENT_SOURCE_DIR}/tool_test.py
+  $<TARGET_FILE:kreiluge_tool> ${PROJECT_SOURCE_DIR}/docs/tool.md)
+set_tests_properties(tool PROPERTIES TIMEOUT 300)

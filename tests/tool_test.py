@@ -1,0 +1,166 @@
+"""Runs the command as a person would. Usage: tool_test.py KREILUGE DOCUMENT [unittest arguments]"""
+
+import json
+import os
+import pathlib
+import pty
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+KREILUGE = os.path.abspath(sys.argv.pop(1))
+DOCUMENT = pathlib.Path(sys.argv.pop(1)).resolve()
+
+
+class ToolTest(unittest.TestCase):
+    def setUp(self):
+        self.directory = tempfile.TemporaryDirectory()
+        self.addCleanup(self.directory.cleanup)
+        self.path = pathlib.Path(self.directory.name)
+
+    def run_tool(self, *arguments, code=0):
+        result = subprocess.run([KREILUGE, *arguments], cwd=self.path, capture_output=True, text=True, timeout=120)
+        self.assertEqual(result.returncode, code, f"{arguments}: {result.stdout}{result.stderr}")
+        return result
+
+    def plate(self, name, *arguments):
+        self.run_tool("plate", "-o", name, "--size", "320x180", *arguments)
+
+    def names(self):
+        return sorted(path.name for path in self.path.iterdir())
+
+    def test_help_tells_of_every_command(self):
+        overview = self.run_tool("--help").stdout
+        for command in ["grade", "edge", "functions", "info", "diff", "plate"]:
+            self.assertIn(command, overview)
+            self.assertIn("--help", self.run_tool(command, "--help").stdout)
+        self.assertRegex(self.run_tool("--version").stdout, r"^kreiluge \d+\.\d+\.\d+\n$")
+        self.run_tool(code=2)
+
+    def test_bad_usage(self):
+        self.plate("in.exr")
+        grade = ["grade", "in.exr", "-o", "out.exr"]
+        for arguments, expected in [
+            (["grad"], "did you mean 'grade'?"),
+            (grade, "no chain"),
+            ([*grade, "gama 2"], "did you mean 'gamma'?"),
+            ([*grade, "abs", "--thread", "2"], "did you mean '--threads'?"),
+            ([*grade, "abs", "--threads=9"], "1 to 8"),
+            ([*grade, "abs", "--tile=0"], "1 to 4096"),
+            ([*grade, "abs", "--depth", "unit8"], "did you mean 'uint8'?"),
+            ([*grade, "abs", "--planes", "colour"], "did you mean 'color'?"),
+            ([*grade, "abs", "--progress", "jsn"], "did you mean 'json'?"),
+            ([*grade, "abs", "--black", "3"], "integer formats"),
+            ([*grade, "abs", "--white", "-3"], "--white"),
+            ([*grade, "abs", "--frames", "1-3"], "no place for the frame number"),
+            ([*grade, "abs", "--chain", "look.json"], "a chain in the arguments already"),
+            ([*grade, "--chain", "look.json"], "'look.json'"),
+            ([*grade, "abs", "more"], "one argument too many"),
+            (["grade", "in.exr", "-o", "in.exr", "abs"], "the output is the input"),
+            (["grade", "none.exr", "-o", "out.exr", "abs"], "no such file: 'none.exr'"),
+            (["edge", "in.exr", "-o", "out.exr", "--scope", "rx"], "unknown component 'x'"),
+            (["plate", "-o", "out.exr", "--size", "20"], "1920x1080"),
+            (["info", "none.exr"], "no such file"),
+        ]:
+            error = self.run_tool(*arguments, code=2).stderr
+            self.assertTrue(error.startswith("kreiluge: "), error)
+            self.assertIn(expected, error)
+        self.assertEqual(self.names(), ["in.exr"])
+
+    def test_files_that_cannot_be_read_or_written(self):
+        self.plate("in.exr")
+        (self.path / "text.exr").write_text("no image")
+        (self.path / "cut.exr").write_bytes((self.path / "in.exr").read_bytes()[:40000])
+        for name in ["text.exr", "cut.exr", "."]:
+            self.assertIn(f"'{name}'", self.run_tool("grade", name, "-o", "out.exr", "abs", code=3).stderr)
+        for name in ["no/out.exr", "out.none", "out.png", "/dev/null"]:
+            self.assertIn(f"'{name}'", self.run_tool("grade", "in.exr", "-o", name, "abs", code=4).stderr)
+        self.run_tool("plate", "-o", "no/out.exr", code=4)
+        self.assertEqual(self.names(), ["cut.exr", "in.exr", "text.exr"])
+
+    def test_a_full_disk_is_an_error(self):
+        self.plate("in.exr")
+        limited = f"ulimit -f 16; exec '{KREILUGE}' grade in.exr -o out.exr abs"
+        result = subprocess.run(["bash", "-c", limited], cwd=self.path, capture_output=True, text=True)
+        self.assertEqual(result.returncode, 4, result.stderr)
+        self.assertEqual(self.names(), ["in.exr"])
+
+    def test_every_depth_grades_and_copies(self):
+        for name, depth in [("a.png", "uint8"), ("a.tif", "uint16"), ("b.tif", "uint32"), ("a.exr", "half"), ("b.exr", "float")]:
+            self.plate(name, "--depth", depth, "--alpha")
+            self.run_tool("grade", name, "-o", "same." + name, "")
+            self.assertIn("the same", self.run_tool("diff", name, "same." + name).stdout)
+            self.run_tool("grade", name, "-o", "out." + name, "gamma 2.2, add 0.1")
+            self.run_tool("diff", name, "out." + name, code=1)
+            info = json.loads(self.run_tool("info", "out." + name, "--json").stdout)
+            self.assertEqual(info["planes"], [{"name": "color", "format": depth, "channels": ["R", "G", "B", "A"]}])
+
+    def test_threads_and_tiles_give_the_same_bytes(self):
+        self.plate("in.exr", "--alpha")
+        for command in [["grade", "gamma 2.2, sin 2 @rg"], ["edge", "--gain", "2"]]:
+            outputs = set()
+            for threads in ["1", "2", "4", "8"]:
+                for tile in ["64", "200", "256"]:
+                    self.run_tool(command[0], "in.exr", "-o", "out.exr", *command[1:], "--threads", threads, "--tile", tile)
+                    outputs.add((self.path / "out.exr").read_bytes())
+            self.assertEqual(len(outputs), 1)
+
+    def test_sequences(self):
+        for frame in [1, 2, 4]:
+            self.plate(f"in.{frame:04d}.exr")
+        result = self.run_tool("grade", "in.####.exr", "-o", "out.%03d.exr", "add 0.1", "--frames", "1-4", code=1)
+        self.assertIn("in.0003.exr", result.stderr)
+        self.assertIn("1 of 4 frames failed", result.stderr)
+        self.assertEqual([name for name in self.names() if name.startswith("out")], ["out.001.exr", "out.002.exr", "out.004.exr"])
+        (self.path / "look.json").write_text('[{"function": "add", "add": 0.1}]')
+        self.run_tool("grade", "in.####.exr", "-o", "json.##.exr", "--chain", "look.json", "--frames", "1-4x3")
+        self.run_tool("diff", "out.004.exr", "json.04.exr")
+
+    def test_progress_and_stats(self):
+        self.plate("in.exr")
+        grade = ["grade", "in.exr", "-o", "out.exr", "abs"]
+        quiet = self.run_tool(*grade)
+        self.assertEqual(quiet.stdout + quiet.stderr, "")
+        self.assertIn("megapixels a second", self.run_tool(*grade, "--stats").stdout)
+        events = [json.loads(line) for line in self.run_tool(*grade, "--stats", "--progress", "json").stdout.splitlines()]
+        self.assertEqual(events[0]["event"], "progress")
+        self.assertEqual(events[-2]["rows"], 180)
+        self.assertEqual(events[-1]["stats"]["pixels"], 320 * 180)
+        master, terminal = pty.openpty()
+        subprocess.run([KREILUGE, *grade], cwd=self.path, stderr=terminal, check=True)
+        os.close(terminal)
+        self.assertIn(b"100%", os.read(master, 4096))
+        os.close(master)
+
+    def test_a_signal_stops_a_job_and_leaves_nothing(self):
+        self.run_tool("plate", "-o", "in.exr", "--size", "4000x4000")
+        for number, code in [(signal.SIGINT, 130), (signal.SIGTERM, 143)]:
+            process = subprocess.Popen([KREILUGE, "edge", "in.exr", "-o", "out.exr"], cwd=self.path, stderr=subprocess.PIPE)
+            while len(self.names()) == 1 and process.poll() is None:
+                time.sleep(0.005)
+            process.send_signal(number)
+            process.communicate(timeout=60)
+            self.assertEqual(process.returncode, code)
+            self.assertEqual(self.names(), ["in.exr"])
+
+    def test_memory_does_not_grow_with_the_height(self):
+        used = []
+        for height in [1000, 16000]:
+            self.run_tool("plate", "-o", "in.exr", "--size", f"1024x{height}", "--threads", "2")
+            process = subprocess.Popen([KREILUGE, "grade", "in.exr", "-o", "out.exr", "gamma 2", "--threads", "2"], cwd=self.path)
+            _, status, usage = os.wait4(process.pid, 0)
+            process.returncode = os.waitstatus_to_exitcode(status)
+            self.assertEqual(process.returncode, 0)
+            used.append(usage.ru_maxrss)
+        self.assertLess(used[1] - used[0], 20000, "KiB more for sixteen times the height")
+
+    def test_the_document_lists_the_functions(self):
+        self.assertIn(self.run_tool("functions", "--markdown").stdout, DOCUMENT.read_text())
+        self.assertIn("gamma GAMMA", self.run_tool("functions").stdout)
+
+
+if __name__ == "__main__":
+    unittest.main()
