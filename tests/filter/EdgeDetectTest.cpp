@@ -58,12 +58,20 @@ T* dataOf(TIL_Region& region, int c)
     return static_cast<T*>(region.getImageData(c));
 }
 
-template <class T>
-void randomize(TIL_Region& region, Random& random)
+/// Any pixels, or with `faint` such that integer results do not all saturate.
+template <class V>
+void randomize(TIL_Region& region, Random& random, bool faint)
 {
+    using T = typename V::Type;
     for (int c = 0; c < region.plane->componentCount; ++c)
-        std::generate_n(dataOf<T>(region, c), region.width() * region.height(),
-                        [&] { return random.pixel<T>(); });
+        std::generate_n(dataOf<T>(region, c), region.width() * region.height(), [&] {
+            const double value = random.between(0.46, 0.54);
+            if constexpr (isInteger<T>)
+                return faint ? static_cast<T>(rangeOf<V>.black + rangeOf<V>.span() * value)
+                             : random.pixel<T>();
+            else
+                return faint ? static_cast<T>(static_cast<float>(value)) : random.pixel<T>();
+        });
 }
 
 /// The region that a tile list needs: one pixel of border on every side.
@@ -118,12 +126,6 @@ void expectSameRows(PXL_InstructionSet set)
     }
 }
 
-int rowsLeft = 0;
-bool stopWhenSpent(void*, int)
-{
-    return rowsLeft-- <= 0;
-}
-
 } // namespace
 
 template <class V>
@@ -141,12 +143,12 @@ TYPED_TEST(EdgeDetect, GivesTheExactStrengthAtEverySize)
             const auto seed = static_cast<uint64_t>(width * 10 + height);
             SCOPED_TRACE("seed " + std::to_string(seed));
             Random random(seed);
-            Setting setting = settings[seed % std::size(settings)];
+            Setting setting = settings[static_cast<size_t>(pictures) % std::size(settings)];
             Picture<TypeParam> out(width, height, random.between(-9, 9), random.between(-9, 9));
             TIL_Plane inPlane(PXL_FormatOf<T>::code, 4);
             inPlane.componentCount = static_cast<unsigned char>(random.between(1, 4));
             TIL_Region in = regionAround(inPlane, out.list);
-            randomize<T>(in, random);
+            randomize<TypeParam>(in, random, !random.oneIn(4));
             out.randomize(random);
             for (int c = 0; c < 4; ++c) {
                 if (random.oneIn(6))
@@ -176,28 +178,7 @@ TYPED_TEST(EdgeDetect, GivesTheExactStrengthAtEverySize)
     EXPECT_EQ(pictures, 120);
 }
 
-TYPED_TEST(EdgeDetect, EverySettingHasItsKernel)
-{
-    using T = typename TypeParam::Type;
-    for (const Setting& setting : settings) {
-        SCOPED_TRACE(std::to_string(setting.edgeGain) + ", " + std::to_string(setting.cornerWeight));
-        Random random(2);
-        Picture<TypeParam> out(33, 4);
-        TIL_Region in = regionAround(out.plane, out.list);
-        RU_EdgeDetect edge = algorithmOf(setting);
-        // Neighbours that differ by single codes, so that integers do not all saturate.
-        for (int i = 0; i < in.width() * in.height(); ++i) {
-            const double value = 0.5 + random.between(-0.04, 0.04);
-            const double code = rangeOf<TypeParam>.black + rangeOf<TypeParam>.span() * value;
-            dataOf<T>(in, 0)[i] =
-                isInteger<T> ? static_cast<T>(code) : static_cast<T>(static_cast<float>(value));
-        }
-        ASSERT_EQ(run(edge, out.list, in), 1);
-        expectStrengths(out, in, 0, setting);
-    }
-}
-
-TYPED_TEST(EdgeDetect, FlatInputGivesBlackAndStepsGiveWholeStrengths)
+TYPED_TEST(EdgeDetect, FlatInputGivesBlack)
 {
     using T = typename TypeParam::Type;
     const Range range = rangeOf<TypeParam>;
@@ -211,18 +192,6 @@ TYPED_TEST(EdgeDetect, FlatInputGivesBlackAndStepsGiveWholeStrengths)
         ASSERT_EQ(run(edge, out.list, in), 1);
         EXPECT_TRUE(sameBytes(out.pixels(0), std::vector<T>(60, black)));
     }
-    for (const bool sobel : {false, true}) {
-        Picture<TypeParam> out(4, 1);
-        TIL_Region in = regionAround(out.plane, out.list);
-        for (int i = 0; i < 6 * 3; ++i)
-            dataOf<T>(in, 0)[i] = i % 6 < 3 ? black : white;
-        RU_EdgeDetect edge = algorithmOf({sobel, 1, 1});
-        ASSERT_EQ(run(edge, out.list, in), 1);
-        for (int x = 0; x < 4; ++x) {
-            const double strength = x == 1 || x == 2 ? (sobel ? 4.0 : 3.0) : 0.0;
-            EXPECT_TRUE(isStored(out.at(0, x, 0), strength, range)) << x;
-        }
-    }
 }
 
 TYPED_TEST(EdgeDetect, EverySplitIntoTilesGivesTheSameBytes)
@@ -231,7 +200,7 @@ TYPED_TEST(EdgeDetect, EverySplitIntoTilesGivesTheSameBytes)
     Random random(6);
     Picture<TypeParam> whole(37, 23);
     TIL_Region in = regionAround(whole.plane, whole.list);
-    randomize<T>(in, random);
+    randomize<TypeParam>(in, random, true);
     RU_EdgeDetect edge = algorithmOf({1, 0.13f, 0.7f});
     ASSERT_EQ(run(edge, whole.list, in), 1);
     for (const auto& [w, h] : {std::pair(1, 1), {7, 5}, {16, 16}, {37, 1}, {36, 22}})
@@ -261,12 +230,9 @@ TYPED_TEST(EdgeDetect, StopsWhenToldAndLeavesRegionsAlone)
     EXPECT_EQ(edge.filter(&outRegion, &in, 0.0f, nullptr, 1, nullptr), 0);
 
     const auto before = out.pixels(0), untouched = out.pixels(1);
-    int token = 0;
-    rowsLeft = 3;
-    RU_Algorithm::setInterruptCallback(stopWhenSpent);
-    EXPECT_EQ(run(edge, out.list, in, &token), 1);
-    RU_Algorithm::setInterruptCallback(nullptr);
-    EXPECT_GE(rowsLeft, -4) << "at most one more question for each of the other components";
+    StopAfter host(3);
+    EXPECT_EQ(run(edge, out.list, in, &host.token), 1);
+    EXPECT_LE(host.furtherQuestions(), 3) << "one for each of the other components";
     EXPECT_EQ(std::memcmp(&out.at(0, 0, 3), &before[9 * 3], 9 * 17 * sizeof(T)), 0);
     EXPECT_NE(std::memcmp(&out.at(0, 0, 2), &before[9 * 2], 9 * sizeof(T)), 0);
     EXPECT_TRUE(sameBytes(out.pixels(1), untouched));

@@ -2,6 +2,7 @@
 #include <TIL/TIL_Region.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <functional>
 #include <set>
 #include <tuple>
@@ -18,9 +19,7 @@ struct Call
 {
     Factory factory;
     Shape shape = Shape::tiles;
-    const void* out = nullptr;
-    const void* in1 = nullptr;
-    const void* in2 = nullptr;
+    std::array<const void*, 3> images{}; // output, inputs
     float time = 0.0f;
     int thread = 0;
     const void* context = nullptr;
@@ -39,73 +38,65 @@ struct Counted
     ~Counted() { --living; }
 };
 
-template <Family family, class T, bool FullRange>
-int answer(Shape shape, const void* out, const void* in1, const void* in2, float time, int thread,
-           void* context, const RU_Algorithm* algorithm)
+template <class Base, Family family, class T, bool F>
+struct Recording : Base, Counted
 {
-    last = {
-        {family, PXL_FormatOf<T>::code, FullRange}, shape, out, in1, in2, time, thread, context, algorithm};
-    duringCall(thread);
-    return 17;
-}
+    using Base::Base;
+    int record(Shape shape, std::array<const void*, 3> images, float time, int thread, void* context)
+    {
+        last = {{family, PXL_FormatOf<T>::code, F}, shape, images, time, thread, context, this->algorithm_};
+        duringCall(thread);
+        return 17;
+    }
+};
 
 template <class T, bool F>
-class GeneratorOp : public RU_GeneratorOp<T, F>, Counted
+struct GeneratorOp : Recording<RU_GeneratorOp<T, F>, Family::generator, T, F>
 {
-public:
-    using RU_GeneratorOp<T, F>::RU_GeneratorOp;
+    using GeneratorOp::Recording::Recording;
     int generate(TIL_TileList* out, float time, int thread, void* context) override
     {
-        return answer<Family::generator, T, F>(Shape::tiles, out, nullptr, nullptr, time, thread, context,
-                                               this->algorithm_);
+        return this->record(Shape::tiles, {out}, time, thread, context);
     }
 };
 
 template <class T, bool F>
-class PixelOp : public RU_PixelOp<T, F>, Counted
+struct PixelOp : Recording<RU_PixelOp<T, F>, Family::pixel, T, F>
 {
-public:
-    using RU_PixelOp<T, F>::RU_PixelOp;
+    using PixelOp::Recording::Recording;
     int pixelAdjust(TIL_TileList* out, const TIL_TileList* in, float time, int thread, void* context) override
     {
-        return answer<Family::pixel, T, F>(Shape::tiles, out, in, nullptr, time, thread, context,
-                                           this->algorithm_);
+        return this->record(Shape::tiles, {out, in}, time, thread, context);
     }
 };
 
 template <class T, bool F>
-class FilterOp : public RU_FilterOp<T, F>, Counted
+struct FilterOp : Recording<RU_FilterOp<T, F>, Family::filter, T, F>
 {
-public:
-    using RU_FilterOp<T, F>::RU_FilterOp;
+    using FilterOp::Recording::Recording;
     int filter(TIL_Region* out, const TIL_Region* in, float time, int thread, void* context) override
     {
-        return answer<Family::filter, T, F>(Shape::region, out, in, nullptr, time, thread, context,
-                                            this->algorithm_);
+        return this->record(Shape::region, {out, in}, time, thread, context);
     }
     int filter(TIL_TileList* out, const TIL_Region* in, float time, int thread, void* context) override
     {
-        return answer<Family::filter, T, F>(Shape::tiles, out, in, nullptr, time, thread, context,
-                                            this->algorithm_);
+        return this->record(Shape::tiles, {out, in}, time, thread, context);
     }
 };
 
 template <class T, bool F>
-class BinaryOp : public RU_BinaryOp<T, F>, Counted
+struct BinaryOp : Recording<RU_BinaryOp<T, F>, Family::binary, T, F>
 {
-public:
-    using RU_BinaryOp<T, F>::RU_BinaryOp;
+    using BinaryOp::Recording::Recording;
     int binary(TIL_Region* out, const TIL_Region* in1, const TIL_Region* in2, float time, int thread,
                void* context) override
     {
-        return answer<Family::binary, T, F>(Shape::region, out, in1, in2, time, thread, context,
-                                            this->algorithm_);
+        return this->record(Shape::region, {out, in1, in2}, time, thread, context);
     }
     int binary(TIL_TileList* out, const TIL_Region* in1, const TIL_Region* in2, float time, int thread,
                void* context) override
     {
-        return answer<Family::binary, T, F>(Shape::tiles, out, in1, in2, time, thread, context,
-                                            this->algorithm_);
+        return this->record(Shape::tiles, {out, in1, in2}, time, thread, context);
     }
 };
 
@@ -157,26 +148,36 @@ public:
     {
         Family family;
         Shape shape;
-        const void* in1;
-        const void* in2;
+        std::array<const void*, 3> images;
         std::function<int(RU_Algorithm&, void* data, int thread)> run;
     };
 
     std::vector<Entry> all()
     {
         using A = RU_Algorithm;
-        return {{Family::generator, Shape::tiles, nullptr, nullptr,
+        return {{Family::generator,
+                 Shape::tiles,
+                 {&list},
                  [&](A& a, void* d, int t) { return a.generate(&list, time, d, t, &context); }},
-                {Family::pixel, Shape::tiles, &inList, nullptr,
+                {Family::pixel,
+                 Shape::tiles,
+                 {&list, &inList},
                  [&](A& a, void* d, int t) { return a.pixelAdjust(&list, &inList, time, d, t, &context); }},
-                {Family::filter, Shape::tiles, &in1, nullptr,
+                {Family::filter,
+                 Shape::tiles,
+                 {&list, &in1},
                  [&](A& a, void* d, int t) { return a.filter(&list, &in1, time, d, t, &context); }},
-                {Family::filter, Shape::region, &in1, nullptr,
+                {Family::filter,
+                 Shape::region,
+                 {&region, &in1},
                  [&](A& a, void* d, int t) { return a.filter(&region, &in1, time, d, t, &context); }},
-                {Family::binary, Shape::tiles, &in1, &in2,
+                {Family::binary,
+                 Shape::tiles,
+                 {&list, &in1, &in2},
                  [&](A& a, void* d, int t) { return a.binary(&list, &in1, &in2, time, d, t, &context); }},
-                {Family::binary, Shape::region, &in1, &in2,
-                 [&](A& a, void* d, int t) { return a.binary(&region, &in1, &in2, time, d, t, &context); }}};
+                {Family::binary, Shape::region, {&region, &in1, &in2}, [&](A& a, void* d, int t) {
+                     return a.binary(&region, &in1, &in2, time, d, t, &context);
+                 }}};
     }
 
     TIL_Plane listPlane, regionPlane, inPlane;
@@ -213,13 +214,9 @@ TEST(Dispatch, EveryFormatRangeAndEntryReachesItsOwnOperation)
             Entries entries(format, points);
             for (const auto& entry : entries.all()) {
                 EXPECT_EQ(entry.run(recorder, nullptr, 5), 17);
-                const bool tiles = entry.shape == Shape::tiles;
-                const void* out = tiles ? static_cast<void*>(&entries.list) : &entries.region;
                 const Call expected{{entry.family, format, !points},
                                     entry.shape,
-                                    out,
-                                    entry.in1,
-                                    entry.in2,
+                                    entry.images,
                                     2.5f,
                                     5,
                                     &entries.context,
@@ -274,18 +271,15 @@ TEST_F(Interrupt, AnswersWhileACallWithATokenRunsOnTheThread)
             entry.run(recorder, nullptr, 3);
             entry.run(recorder, &stop, -1);
             EXPECT_EQ(asked, 1);
+
+            Refuser refuser;
+            entry.run(refuser, &stop, 3);
+            EXPECT_FALSE(RU_Algorithm::interruptCheck(3));
+            RU_Algorithm::setInterruptCallback(nullptr);
+            entry.run(recorder, &stop, 3);
+            RU_Algorithm::setInterruptCallback(stopOnThree);
         }
     }
-}
-
-TEST_F(Interrupt, OffWithoutCallback)
-{
-    RU_Algorithm::setInterruptCallback(nullptr);
-    Recorder recorder;
-    bool stop = true;
-    duringCall = [](int) { EXPECT_FALSE(RU_Algorithm::interruptCheck(3)); };
-    for (Entries entries(0, false); const auto& entry : entries.all())
-        entry.run(recorder, &stop, 3);
 }
 
 // Calls nested in a running one show whether they touch its entry of the table.
@@ -311,14 +305,4 @@ TEST_F(Interrupt, CallsWithoutTokenOrWithUnknownFormatLeaveTheEntryAlone)
     Entries entries(1, true);
     entries.all().front().run(recorder, &stop, 3);
     EXPECT_EQ(checks, 6);
-}
-
-TEST_F(Interrupt, EntryIsClearedWhenTheFactoryRefuses)
-{
-    Refuser refuser;
-    bool stop = true;
-    for (Entries entries(3, false); const auto& entry : entries.all()) {
-        EXPECT_EQ(entry.run(refuser, &stop, 3), 0);
-        EXPECT_FALSE(RU_Algorithm::interruptCheck(3));
-    }
 }

@@ -88,19 +88,6 @@ TEST(EngineTables, HoldTheResultOfEveryCode)
     EXPECT_EQ(tables, 3);
 }
 
-TEST(EngineTables, EndWhereTheyShould)
-{
-    const bool partial[] = {true, false, false, false};
-    RU_PixelFunction alike, different;
-    different.setScope(partial);
-    RU_PixelEngine alikeEngine(&alike), differentEngine(&different);
-    EXPECT_EQ(alikeEngine.buildLUT16(0, 65535)->table[0][65535], 65535);
-    EXPECT_EQ(differentEngine.buildLUT16(0, 65535)->table[3][65535], 65355);
-    EXPECT_EQ(differentEngine.buildLUT16(1, 65535)->table[3][65535], 65535);
-    for (int i = 0; i < 65536; i += 255)
-        EXPECT_EQ(alikeEngine.buildLUT16(777, 777)->table[0][i], 777);
-}
-
 TEST(EngineTables, AreBuiltOncePerPairOfPoints)
 {
     RU_PixelFunction identity;

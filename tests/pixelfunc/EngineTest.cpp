@@ -91,12 +91,6 @@ template <class T>
     return ::testing::AssertionFailure() << "changed from " << double(before) << " to " << double(now);
 }
 
-int rowsLeft = 0;
-bool stopWhenSpent(void*, int)
-{
-    return rowsLeft-- <= 0;
-}
-
 } // namespace
 
 template <class V>
@@ -207,23 +201,20 @@ TYPED_TEST(Engine, ValuesBeyondTheRangeAndNotNumbersAreStoredByTheFormatsRule)
 
 TYPED_TEST(Engine, StopsAtTheRowWhereTheHostSaysSo)
 {
-    int token = 0;
-    RU_Algorithm::setInterruptCallback(stopWhenSpent);
     for (const KnownChain& chain : knownChains()) {
         Random random(9);
         Picture<TypeParam> in(11, 20), out(11, 20);
         in.randomize(random);
         out.randomize(random);
         const auto before = out.pixels(0), untouched = out.pixels(1);
-        rowsLeft = 3;
-        EXPECT_EQ(this->adjust(chain.chain->head(), out, in, &token), 1);
-        EXPECT_EQ(rowsLeft, -1) << "asked once per row, and not again";
+        StopAfter host(3);
+        EXPECT_EQ(this->adjust(chain.chain->head(), out, in, &host.token), 1);
+        EXPECT_EQ(host.furtherQuestions(), 0);
         const auto after = out.pixels(0);
         EXPECT_FALSE(std::memcmp(&after[11 * 2], &before[11 * 2], 11 * sizeof(after[0])) == 0);
         EXPECT_EQ(std::memcmp(&after[11 * 3], &before[11 * 3], 11 * 17 * sizeof(after[0])), 0);
         EXPECT_TRUE(chain.perPixel() || sameBytes(out.pixels(1), untouched));
     }
-    RU_Algorithm::setInterruptCallback(nullptr);
 }
 
 TYPED_TEST(Engine, WithoutChainDoesNothing)

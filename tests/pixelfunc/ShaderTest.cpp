@@ -1,12 +1,53 @@
 #include <reference/Formats.h>
 #include <reference/Functions.h>
-#include <reference/RecordingGPU.h>
 
 using namespace reference;
 
 namespace {
 
-constexpr int data[4] = {};
+/// Keeps what a shader declares.
+class RecordingGPU : public RE_OGLComputeGPU
+{
+public:
+    struct ConstantCall
+    {
+        std::string name;
+        RE_GPUType type;
+        std::vector<float> values;
+        int count;
+        bool normalize;
+    };
+    struct ArrayCall
+    {
+        std::string name;
+        std::array<int, 4> shape; // type, vector size, width, height
+        std::vector<const void*> data;
+
+        bool operator==(const ArrayCall&) const = default;
+    };
+
+    void setConstant(const char* name, RE_GPUType type, int size, const void* data, int count,
+                     bool normalize) override
+    {
+        const auto* values = static_cast<const float*>(data);
+        constants.push_back({name, type, {values, values + size * count}, count, normalize});
+    }
+    void setArray2D(const char* name, RE_GPUType type, int size, int width, int height,
+                    const void* data) override
+    {
+        arrays.push_back({name, {type, size, width, height}, {data}});
+    }
+    void setArray2D(const char* name, RE_GPUType type, int size, int width, int height, const void* d0,
+                    const void* d1, const void* d2, const void* d3) override
+    {
+        arrays.push_back({name, {type, size, width, height}, {d0, d1, d2, d3}});
+    }
+
+    std::vector<ConstantCall> constants;
+    std::vector<ArrayCall> arrays;
+};
+
+constexpr int planes[4] = {};
 
 /// Declares one thing of each kind, twice where once has to suffice.
 class Declarer : public RU_PixelFunction
@@ -18,8 +59,8 @@ public:
         addConstant("one", RE_GPU_FLOAT32, 1, values, 1);
         addConstant("three", RE_GPU_FLOAT32, 2, values, 3);
         addLocal("hue", RE_GPU_FLOAT32, 3);
-        addArray("table", RE_GPU_UINT8, 1, 5, 6, data);
-        addArray("planes", RE_GPU_FLOAT16, 4, 7, 8, data, nullptr, data + 1, data + 2);
+        addArray("table", RE_GPU_UINT8, 1, 5, 6, planes);
+        addArray("planes", RE_GPU_FLOAT16, 4, 7, 8, planes, nullptr, planes + 1, planes + 2);
         addFunction("zed", "void zed();");
         addFunction("alpha", "void alpha();");
         addFunction("zed", "another text");
@@ -110,23 +151,15 @@ TEST(Shader, DeclarationsGoToTheHeadUnderIndexedNames)
     EXPECT_EQ(gpu.constants[1].name, "three12");
     EXPECT_EQ(gpu.constants[1].values, (std::vector<float>{1, 2, 3, 4, 5, 6}));
     EXPECT_EQ(gpu.constants[1].count, 3);
-    const RecordingGPU::ArrayCall table{"table", RE_GPU_UINT8, 1, 5, 6, {data}};
-    const RecordingGPU::ArrayCall planes{
-        "planes12", RE_GPU_FLOAT16, 4, 7, 8, {data, nullptr, data + 1, data + 2}};
-    EXPECT_EQ(gpu.arrays, (std::vector{table, planes}));
-}
+    const RecordingGPU::ArrayCall one{"table", {RE_GPU_UINT8, 1, 5, 6}, {planes}};
+    const RecordingGPU::ArrayCall four{
+        "planes12", {RE_GPU_FLOAT16, 4, 7, 8}, {planes, nullptr, planes + 1, planes + 2}};
+    EXPECT_EQ(gpu.arrays, (std::vector{one, four}));
 
-TEST(Shader, SharedFunctionsAreEmittedOncePerChain)
-{
-    RU_PixelFunction head;
-    Declarer first, second;
-    RecordingGPU gpu;
-    UT_String body;
-    first.declareShader(head, &gpu, 0, body);
-    const UT_String once = head.getAddedFunctionCode();
-    second.declareShader(head, &gpu, 1, body);
-    EXPECT_EQ(head.getAddedFunctionCode(), once);
-    EXPECT_EQ(gpu.constants.back().name, "three1");
+    Declarer second;
+    second.declareShader(head, &gpu, 13, body);
+    EXPECT_EQ(head.getAddedFunctionCode().view(), "void zed();\nvoid alpha();\n") << "once per chain";
+    EXPECT_EQ(gpu.constants.back().name, "three13");
 }
 
 TEST(Shader, TypesHaveTheNamesOfThePrelude)

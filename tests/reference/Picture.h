@@ -1,5 +1,6 @@
 #pragma once
 
+#include <RU/framework/RU_Algorithm.h>
 #include <TIL/TIL_Region.h>
 #include <TIL/TIL_TileList.h>
 #include <reference/Formats.h>
@@ -77,5 +78,27 @@ bool sameBytes(const std::vector<T>& a, const std::vector<T>& b)
 {
     return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(T)) == 0;
 }
+
+/// A host that says stop after a number of rows, while it lives.
+class StopAfter
+{
+public:
+    explicit StopAfter(int rows)
+    {
+        rowsLeft = rows;
+        RU_Algorithm::setInterruptCallback([](void*, int) { return rowsLeft-- <= 0; });
+    }
+    ~StopAfter() { RU_Algorithm::setInterruptCallback(nullptr); }
+    StopAfter(const StopAfter&) = delete;
+    StopAfter& operator=(const StopAfter&) = delete;
+
+    /// Questions after the one that was answered with stop.
+    static int furtherQuestions() { return -1 - rowsLeft; }
+
+    int token = 0;
+
+private:
+    static inline int rowsLeft = 0;
+};
 
 } // namespace reference
