@@ -42,13 +42,22 @@ bool allConstant(const TIL_TileList& list)
 }
 
 /// A stretch of pixels, as the chain sees it: a row of values per component, zeros where the input has none.
+/// Constant inputs are read once, up front: the output may be the same tile.
 template <class T, bool FullRange>
 class PixelRows
 {
 public:
-    PixelRows(const RU_PixelFunction& chain, const TIL_TileList& in, const ru_Range<T>& range)
-        : chain_(chain), in_(in), rows_(range)
+    PixelRows(const RU_PixelFunction& chain, const TIL_TileList& in, const ru_Range<T>& range, int64_t first)
+        : chain_(chain), rows_(range)
     {
+        for (int c = 0; c < 4; ++c) {
+            const TIL_Tile* tile = in.tiles[c];
+            if (tile == nullptr)
+                continue;
+            input_[c] = dataOf<T>(*tile);
+            isConstant_[c] = tile->isConstant();
+            rows_.load(input_[c] + first, &constant_[c], 1);
+        }
     }
 
     /// Reads `count` pixels from `offset` on, at most ru_chunk, and runs the chain on each.
@@ -56,9 +65,12 @@ public:
     {
         float* components[4] = {};
         for (int c = 0; c < 4; ++c) {
-            if (in_.tiles[c] == nullptr)
+            if (input_[c] == nullptr)
                 continue;
-            rows_.load(dataOf<T>(static_cast<const TIL_Tile&>(*in_.tiles[c])) + offset, values_[c], count);
+            if (isConstant_[c])
+                std::fill_n(values_[c], count, constant_[c]);
+            else
+                rows_.load(input_[c] + offset, values_[c], count);
             components[c] = values_[c];
         }
         for (int64_t i = 0; i < count; ++i) {
@@ -76,8 +88,10 @@ public:
 
 private:
     const RU_PixelFunction& chain_;
-    const TIL_TileList& in_;
     ru_FloatRows<T, FullRange> rows_;
+    const T* input_[4] = {};
+    bool isConstant_[4] = {};
+    float constant_[4] = {};
     float values_[4][ru_chunk] = {};
 };
 
@@ -150,9 +164,11 @@ void RU_PixelEngineOp<T, FullRange>::adjustPixels(const TIL_TileList& out, const
     RU_PixelFunction& chain = *engine().function;
     chain.buildVectorEngine();
     const ru_TileRows rows(out);
-    PixelRows<T, FullRange> pixels(chain, in, ru_engineRange<T, FullRange>(out.blackPoint, out.whitePoint));
+    const int64_t first = rows.offset(rows.first);
+    const auto range = ru_engineRange<T, FullRange>(out.blackPoint, out.whitePoint);
+    PixelRows<T, FullRange> pixels(chain, in, range, first);
     if (allConstant(in)) {
-        pixels.evaluate(rows.offset(rows.first), 1);
+        pixels.evaluate(first, 1);
         for (int c = 0; c < 4; ++c)
             if (TIL_Tile* tile = openTile(out, c)) {
                 T code;
