@@ -6,7 +6,7 @@ using namespace reference;
 
 namespace {
 
-/// What becomes of a list: sizes, rows, and tiles in every state.
+/// Random pixels in tiles of every state, and rows to process.
 template <class V>
 void scatter(Random& random, Picture<V>& in, Picture<V>& out)
 {
@@ -21,7 +21,7 @@ void scatter(Random& random, Picture<V>& in, Picture<V>& out)
         out.tiles[c].setConstantTile(random.oneIn(4));
         out.tiles[c].setDone(random.oneIn(5));
     }
-    if (random.oneIn(4)) // else only a quarter of the pictures would be constant in all components
+    if (random.oneIn(4)) // seldom happens by itself
         for (TIL_Tile& tile : in.tiles)
             tile.setConstantTile(true);
     out.list.firstRow = static_cast<signed char>(random.oneIn(2) ? 0 : random.between(-1, 3));

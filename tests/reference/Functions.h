@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -35,6 +36,11 @@ struct Function
     /// The kernel of an instruction set on a row.
     void (*run)(const RU_PixelFunction&, PXL_InstructionSet, float* values, int64_t count, int component);
 };
+
+inline void PrintTo(const Function& function, std::ostream* out)
+{
+    *out << function.kernel << function.parameters;
+}
 
 /// The catalogue: every class, with parameters that reach each of its cases.
 const std::vector<Function>& functions();
