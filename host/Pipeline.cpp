@@ -81,6 +81,7 @@ private:
             if (nextPiece_ == pieces_[slot]) {
                 ++nextBand_;
                 nextPiece_ = 0;
+                changed_.notify_all();
                 continue;
             }
             const int piece = nextPiece_++;
@@ -97,7 +98,8 @@ private:
         for (int64_t band = 0; band < pipeline_.bands; ++band) {
             const size_t slot = slotOf(band);
             std::unique_lock lock(mutex_);
-            if (!wait(lock, [&] { return band < filled_ && open_[slot] == 0; }))
+            // A band without pieces keeps its slot too, until the workers have passed it.
+            if (!wait(lock, [&] { return band < nextBand_ && open_[slot] == 0; }))
                 return;
             lock.unlock();
             pipeline_.drain(band, static_cast<int>(slot));
