@@ -120,7 +120,8 @@ DiffReport diff(const std::string& pathA, const std::string& pathB, const Cancel
         for (; y < next; ++y) {
             const Window row{a.data.x, y, a.data.width, 1};
             for (size_t i = 0; i < pairs.size(); ++i) {
-                const auto [inA, inB] = pairs[i];
+                const Channel* inA = pairs[i].first;
+                const Channel* inB = pairs[i].second;
                 const RowPair pair{rowsA.row(y) + inA->offset, rowsB.row(y) + inB->offset, a.pixelBytes,
                                    b.pixelBytes, row};
                 withElementType(inA->format, [&](auto typeA) {
