@@ -1,5 +1,6 @@
 # kreiluge_kernels(<target> <source>...): compiles each *.isa.cpp once per instruction set, in the namespace
 # RU_ISA, and adds the objects to <target>. The sets are those of platform/PXL/PXL_Caps.h.
+
 # No traps and no errno: results stay the same, but compilers may then vectorise selects, floor and division.
 set(KREILUGE_KERNEL_FLAGS -fno-trapping-math -fno-math-errno)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU") # threaded jumps turn one clamp into several selects

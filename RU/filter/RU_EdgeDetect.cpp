@@ -59,13 +59,16 @@ public:
 
     int filter(TIL_TileList* out, const TIL_Region* in, float, int thread, void*) override
     {
+        if (out->width() <= 0 || out->height() <= 0)
+            return 1;
         const EdgeKernel<Work> kernel(static_cast<const RU_EdgeDetect&>(*this->algorithm_));
         const ru_RowConverter<T, FullRange> rows(*out);
+        Scratch scratch(out->width());
         for (int c = 0; c < 4; ++c) {
             T* target = ru_outputData<T>(*out, c);
             const T* source = static_cast<const T*>(in->getImageData(c));
             if (target != nullptr && source != nullptr)
-                filterComponent(kernel, rows, target, source, out->width(), out->height(), thread);
+                filterComponent(kernel, rows, scratch, target, source, out->height(), thread);
         }
         return 1;
     }
@@ -73,14 +76,26 @@ public:
 private:
     using Work = ru_Work<T>;
 
+    /// Three rows of input and one of output in the working type.
+    struct Scratch
+    {
+        explicit Scratch(int64_t columns)
+            : width(columns), stride(columns + 2), values(static_cast<size_t>(4 * stride))
+        {
+        }
+        Work* row(int64_t index) { return values.data() + index * stride; }
+
+        int64_t width;  ///< of the output
+        int64_t stride; ///< of the input
+        std::vector<Work> values;
+    };
+
     /// Each input row is read once and handed up through the three.
     static void filterComponent(const EdgeKernel<Work>& kernel, const ru_RowConverter<T, FullRange>& rows,
-                                T* target, const T* source, int64_t width, int64_t height, int thread)
+                                Scratch& scratch, T* target, const T* source, int64_t height, int thread)
     {
-        const int64_t stride = width + 2;
-        std::vector<Work> scratch(static_cast<size_t>(4 * stride));
         const auto read = [&](int64_t y) {
-            return rows.read(source + y * stride, scratch.data() + y % 3 * stride, stride);
+            return rows.read(source + y * scratch.stride, scratch.row(y % 3), scratch.stride);
         };
         const Work* top = read(0);
         const Work* middle = read(1);
@@ -88,10 +103,10 @@ private:
             if (RU_Algorithm::interruptCheck(thread))
                 return;
             const Work* bottom = read(y + 2);
-            T* codes = target + y * width;
-            Work* values = rows.target(codes, scratch.data() + 3 * stride);
-            kernel(top, middle, bottom, values, width);
-            rows.write(values, codes, width);
+            T* codes = target + y * scratch.width;
+            Work* values = rows.target(codes, scratch.row(3));
+            kernel(top, middle, bottom, values, scratch.width);
+            rows.write(values, codes, scratch.width);
             top = middle;
             middle = bottom;
         }

@@ -12,8 +12,8 @@ RU_INLINE double magnitude(double v)
     return __builtin_fabs(v);
 }
 
-// Both differences share those along the diagonals, I - A and G - C. The rows are not __restrict: clang would carry
-// loads from one pixel to the next and could not vectorise.
+// Both differences share those along the diagonals, I - A and G - C. The rows are not __restrict: clang
+// would carry loads from one pixel to the next and could not vectorise.
 
 template <class Work, bool Sobel>
 void edgeRow(const Work* top, const Work* middle, const Work* bottom, Work* out, int64_t count)

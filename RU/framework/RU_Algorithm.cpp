@@ -4,7 +4,6 @@
 
 #include <memory>
 #include <new>
-#include <type_traits>
 
 bool (*RU_Algorithm::copInterruptCheck)(void*, int) = nullptr;
 void* RU_Algorithm::interruptData[RU_Algorithm::maxThreads] = {};
@@ -55,27 +54,29 @@ PXL_FOR_EACH_FORMAT(RU_DEFINE_FACTORIES, Binary)
 
 #undef RU_DEFINE_FACTORIES
 
-/// What all entry points share: pick the factory by format and range, run its operation, delete it.
+/// What all entry points share: pick the factory by format and range, run its operation, delete it. Without
+/// memory nothing is done.
 template <class Allocate, class Run>
 int RU_Algorithm::run(const TIL_Plane& plane, bool points, void* data, int thread, Allocate allocate,
                       Run work)
-{
+try {
     const auto runOnce = [&](auto* made) {
-        const std::unique_ptr<std::remove_pointer_t<decltype(made)>> op(made);
-        return op != nullptr ? work(*op) : 0;
+        const std::unique_ptr<RU_Operation> op(made);
+        return made != nullptr ? work(*made) : 0;
     };
-    if (PXLbytesPerElement(plane.formatCode) == 0)
-        return 0;
-    const InterruptScope scope(data, thread);
     switch (plane.formatCode) {
 #define RU_CASE(CODE, T, WHITE, NAME)                                                                        \
-    case CODE:                                                                                               \
-        return points ? runOnce(allocate(static_cast<T>(0), 0)) : runOnce(allocate(static_cast<T>(0)));
+    case CODE: {                                                                                             \
+        const InterruptScope scope(data, thread);                                                            \
+        return points ? runOnce(allocate(static_cast<T>(0), 0)) : runOnce(allocate(static_cast<T>(0)));      \
+    }
         PXL_FOR_EACH_FORMAT(RU_CASE)
 #undef RU_CASE
     default:
         return 0;
     }
+} catch (const std::bad_alloc&) {
+    return 0;
 }
 
 int RU_Algorithm::generate(TIL_TileList* out, float time, void* data, int thread, void* context)

@@ -14,25 +14,25 @@
 /// What holds for all algorithms, so that their own headers need not repeat it:
 ///
 /// - Shape. A tile list covers an inclusive rectangle; its tiles and region components are planes of
-/// elements,
-///   x fastest. Up to four components; a null tile or a component without data is skipped.
-/// - Units. Codes are read to float (32-bit integers to double), computed, and written back.
-///   Full range:            v = code / white;             code = floor(v * white + 0.5)
-///   black and white point: v = (code - black) * s;       code = floor(v * (white - black) + black + 0.5)
-///   with s = 1 / (white - black), or 1 where the points are equal; codes are clamped to their type, NaN
+///   elements, x fastest. Up to four components; a null tile or a component without data is skipped.
+/// - Units. Codes are read to float (32-bit integers to double), computed, and written back:
+///
+///       full range:               v = code / white          code = floor(v * white + 0.5)
+///       black and white point:    v = (code - black) * s    code = floor(v * (white - black) + black + 0.5)
+///
+///   with s = 1 / (white - black), or 1 where the points are equal. Codes are clamped to their type, NaN
 ///   becomes code 0. Float and half are taken as they are and never clamped. Which of the two holds, and the
 ///   points, come from the output alone.
 /// - Null and constant tiles. An output tile that is null, constant or done is not written. A constant input
-/// is
-///   read at its first processed pixel only.
-/// - Result. 1 when work was done, 0 when nothing was: a format code above 4, or a family that the algorithm
-///   does not override. Nothing is thrown and nothing is printed.
+///   is read at its first processed pixel only.
+/// - Result. 1 when work was done, 0 when nothing was: a format code above 4, a family that the algorithm
+///   does not override, or no memory. Nothing is thrown and nothing is printed.
 /// - Ownership. The host owns algorithms, images and whatever an algorithm points at.
 /// - Threads. Up to 8 threads may call the entry points of one object at once, each with a thread index of
-/// its
-///   own, 0 to 7, or a negative one when it has none. Parameters must not change meanwhile.
+///   its own, 0 to 7, or a negative one when it has none. Parameters must not change meanwhile.
 /// - Cancelling. Long loops ask interruptCheck() once per row and return early, leaving the rest unwritten.
-/// - Results are the same bytes for every split into tiles, every thread count and every instruction set.
+/// - Cost. Results are the same bytes for every split into tiles, every thread count and every instruction
+///   set, so a host may choose these for speed alone.
 class RU_API RU_Algorithm
 {
 public:

@@ -3,7 +3,6 @@
 #include <RU/framework/ru_ConvertRows.h>
 #include <TIL/TIL_TileList.h>
 
-#include <algorithm>
 #include <type_traits>
 
 /// The range of T over its full width, or between two points.
@@ -45,11 +44,11 @@ public:
         }
     }
 
-    /// `count` codes as values, in `values`.
+    /// `count` codes as values, in `values`; they may be there already.
     void load(const T* codes, Value* values, int64_t count) const
     {
-        if (const Value* source = read(codes, values, count); source != values)
-            std::copy_n(source, count, values);
+        if (!isSame(codes, values))
+            rows_.read(codes, values, count, range_);
     }
 
     /// Where to compute the values that write() will store at `codes`: `scratch`, or `codes` itself.
@@ -63,14 +62,14 @@ public:
 
     void write(const Value* values, T* codes, int64_t count) const
     {
-        if constexpr (!inPlace)
+        if (!isSame(codes, values))
             rows_.write(values, codes, count, range_);
-        else if (values != codes)
-            std::copy_n(values, count, codes);
     }
 
 private:
     static constexpr bool inPlace = std::is_same_v<T, Value>;
+
+    static bool isSame(const void* codes, const void* values) { return inPlace && codes == values; }
 
     ru_Range<T> range_;
     const ru_RowConversion<T, FullRange, Value>& rows_;

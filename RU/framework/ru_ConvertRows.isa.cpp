@@ -125,7 +125,7 @@ void writeHalves(const float* __restrict values, fpreal16* to, int64_t count, co
 #endif
 }
 
-// Floats are their own working values; these serve code that wants a copy all the same.
+// Floats are their own values; what is left is the copy.
 
 void copyFloats(const float* __restrict from, float* __restrict to, int64_t count, const ru_Range<float>&)
 {

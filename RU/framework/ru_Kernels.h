@@ -2,10 +2,10 @@
 
 #include <PXL/PXL_Caps.h>
 
-/// Hot loops live in sources named *.isa.cpp. Each is compiled once per instruction set, inside the namespace
-/// RU_ISA (ru_baseline, ru_avx2, ru_avx512), and ends in a constant table of its kernels. Rules for them:
-/// plain loops over rows; no inline function of the standard library (the linker keeps one copy of such a
-/// function for everybody, perhaps the AVX one); their own helpers are RU_INLINE and inside RU_ISA.
+/// Hot loops live in sources named *.isa.cpp. Each is compiled once per instruction set, inside the
+/// namespace RU_ISA (ru_baseline, ru_avx2, ru_avx512), and ends in a constant table of its kernels. Rules
+/// for them: plain loops over rows; no inline function of the standard library (the linker keeps one copy of
+/// such a function for everybody, perhaps the AVX one); their own helpers are RU_INLINE and inside RU_ISA.
 #define RU_INLINE [[gnu::always_inline]] static inline
 
 /// What every table of kernels starts from.
@@ -22,8 +22,8 @@ struct ru_KernelTable
 #define RU_COMPILED_FOR PXL_InstructionSet::baseline
 #endif
 
-/// RU_KERNELS(Table, name) declares the table `name` of every instruction set, and the function name(), which
-/// answers the table for a set: by default the one chosen for this process.
+/// RU_KERNELS(Table, name) declares the table `name` of every instruction set, and the function name(),
+/// which answers the table for a set: by default the one chosen for this process.
 #define RU_KERNELS_DECLARE(SET, TABLE, NAME)                                                                 \
     namespace ru_##SET                                                                                       \
     {                                                                                                        \

@@ -6,8 +6,8 @@
 
 /// log, exp and pow of floats that compilers can vectorise, with the same bits on every instruction set.
 ///
-/// They compute in double, where every float, subnormals included, is a normal number and one rounding at the
-/// end suffices. Errors against the exact result, in units of the last place of the float result:
+/// They compute in double, where every float, subnormals included, is a normal number and one rounding at
+/// the end suffices. Errors against the exact result, in units of the last place of the float result:
 ///
 ///     ru_log  0.501      ru_exp  0.55      ru_pow  0.55
 ///

@@ -5,8 +5,7 @@
 struct ru_Acos;
 
 /// acos(v) * scale, in radians. NaN becomes the replacement if there is one, and stays otherwise; numbers
-/// outside
-/// [-1, 1] give what acos gives. The shader replaces those numbers as well.
+/// outside [-1, 1] give what acos gives. The shader replaces those numbers as well.
 class RU_API RU_AcosFunc : public RU_PixelFunction
 {
 public:
@@ -19,10 +18,11 @@ public:
     RU_RowForm getRowFunction() const override;
     void getPixelShader(UT_String& body) override;
 
-    /// The arithmetic for one component.
-    ru_Acos expression(int component) const;
-
 private:
+    template <class>
+    friend struct ru_Forms;
+    ru_Acos expression(int component) const; ///< the arithmetic for one component
+
     float scale_;
     bool useReplacement_;
     float replacement_;

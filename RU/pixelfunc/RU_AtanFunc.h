@@ -14,9 +14,10 @@ public:
     RU_RowForm getRowFunction() const override;
     void getPixelShader(UT_String& body) override;
 
-    /// The arithmetic for one component.
-    ru_Atan expression(int component) const;
-
 private:
+    template <class>
+    friend struct ru_Forms;
+    ru_Atan expression(int component) const; ///< the arithmetic for one component
+
     float scale_;
 };

@@ -20,10 +20,11 @@ public:
     RU_RowForm getRowFunction() const override;
     void getPixelShader(UT_String& body) override;
 
-    /// The arithmetic for one component.
-    ru_Gamma expression(int component) const;
-
 private:
+    template <class>
+    friend struct ru_Forms;
+    ru_Gamma expression(int component) const; ///< the arithmetic for one component
+
     float igamma_[4];
     bool perComponent_;
 };

@@ -17,10 +17,11 @@ public:
     RU_RowForm getRowFunction() const override;
     void getPixelShader(UT_String& body) override;
 
-    /// The arithmetic for one component.
-    ru_Invert expression(int component) const;
-
 private:
+    template <class>
+    friend struct ru_Forms;
+    ru_Invert expression(int component) const; ///< the arithmetic for one component
+
     bool useReplacement_;
     float replacement_;
 };

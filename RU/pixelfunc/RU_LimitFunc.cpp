@@ -22,6 +22,7 @@ ru_Limit RU_LimitFunc::expression(int) const
 
 void RU_LimitFunc::getPixelShader(UT_String& body)
 {
+    body.clear();
     if (has(useLowerFlag))
         addConstant("lower", RE_GPU_FLOAT32, 1, &lower_, 1);
     if (has(useUpperFlag))

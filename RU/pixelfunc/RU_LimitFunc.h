@@ -4,8 +4,8 @@
 
 struct ru_Limit;
 
-/// Keeps v between limits, each used or not. What lies beyond becomes the limit with `clamp`, else 0; a value
-/// equal to a limit stays. The upper test sees what the lower one made of the value.
+/// Keeps v between limits, each used or not. What lies beyond becomes the limit with `clamp`, else 0; a
+/// value equal to a limit stays. The upper test sees what the lower one made of the value.
 class RU_API RU_LimitFunc : public RU_PixelFunction
 {
 public:
@@ -15,10 +15,11 @@ public:
     RU_RowForm getRowFunction() const override;
     void getPixelShader(UT_String& body) override;
 
-    /// The arithmetic for one component.
-    ru_Limit expression(int component) const;
-
 private:
+    template <class>
+    friend struct ru_Forms;
+    ru_Limit expression(int component) const; ///< the arithmetic for one component
+
     enum Flag : unsigned char { useLowerFlag = 1, useUpperFlag = 2, clampFlag = 4 };
     bool has(Flag flag) const { return (flags_ & flag) != 0; }
 

@@ -16,10 +16,11 @@ public:
     RU_RowForm getRowFunction() const override;
     void getPixelShader(UT_String& body) override;
 
-    /// The arithmetic for one component.
-    ru_Log expression(int component) const;
-
 private:
+    template <class>
+    friend struct ru_Forms;
+    ru_Log expression(int component) const; ///< the arithmetic for one component
+
     float factor_; ///< k
     bool useReplacement_;
     float replacement_;

@@ -16,10 +16,11 @@ public:
     RU_RowForm getRowFunction() const override;
     void getPixelShader(UT_String& body) override;
 
-    /// The arithmetic for one component.
-    ru_MAdd expression(int component) const;
-
 private:
+    template <class>
+    friend struct ru_Forms;
+    ru_MAdd expression(int component) const; ///< the arithmetic for one component
+
     float mult_[4];
     float add_[4];
     bool perComponent_;

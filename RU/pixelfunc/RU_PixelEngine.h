@@ -11,27 +11,40 @@ class RU_PixelFunction;
 template <class T, bool FullRange>
 class RU_PixelEngineOp;
 
-/// Tables of 8-bit results by 8-bit code, one per component; all four pointers are equal when the chain
-/// treats the components alike. `black` and `white` are what the table was asked for.
-struct ru_lut8
+/// Results by code, one table per component; all four pointers are equal when the chain treats them alike.
+template <class T>
+struct ru_tables
 {
-    uint8_t* table[4] = {};
-    uint32_t black = 0;
-    uint32_t white = 0;
+    ru_tables() = default;
+    ru_tables(const ru_tables&) = delete;
+    ru_tables& operator=(const ru_tables&) = delete;
+    ~ru_tables()
+    {
+        const bool shared = table[1] == table[0];
+        for (int c = 0; c < (shared ? 1 : 4); ++c)
+            delete[] table[c];
+    }
+
+    T* table[4] = {};
+};
+
+/// Tables for 8 bits, and the points that they were asked for.
+struct ru_lut8 : ru_tables<unsigned char>
+{
+    unsigned int black = 0;
+    unsigned int white = 0;
 };
 
 /// The same for 16 bits.
-struct ru_lut16
+struct ru_lut16 : ru_tables<unsigned short>
 {
-    uint16_t* table[4] = {};
-    uint32_t black = 0;
-    uint32_t white = 0;
+    unsigned int black = 0;
+    unsigned int white = 0;
 };
 
-/// Tables of halves by bit pattern.
-struct ru_lut16fp
+/// Tables for halves, by bit pattern.
+struct ru_lut16fp : ru_tables<fpreal16>
 {
-    fpreal16* table[4] = {};
     std::atomic<bool> ready = false;
 };
 
@@ -50,19 +63,23 @@ extern template class RU_API RU_PixelFactories<RU_PixelEngineOp>;
 ///
 /// Departures from the common rules, all of them deliberate:
 /// - 8-bit tables span the full range also when black and white points are in use; the pixel path honours
-/// them.
+///   them.
 /// - A full-range 16-bit table of a chain that treats components differently tops out at code 65355.
 /// - 32-bit codes between points are scaled by a float 1 / (white - black), and evaluated as float.
+/// - Only an output tile's done flag keeps it from being written, so that a constant tile can be adjusted in
+///   place.
+/// - In the pixel path an output without an input is written too: values that are absent start at 0.
 ///
-/// Input and output: tile lists over the same rectangle; they may share tiles. The output's first row and row
-/// step choose the rows. Only an output tile's done flag keeps it from being written. When the inputs are
-/// constant the chain is evaluated once and the outputs are filled and marked constant; in the one-component
-/// paths each component decides for itself, in the pixel path all existing inputs must be constant.
+/// Input and output: tile lists over the same rectangle; they may share tiles. The output's first row and
+/// row step choose the rows.
+/// Constant tiles: where the input is constant the chain is evaluated once, and the output is filled and
+/// marked constant. One-component chains decide that tile by tile; for the others all existing inputs must
+/// be constant.
 /// Result: 1, also when interrupted; 0 without a function.
 /// Ownership: the chain stays the caller's and must outlive the engine; the engine owns its tables, builds
-/// each once on first use and keeps it. Change a chain, and it takes a new engine. Threads: tables are built
-/// under a lock, by the row form, and then shared. Cost: one table look-up per value in the table paths; see
-/// docs/performance.md.
+/// each once on first use and keeps it. A changed chain takes a new engine.
+/// Threads: tables are built under a lock, by the row form, and then shared.
+/// Cost: one table look-up per value in the table paths; see docs/performance.md.
 class RU_API RU_PixelEngine : public RU_PixelFactories<RU_PixelEngineOp>
 {
 public:
@@ -73,7 +90,7 @@ public:
 
     RU_PixelFunction* function; ///< head of the chain
 
-    /// The table for a pair of points, building it when there is none.
+    /// The table for a pair of points, building it when there is none. They need a function.
     ru_lut8* buildLUT8(unsigned int black, unsigned int white);
     ru_lut16* buildLUT16(unsigned int black, unsigned int white);
     ru_lut16fp* buildLUT16FP();

@@ -57,14 +57,21 @@ RU_ScalarForm RU_PixelFunction::getPixelFunction() const
 
 RU_VectorForm RU_PixelFunction::getVectorFunction() const
 {
-    scalarFunction_ = getPixelFunction();
+    rememberScalarFunction();
     return defaultVectorFunction;
 }
 
 RU_RowForm RU_PixelFunction::getRowFunction() const
 {
-    scalarFunction_ = getPixelFunction();
+    rememberScalarFunction();
     return defaultRowFunction;
+}
+
+void RU_PixelFunction::rememberScalarFunction() const
+{
+    // Written once: threads that evaluate one engine may read it while another is built.
+    if (const RU_ScalarForm scalar = getPixelFunction(); scalarFunction_ != scalar)
+        scalarFunction_ = scalar;
 }
 
 void RU_PixelFunction::getPixelShader(UT_String& body)
@@ -117,7 +124,6 @@ void RU_PixelFunction::buildVectorEngine()
     const std::lock_guard guard(lock_);
     if (vectorEngine_.entries() != 0)
         return;
-    engineFunctions_.clear();
     for (RU_PixelFunction* f = this; f != nullptr; f = f->next_) {
         vectorEngine_.append(f->getVectorFunction());
         if (engineFunctions_.entries() < vectorEngine_.entries())

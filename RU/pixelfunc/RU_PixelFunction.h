@@ -10,6 +10,8 @@
 #include <cstdint>
 
 class RU_PixelFunction;
+template <class Function>
+struct ru_Forms;
 
 /// One value of one component.
 using RU_ScalarForm = float (*)(RU_PixelFunction* function, float value, int component);
@@ -26,8 +28,9 @@ using RU_RowForm = void (*)(RU_PixelFunction* function, float* values, int64_t c
 ///
 /// Units: linear or display values as the images hold them, 0.0 black and 1.0 white; nothing is clamped
 /// unless a function says so. A function touches only components in its scope; missing components are
-/// skipped. Ownership: functions are made with new and linked with setNext(); deleting the head deletes the
-/// chain. Parameters are fixed at construction; a chain must not change once one of its engines was built.
+/// skipped.
+/// Ownership: functions are made with new and linked with setNext(); deleting the head deletes the chain.
+/// Parameters are fixed at construction; a chain must not change once one of its engines was built.
 /// Threads: the build calls lock; process calls only read, and may run on many threads after building.
 /// Building a shader writes into the head and is for one thread per chain.
 class RU_API RU_PixelFunction
@@ -46,8 +49,7 @@ public:
     virtual bool eachComponentDifferent() const { return false; }
     virtual RU_ScalarForm getPixelFunction() const;
     virtual RU_VectorForm getVectorFunction() const;
-    /// Writes the body of the GLSL function and declares its parameters; empty: the function does nothing
-    /// there.
+    /// Writes the body of the GLSL function and declares its parameters; empty: it does nothing there.
     virtual void getPixelShader(UT_String& body);
     virtual RU_RowForm getRowFunction() const;
 
@@ -119,6 +121,7 @@ protected:
     void usesGlobal(const char* name);
 
 private:
+    void rememberScalarFunction() const;
     void addParameter(const char* qualifier, const char* type, const UT_String& name, int count);
 
     RU_PixelFunction* next_ = nullptr;

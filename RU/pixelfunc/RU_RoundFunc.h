@@ -4,7 +4,7 @@
 
 struct ru_Round;
 
-/// floor(v + 0.5): to the nearest whole number, halves upwards.
+/// floor(v + 0.5), the sum rounded to a float.
 class RU_API RU_RoundFunc : public RU_PixelFunction
 {
 public:
@@ -12,6 +12,8 @@ public:
     RU_RowForm getRowFunction() const override;
     void getPixelShader(UT_String& body) override;
 
-    /// The arithmetic for one component.
-    ru_Round expression(int component) const;
+private:
+    template <class>
+    friend struct ru_Forms;
+    ru_Round expression(int component) const; ///< the arithmetic for one component
 };

@@ -14,10 +14,11 @@ public:
     RU_RowForm getRowFunction() const override;
     void getPixelShader(UT_String& body) override;
 
-    /// The arithmetic for one component.
-    ru_Sin expression(int component) const;
-
 private:
+    template <class>
+    friend struct ru_Forms;
+    ru_Sin expression(int component) const; ///< the arithmetic for one component
+
     float scale_;
     float shift_;
 };

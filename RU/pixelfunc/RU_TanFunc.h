@@ -19,10 +19,11 @@ public:
     RU_RowForm getRowFunction() const override;
     void getPixelShader(UT_String& body) override;
 
-    /// The arithmetic for one component.
-    ru_Tan expression(int component) const;
-
 private:
+    template <class>
+    friend struct ru_Forms;
+    ru_Tan expression(int component) const; ///< the arithmetic for one component
+
     float scale_;
     bool useReplacement_;
     float replacement_;

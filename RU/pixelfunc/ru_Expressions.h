@@ -4,8 +4,8 @@
 #include <SYS/SYS_Math.h>
 
 /// The arithmetic of every pixel function, once: its parameters for one component, and the result for a
-/// value. Scalar and row forms are both made from it. What looks roundabout keeps the loop over a row free of
-/// branches.
+/// value. Scalar and row forms are both made from it. What looks roundabout keeps the loop over a row free
+/// of branches.
 #define RU_EXPRESSION [[gnu::always_inline]] inline float operator()
 
 struct ru_Add
@@ -39,7 +39,8 @@ struct ru_Gamma
     RU_EXPRESSION(float v) const
     {
         const float power = ru_math::powOfMagnitude(__builtin_fabsf(v), igamma); // 1 at 1
-        return v == 0.0f ? 0.0f : __builtin_copysignf(power, v);
+        const float odd = v > 0.0f ? power : -power;
+        return v == 0.0f ? 0.0f : odd;
     }
 };
 
@@ -213,9 +214,25 @@ struct ru_Acos
     X(ru_Scale)                                                                                              \
     X(ru_Gamma)                                                                                              \
     X(ru_Limit)                                                                                              \
-    X(ru_Quantize) X(ru_Abs) X(ru_Negate) X(ru_Invert) X(ru_Sign) X(ru_Floor) X(ru_Ceil) X(ru_Round)         \
-        X(ru_Power) X(ru_Raise) X(ru_Log) X(ru_Sin) X(ru_Sinh) X(ru_Cosh) X(ru_Tan) X(ru_Tanh) X(ru_Atan)    \
-            X(ru_Asin) X(ru_Acos)
+    X(ru_Quantize)                                                                                           \
+    X(ru_Abs)                                                                                                \
+    X(ru_Negate)                                                                                             \
+    X(ru_Invert)                                                                                             \
+    X(ru_Sign)                                                                                               \
+    X(ru_Floor)                                                                                              \
+    X(ru_Ceil)                                                                                               \
+    X(ru_Round)                                                                                              \
+    X(ru_Power)                                                                                              \
+    X(ru_Raise)                                                                                              \
+    X(ru_Log)                                                                                                \
+    X(ru_Sin)                                                                                                \
+    X(ru_Sinh)                                                                                               \
+    X(ru_Cosh)                                                                                               \
+    X(ru_Tan)                                                                                                \
+    X(ru_Tanh)                                                                                               \
+    X(ru_Atan)                                                                                               \
+    X(ru_Asin)                                                                                               \
+    X(ru_Acos)
 
 /// An expression over a row, in place.
 template <class Expression>

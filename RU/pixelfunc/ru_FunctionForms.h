@@ -5,26 +5,33 @@
 
 /// The scalar and the row form of a function class, from its expression(component).
 template <class Function>
-float ru_scalarForm(RU_PixelFunction* function, float value, int component)
+struct ru_Forms
 {
-    return static_cast<const Function*>(function)->expression(component)(value);
-}
+    static auto expression(const RU_PixelFunction& function, int component)
+    {
+        return static_cast<const Function&>(function).expression(component);
+    }
 
-template <class Function>
-void ru_rowForm(RU_PixelFunction* function, float* values, int64_t count, int component)
-{
-    const auto expression = static_cast<const Function*>(function)->expression(component);
-    const ru_RowKernel<std::remove_const_t<decltype(expression)>>& kernel = ru_expressionRows();
-    kernel.run(expression, values, count);
-}
+    static float scalar(RU_PixelFunction* function, float value, int component)
+    {
+        return expression(*function, component)(value);
+    }
+
+    static void row(RU_PixelFunction* function, float* values, int64_t count, int component)
+    {
+        const auto parameters = expression(*function, component);
+        const ru_RowKernel<decltype(expression(*function, component))>& kernel = ru_expressionRows();
+        kernel.run(parameters, values, count);
+    }
+};
 
 /// Defines the two getters of a function class.
 #define RU_FUNCTION_FORMS(FUNCTION)                                                                          \
     RU_ScalarForm FUNCTION::getPixelFunction() const                                                         \
     {                                                                                                        \
-        return ru_scalarForm<FUNCTION>;                                                                      \
+        return ru_Forms<FUNCTION>::scalar;                                                                   \
     }                                                                                                        \
     RU_RowForm FUNCTION::getRowFunction() const                                                              \
     {                                                                                                        \
-        return ru_rowForm<FUNCTION>;                                                                         \
+        return ru_Forms<FUNCTION>::row;                                                                      \
     }

@@ -1,5 +1,8 @@
 #include <RU/pixelfunc/ru_PixelEngineOp.h>
 
+#include <algorithm>
+#include <iterator>
+
 namespace {
 
 /// The output tile of component `c`, null when it is done already. The engine writes constant tiles too, so
@@ -124,15 +127,16 @@ auto RU_PixelEngineOp<T, FullRange>::componentRows(const TIL_TileList& out) cons
         return ru_TableRows<T>(engine().buildLUT16(black, white)->table);
     else if constexpr (std::is_same_v<T, fpreal16> && FullRange)
         return ru_TableRows<T>(engine().buildLUT16FP()->table);
-    else
+    else {
+        engine().function->buildPixelEngine();
         return ru_ChainRows<T, FullRange>(*engine().function, ru_engineRange<T, FullRange>(black, white));
+    }
 }
 
 template <class T, bool FullRange>
 void RU_PixelEngineOp<T, FullRange>::adjustComponents(const TIL_TileList& out, const TIL_TileList& in,
                                                       int thread) const
 {
-    engine().function->buildPixelEngine();
     const auto evaluator = componentRows(out);
     const ru_TileRows rows(out);
     for (int c = 0; c < 4; ++c) {
@@ -147,11 +151,11 @@ void RU_PixelEngineOp<T, FullRange>::adjustComponents(const TIL_TileList& out, c
             fillConstant(*to, rows, code);
             continue;
         }
-        to->setConstantTile(false);
         T* target = dataOf<T>(*to);
         for (int y = rows.first; y < rows.height; y += rows.step) {
             if (RU_Algorithm::interruptCheck(thread))
                 return;
+            to->setConstantTile(false);
             evaluator.evaluate(source + rows.offset(y), target + rows.offset(y), rows.width, c);
         }
     }
@@ -180,7 +184,7 @@ void RU_PixelEngineOp<T, FullRange>::adjustPixels(const TIL_TileList& out, const
     for (int y = rows.first; y < rows.height; y += rows.step) {
         if (RU_Algorithm::interruptCheck(thread))
             return;
-        for (int x = 0; x < rows.width; x += ru_chunk) {
+        for (int64_t x = 0; x < rows.width; x += ru_chunk) {
             const int64_t count = std::min<int64_t>(ru_chunk, rows.width - x);
             pixels.evaluate(rows.offset(y) + x, count);
             for (int c = 0; c < 4; ++c)

@@ -1,5 +1,9 @@
 #include <PXL/PXL_Caps.h>
 
+#if defined(__x86_64__)
+#include <cpuid.h>
+#endif
+
 #include <algorithm>
 #include <cstdlib>
 #include <iterator>
@@ -32,6 +36,15 @@ PXL_InstructionSet capFromEnvironment(PXL_InstructionSet widest)
     return widest;
 }
 
+#if defined(__x86_64__)
+/// clang 14 does not know the name in __builtin_cpu_supports.
+bool hasF16C()
+{
+    unsigned int a = 0, b = 0, c = 0, d = 0;
+    return __get_cpuid(1, &a, &b, &c, &d) != 0 && (c & bit_F16C) != 0;
+}
+#endif
+
 Capabilities readCapabilities()
 {
     Capabilities caps;
@@ -39,12 +52,11 @@ Capabilities readCapabilities()
     __builtin_cpu_init();
     caps.mmx = __builtin_cpu_supports("mmx");
     caps.sse = __builtin_cpu_supports("sse");
-    // Every processor with AVX2 has F16C; the compilers' feature test does not know the name.
-    if (__builtin_cpu_supports("avx2"))
+    if (__builtin_cpu_supports("avx2") && hasF16C())
         caps.widest = PXL_InstructionSet::avx2;
-    if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
-        __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl") &&
-        __builtin_cpu_supports("avx512vbmi"))
+    if (caps.widest == PXL_InstructionSet::avx2 && __builtin_cpu_supports("avx512f") &&
+        __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512dq") &&
+        __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512vbmi"))
         caps.widest = PXL_InstructionSet::avx512;
 #endif
     caps.chosen = capFromEnvironment(caps.widest);

@@ -2,8 +2,8 @@
 
 #include <SYS/SYS_API.h>
 
-/// The instruction sets that hot loops are compiled for, narrowest first.
-/// avx2: AVX2 and F16C.  avx512: AVX-512 F, BW, DQ, VL and VBMI, so that no table path needs a further test.
+/// The instruction sets that hot loops are compiled for, narrowest first. avx2: AVX2 and F16C.  avx512:
+/// AVX-512 F, BW, DQ, VL and VBMI, so that no table path needs a further test.
 #if defined(__x86_64__)
 #define PXL_FOR_EACH_INSTRUCTION_SET(X, ...)                                                                 \
     X(baseline __VA_OPT__(, ) __VA_ARGS__)                                                                   \

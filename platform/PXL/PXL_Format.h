@@ -5,7 +5,7 @@
 #include <cstdint>
 
 /// Every storage format of a pixel component: X(code, element type, the code of white or 1, name, more...).
-/// Widest first: the order of the factories of RU_Algorithm.
+/// In the order of the factories of RU_Algorithm.
 #define PXL_FOR_EACH_FORMAT(X, ...)                                                                          \
     X(4, fpreal16, 1, half __VA_OPT__(, ) __VA_ARGS__)                                                       \
     X(3, float, 1, float32 __VA_OPT__(, ) __VA_ARGS__)                                                       \

@@ -5,8 +5,8 @@
 
 #include <cstdint>
 
-/// One component of a tile list: width x height elements, x fastest, rows without a gap.
-/// The buffer is whole even while the tile is constant.
+/// One component of a tile list: width x height elements, x fastest, rows without a gap. The buffer is whole
+/// even while the tile is constant.
 class TIL_Tile
 {
 public:

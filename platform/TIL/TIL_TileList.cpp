@@ -1,9 +1,16 @@
 #include <TIL/TIL_TileList.h>
 
 #include <algorithm>
+#include <limits>
 #include <type_traits>
 
 namespace {
+
+/// At most what an int can count; larger lists are not to be used as flat arrays.
+int pixelCount(int64_t width, int64_t height)
+{
+    return static_cast<int>(std::min<int64_t>(width * height, std::numeric_limits<int>::max()));
+}
 
 template <class T>
 void fillTile(TIL_Tile& tile, int64_t count, unsigned int code)
@@ -20,8 +27,8 @@ void fillTile(TIL_Tile& tile, int64_t count, unsigned int code)
 
 TIL_TileList::TIL_TileList(const TIL_Plane& of, int left, int bottom, int right, int top)
     : plane(&of), blackWhitePoints(of.usesBlackWhitePoints() != 0),
-      itemCount((right - left + 1) * (top - bottom + 1)), x1(left), y1(bottom), x2(right), y2(top),
-      blackPoint(of.blackPoint), whitePoint(of.whitePoint)
+      itemCount(pixelCount(int64_t(right) - left + 1, int64_t(top) - bottom + 1)), x1(left), y1(bottom),
+      x2(right), y2(top), blackPoint(of.blackPoint), whitePoint(of.whitePoint)
 {
 }
 

@@ -23,7 +23,7 @@
 #include <RU/pixelfunc/RU_SinhFunc.h>
 #include <RU/pixelfunc/RU_TanFunc.h>
 #include <RU/pixelfunc/RU_TanhFunc.h>
-#include <RU/pixelfunc/ru_Expressions.h>
+#include <RU/pixelfunc/ru_FunctionForms.h>
 #include <reference/Functions.h>
 
 #include <cmath>
@@ -55,7 +55,7 @@ public:
     template <class F>
     void add(F* function, const std::vector<std::vector<float>>& values, double ulp, Exact exact)
     {
-        using Expression = std::remove_cvref_t<decltype(function->expression(0))>;
+        using Expression = decltype(ru_Forms<F>::expression(*function, 0));
         Function entry{kernelName<Expression>,
                        "",
                        std::shared_ptr<RU_PixelFunction>(function),
@@ -81,7 +81,7 @@ private:
     static void run(const RU_PixelFunction& function, PXL_InstructionSet set, float* values, int64_t count,
                     int component)
     {
-        const Expression expression = static_cast<const F&>(function).expression(component);
+        const Expression expression = ru_Forms<F>::expression(function, component);
         const ru_RowKernel<Expression>& kernel = ru_expressionRows(set);
         kernel.run(expression, values, count);
     }
@@ -279,7 +279,7 @@ void addHyperbolics(Catalogue& list)
     list.add(new RU_CoshFunc(0.7f), {{0.7f}}, 2.0, [](float v, int) { return std::cosh(double(v * 0.7f)); });
     list.shader("value = (exp(VEC4(2.0f) * value) - VEC4(1.0f)) /\n"
                 "        (exp(VEC4(2.0f) * value) + VEC4(1.0f));\n");
-    list.add(new RU_TanhFunc(1.3f), {}, 2.0, [](float v, int) { return std::tanh(double(v * 1.3f)); });
+    list.add(new RU_TanhFunc(1.3f), {}, 2.5, [](float v, int) { return std::tanh(double(v * 1.3f)); });
 }
 
 } // namespace
