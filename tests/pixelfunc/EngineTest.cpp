@@ -128,7 +128,9 @@ TYPED_TEST(Engine, EveryChainGivesTheExactResultInEveryLayout)
                 const bool writes = expectation.writes(out, c);
                 const bool rows = height > std::max<int>(out.list.firstRow, 0);
                 if (rows || !writes) {
-                    ASSERT_EQ(out.tiles[c].isConstant(), writes ? expectation.fills(c) : constant[c]) << c;
+                    ASSERT_EQ(out.tiles[c].isConstant(),
+                              writes ? expectation.fills(c) : constant[static_cast<size_t>(c)])
+                        << c;
                 }
                 (expectation.fills(c) ? filled : varied) += writes ? 1 : 0;
                 for (int y = 0; y < height; ++y)
