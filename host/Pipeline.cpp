@@ -66,7 +66,18 @@ private:
             lock.lock();
             pieces_[slot] = open_[slot] = pieces;
             filled_ = band + 1;
+            passTakenBands();
             changed_.notify_all();
+        }
+    }
+
+    /// Moves on to the next piece that nobody has taken, so that a slot is never filled again while its band
+    /// waits to be passed. Bands without pieces are passed at once.
+    void passTakenBands()
+    {
+        while (nextBand_ < filled_ && nextPiece_ == pieces_[slotOf(nextBand_)]) {
+            ++nextBand_;
+            nextPiece_ = 0;
         }
     }
 
@@ -78,13 +89,8 @@ private:
                 return;
             const int64_t band = nextBand_;
             const size_t slot = slotOf(band);
-            if (nextPiece_ == pieces_[slot]) {
-                ++nextBand_;
-                nextPiece_ = 0;
-                changed_.notify_all();
-                continue;
-            }
             const int piece = nextPiece_++;
+            passTakenBands();
             lock.unlock();
             pipeline_.work(band, static_cast<int>(slot), piece, thread);
             lock.lock();
@@ -98,8 +104,7 @@ private:
         for (int64_t band = 0; band < pipeline_.bands; ++band) {
             const size_t slot = slotOf(band);
             std::unique_lock lock(mutex_);
-            // A band without pieces keeps its slot too, until the workers have passed it.
-            if (!wait(lock, [&] { return band < nextBand_ && open_[slot] == 0; }))
+            if (!wait(lock, [&] { return band < filled_ && open_[slot] == 0; }))
                 return;
             lock.unlock();
             pipeline_.drain(band, static_cast<int>(slot));
@@ -116,7 +121,7 @@ private:
     std::vector<int> pieces_; ///< by slot
     std::vector<int> open_;   ///< by slot: pieces that are not done
     int64_t filled_ = 0, drained_ = 0;
-    int64_t nextBand_ = 0;
+    int64_t nextBand_ = 0; ///< the band and in it the piece to be taken next
     int nextPiece_ = 0;
 };
 

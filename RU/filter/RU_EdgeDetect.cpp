@@ -48,6 +48,51 @@ private:
     bool sobel_;
 };
 
+/// What one call computes with: the kernel, the conversion, three rows of input and one of output.
+template <class T, bool FullRange>
+class EdgePass
+{
+public:
+    EdgePass(const RU_EdgeDetect& edge, const TIL_TileList& out)
+        : kernel_(edge), rows_(out), width_(out.width()), height_(out.height()), stride_(width_ + 2),
+          scratch_(static_cast<size_t>(4 * stride_))
+    {
+    }
+
+    /// Computes a component; each input row is read once and handed up through the three. False when interrupted.
+    bool run(const T* source, T* target, int thread)
+    {
+        const Work* top = read(source, 0);
+        const Work* middle = read(source, 1);
+        for (int64_t y = 0; y < height_; ++y) {
+            if (RU_Algorithm::interruptCheck(thread))
+                return false;
+            const Work* bottom = read(source, y + 2);
+            T* codes = target + y * width_;
+            Work* values = rows_.target(codes, scratch_.data() + 3 * stride_);
+            kernel_(top, middle, bottom, values, width_);
+            rows_.write(values, codes, width_);
+            top = middle;
+            middle = bottom;
+        }
+        return true;
+    }
+
+private:
+    using Work = ru_Work<T>;
+
+    const Work* read(const T* source, int64_t y)
+    {
+        return rows_.read(source + y * stride_, scratch_.data() + y % 3 * stride_, stride_);
+    }
+
+    EdgeKernel<Work> kernel_;
+    ru_RowConverter<T, FullRange> rows_;
+    int64_t width_, height_; ///< of the output
+    int64_t stride_;         ///< of the input
+    std::vector<Work> scratch_;
+};
+
 } // namespace
 
 template <class T, bool FullRange>
@@ -61,55 +106,14 @@ public:
     {
         if (out->width() <= 0 || out->height() <= 0)
             return 1;
-        const EdgeKernel<Work> kernel(static_cast<const RU_EdgeDetect&>(*this->algorithm_));
-        const ru_RowConverter<T, FullRange> rows(*out);
-        Scratch scratch(out->width());
+        EdgePass<T, FullRange> pass(static_cast<const RU_EdgeDetect&>(*this->algorithm_), *out);
         for (int c = 0; c < 4; ++c) {
             T* target = ru_outputData<T>(*out, c);
             const T* source = static_cast<const T*>(in->getImageData(c));
-            if (target != nullptr && source != nullptr)
-                filterComponent(kernel, rows, scratch, target, source, out->height(), thread);
+            if (target != nullptr && source != nullptr && !pass.run(source, target, thread))
+                break;
         }
         return 1;
-    }
-
-private:
-    using Work = ru_Work<T>;
-
-    /// Three rows of input and one of output in the working type.
-    struct Scratch
-    {
-        explicit Scratch(int64_t columns)
-            : width(columns), stride(columns + 2), values(static_cast<size_t>(4 * stride))
-        {
-        }
-        Work* row(int64_t index) { return values.data() + index * stride; }
-
-        int64_t width;  ///< of the output
-        int64_t stride; ///< of the input
-        std::vector<Work> values;
-    };
-
-    /// Each input row is read once and handed up through the three.
-    static void filterComponent(const EdgeKernel<Work>& kernel, const ru_RowConverter<T, FullRange>& rows,
-                                Scratch& scratch, T* target, const T* source, int64_t height, int thread)
-    {
-        const auto read = [&](int64_t y) {
-            return rows.read(source + y * scratch.stride, scratch.row(y % 3), scratch.stride);
-        };
-        const Work* top = read(0);
-        const Work* middle = read(1);
-        for (int64_t y = 0; y < height; ++y) {
-            if (RU_Algorithm::interruptCheck(thread))
-                return;
-            const Work* bottom = read(y + 2);
-            T* codes = target + y * scratch.width;
-            Work* values = rows.target(codes, scratch.row(3));
-            kernel(top, middle, bottom, values, scratch.width);
-            rows.write(values, codes, scratch.width);
-            top = middle;
-            middle = bottom;
-        }
     }
 };
 
