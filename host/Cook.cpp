@@ -170,7 +170,7 @@ CookReport Job::run()
     Pipeline pipeline;
     pipeline.bands = tiling_.bands;
     pipeline.slots = static_cast<int>(slots_.size());
-    pipeline.threads = anyWork_ ? settings_.threads : 0;
+    pipeline.threads = anyWork_ ? settings_.threads : 1; // one to wave bands without work through
     pipeline.fill = [&](int64_t band, int slot) { return fill(band, slotAt(slot)); };
     pipeline.work = [&](int64_t band, int slot, int piece, int thread) {
         work(band, slotAt(slot), piece, thread);
