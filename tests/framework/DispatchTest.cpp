@@ -2,24 +2,21 @@
 #include <TIL/TIL_Region.h>
 #include <gtest/gtest.h>
 
-#include <array>
 #include <functional>
 #include <set>
 #include <tuple>
 #include <utility>
+#include <vector>
 
 namespace {
 
-enum class Family { generator, pixel, filter, binary };
-enum class Shape { tiles, region };
-using Factory = std::tuple<Family, int, bool>; // family, format code, full range
+using Factory = std::tuple<char, int, bool>; // family, format code, full range
 
 /// What the last operation was, and what it was called with.
 struct Call
 {
     Factory factory;
-    Shape shape = Shape::tiles;
-    std::array<const void*, 3> images{}; // output, inputs
+    std::vector<const void*> images; // output, inputs
     float time = 0.0f;
     int thread = 0;
     const void* context = nullptr;
@@ -30,176 +27,106 @@ struct Call
 
 Call last;
 int living = 0;
-std::function<void(int thread)> duringCall = [](int) {};
+std::function<void()> duringCall = [] {};
 
-struct Counted
+/// An operation of any family: it overrides what its base has.
+template <class Base, char Family, class T, bool F>
+struct Recording : Base
 {
-    Counted() { ++living; }
-    ~Counted() { --living; }
-};
+    explicit Recording(RU_Algorithm* algorithm) : Base(algorithm) { ++living; }
+    ~Recording() { --living; }
 
-template <class Base, Family family, class T, bool F>
-struct Recording : Base, Counted
-{
-    using Base::Base;
-    int record(Shape shape, std::array<const void*, 3> images, float time, int thread, void* context)
+    int generate(TIL_TileList* out, float time, int thread, void* context)
     {
-        last = {{family, PXL_FormatOf<T>::code, F}, shape, images, time, thread, context, this->algorithm_};
-        duringCall(thread);
+        return record({out}, time, thread, context);
+    }
+    int pixelAdjust(TIL_TileList* out, const TIL_TileList* in, float time, int thread, void* context)
+    {
+        return record({out, in}, time, thread, context);
+    }
+    int filter(TIL_Region* out, const TIL_Region* in, float time, int thread, void* context)
+    {
+        return record({out, in}, time, thread, context);
+    }
+    int filter(TIL_TileList* out, const TIL_Region* in, float time, int thread, void* context)
+    {
+        return record({out, in}, time, thread, context);
+    }
+    int binary(TIL_Region* out, const TIL_Region* a, const TIL_Region* b, float time, int thread,
+               void* context)
+    {
+        return record({out, a, b}, time, thread, context);
+    }
+    int binary(TIL_TileList* out, const TIL_Region* a, const TIL_Region* b, float time, int thread,
+               void* context)
+    {
+        return record({out, a, b}, time, thread, context);
+    }
+    int record(std::vector<const void*> images, float time, int thread, void* context)
+    {
+        last = {{Family, PXL_FormatOf<T>::code, F}, images, time, thread, context, this->algorithm_};
+        duringCall();
         return 17;
     }
 };
-
 template <class T, bool F>
-struct GeneratorOp : Recording<RU_GeneratorOp<T, F>, Family::generator, T, F>
-{
-    using GeneratorOp::Recording::Recording;
-    int generate(TIL_TileList* out, float time, int thread, void* context) override
-    {
-        return this->record(Shape::tiles, {out}, time, thread, context);
-    }
-};
-
+using GeneratorOp = Recording<RU_GeneratorOp<T, F>, 'g', T, F>;
 template <class T, bool F>
-struct PixelOp : Recording<RU_PixelOp<T, F>, Family::pixel, T, F>
-{
-    using PixelOp::Recording::Recording;
-    int pixelAdjust(TIL_TileList* out, const TIL_TileList* in, float time, int thread, void* context) override
-    {
-        return this->record(Shape::tiles, {out, in}, time, thread, context);
-    }
-};
-
+using PixelOp = Recording<RU_PixelOp<T, F>, 'p', T, F>;
 template <class T, bool F>
-struct FilterOp : Recording<RU_FilterOp<T, F>, Family::filter, T, F>
-{
-    using FilterOp::Recording::Recording;
-    int filter(TIL_Region* out, const TIL_Region* in, float time, int thread, void* context) override
-    {
-        return this->record(Shape::region, {out, in}, time, thread, context);
-    }
-    int filter(TIL_TileList* out, const TIL_Region* in, float time, int thread, void* context) override
-    {
-        return this->record(Shape::tiles, {out, in}, time, thread, context);
-    }
-};
-
+using FilterOp = Recording<RU_FilterOp<T, F>, 'f', T, F>;
 template <class T, bool F>
-struct BinaryOp : Recording<RU_BinaryOp<T, F>, Family::binary, T, F>
-{
-    using BinaryOp::Recording::Recording;
-    int binary(TIL_Region* out, const TIL_Region* in1, const TIL_Region* in2, float time, int thread,
-               void* context) override
-    {
-        return this->record(Shape::region, {out, in1, in2}, time, thread, context);
-    }
-    int binary(TIL_TileList* out, const TIL_Region* in1, const TIL_Region* in2, float time, int thread,
-               void* context) override
-    {
-        return this->record(Shape::tiles, {out, in1, in2}, time, thread, context);
-    }
-};
+using BinaryOp = Recording<RU_BinaryOp<T, F>, 'b', T, F>;
 
-/// Supports every family.
-class Recorder
-    : public RU_GeneratorFactories<
-          GeneratorOp, RU_PixelFactories<PixelOp, RU_FilterFactories<FilterOp, RU_BinaryFactories<BinaryOp>>>>
-{
-};
+using Recorder = RU_GeneratorFactories<
+    GeneratorOp, RU_PixelFactories<PixelOp, RU_FilterFactories<FilterOp, RU_BinaryFactories<BinaryOp>>>>;
 
-/// Refuses everything by null.
-class Refuser : public RU_Algorithm
+struct Refuser : RU_Algorithm
 {
-#define REFUSE(CODE, T, WHITE, NAME, FAMILY)                                                                 \
-    RU_##FAMILY##Op<T, true>* allocate##FAMILY(T) override                                                   \
-    {                                                                                                        \
-        return nullptr;                                                                                      \
-    }                                                                                                        \
-    RU_##FAMILY##Op<T, false>* allocate##FAMILY(T, int) override                                             \
-    {                                                                                                        \
-        return nullptr;                                                                                      \
-    }
-    PXL_FOR_EACH_FORMAT(REFUSE, Generator)
-    PXL_FOR_EACH_FORMAT(REFUSE, Pixel)
-    PXL_FOR_EACH_FORMAT(REFUSE, Filter)
-    PXL_FOR_EACH_FORMAT(REFUSE, Binary)
-#undef REFUSE
+    using RU_Algorithm::allocatePixel;
+    RU_PixelOp<unsigned char, true>* allocatePixel(unsigned char) override { return nullptr; }
 };
 
 /// The six entry points over one plane. Mode and plane of the inputs, and of the plane where the tile list
 /// has its own, are the opposite of the output's: only the output's count.
-class Entries
+struct Entries
 {
-public:
-    Entries(int format, bool points)
-    {
-        inPlane.blackWhitePoints = !points;
-        listPlane.formatCode = regionPlane.formatCode = static_cast<unsigned char>(format);
-        listPlane.blackWhitePoints = !points;
-        regionPlane.blackWhitePoints = points;
-        list = TIL_TileList(listPlane, 0, 0, 1, 1);
-        list.blackWhitePoints = points;
-        region.plane = &regionPlane;
-        in1.plane = in2.plane = &inPlane;
-        inList.plane = &inPlane;
-    }
-
     struct Entry
     {
-        Family family;
-        Shape shape;
-        std::array<const void*, 3> images;
+        char family;
+        std::vector<const void*> images;
         std::function<int(RU_Algorithm&, void* data, int thread)> run;
     };
 
-    std::vector<Entry> all()
+    Entries(int format, bool points)
     {
-        using A = RU_Algorithm;
-        return {{Family::generator,
-                 Shape::tiles,
-                 {&list},
-                 [&](A& a, void* d, int t) { return a.generate(&list, time, d, t, &context); }},
-                {Family::pixel,
-                 Shape::tiles,
-                 {&list, &inList},
-                 [&](A& a, void* d, int t) { return a.pixelAdjust(&list, &inList, time, d, t, &context); }},
-                {Family::filter,
-                 Shape::tiles,
-                 {&list, &in1},
-                 [&](A& a, void* d, int t) { return a.filter(&list, &in1, time, d, t, &context); }},
-                {Family::filter,
-                 Shape::region,
-                 {&region, &in1},
-                 [&](A& a, void* d, int t) { return a.filter(&region, &in1, time, d, t, &context); }},
-                {Family::binary,
-                 Shape::tiles,
-                 {&list, &in1, &in2},
-                 [&](A& a, void* d, int t) { return a.binary(&list, &in1, &in2, time, d, t, &context); }},
-                {Family::binary, Shape::region, {&region, &in1, &in2}, [&](A& a, void* d, int t) {
-                     return a.binary(&region, &in1, &in2, time, d, t, &context);
-                 }}};
+        listPlane.formatCode = regionPlane.formatCode = static_cast<unsigned char>(format);
+        listPlane.blackWhitePoints = inPlane.blackWhitePoints = !points;
+        list.blackWhitePoints = regionPlane.blackWhitePoints = points;
+        list.plane = &listPlane;
+        region.plane = &regionPlane;
+        inList.plane = in1.plane = in2.plane = &inPlane;
     }
 
     TIL_Plane listPlane, regionPlane, inPlane;
     TIL_TileList list, inList;
     TIL_Region region, in1, in2;
-    float time = 2.5f;
-    int context = 0;
-};
-
-bool stopOnThree(void* data, int thread)
-{
-    return *static_cast<bool*>(data) && thread == 3;
-}
-
-class Interrupt : public ::testing::Test
-{
-    void SetUp() override { RU_Algorithm::setInterruptCallback(stopOnThree); }
-    void TearDown() override
-    {
-        RU_Algorithm::setInterruptCallback(nullptr);
-        duringCall = [](int) {};
-    }
+    using A = RU_Algorithm;
+    const std::vector<Entry> all = {
+        {'g', {&list}, [&](A& a, void* d, int t) { return a.generate(&list, 2.5f, d, t, this); }},
+        {'p',
+         {&list, &inList},
+         [&](A& a, void* d, int t) { return a.pixelAdjust(&list, &inList, 2.5f, d, t, this); }},
+        {'f', {&list, &in1}, [&](A& a, void* d, int t) { return a.filter(&list, &in1, 2.5f, d, t, this); }},
+        {'f',
+         {&region, &in1},
+         [&](A& a, void* d, int t) { return a.filter(&region, &in1, 2.5f, d, t, this); }},
+        {'b',
+         {&list, &in1, &in2},
+         [&](A& a, void* d, int t) { return a.binary(&list, &in1, &in2, 2.5f, d, t, this); }},
+        {'b', {&region, &in1, &in2}, [&](A& a, void* d, int t) {
+             return a.binary(&region, &in1, &in2, 2.5f, d, t, this);
+         }}};
 };
 
 } // namespace
@@ -208,27 +135,16 @@ TEST(Dispatch, EveryFormatRangeAndEntryReachesItsOwnOperation)
 {
     Recorder recorder;
     std::set<Factory> reached;
-    int calls = 0;
-    for (int format = 0; format < 5; ++format) {
-        for (const bool points : {false, true}) {
-            Entries entries(format, points);
-            for (const auto& entry : entries.all()) {
+    for (int format = 0; format < 5; ++format)
+        for (const bool points : {false, true})
+            for (Entries entries(format, points); const auto& entry : entries.all) {
                 EXPECT_EQ(entry.run(recorder, nullptr, 5), 17);
-                const Call expected{{entry.family, format, !points},
-                                    entry.shape,
-                                    entry.images,
-                                    2.5f,
-                                    5,
-                                    &entries.context,
-                                    &recorder};
-                EXPECT_TRUE(last == expected) << "format " << format << ", entry " << calls % 6;
+                const Call expected{
+                    {entry.family, format, !points}, entry.images, 2.5f, 5, &entries, &recorder};
+                EXPECT_TRUE(last == expected) << "format " << format << ", family " << entry.family;
                 EXPECT_EQ(living, 0) << "the operation has to be deleted";
                 reached.insert(last.factory);
-                ++calls;
             }
-        }
-    }
-    EXPECT_EQ(calls, 60);
     EXPECT_EQ(reached.size(), 40u);
 }
 
@@ -238,71 +154,49 @@ TEST(Dispatch, DefaultsNullFactoriesAndUnknownFormatsDoNothing)
     Refuser refuser;
     Recorder recorder;
     EXPECT_EQ(base.initialize(1.0f), 1);
-    for (int format = 0; format < 5; ++format)
+    last = {};
+    for (const int format : {0, 1, 2, 3, 4, 5, 255})
         for (const bool points : {false, true})
-            for (Entries entries(format, points); const auto& entry : entries.all()) {
+            for (Entries entries(format, points); const auto& entry : entries.all) {
                 EXPECT_EQ(entry.run(base, nullptr, 0), 0);
                 EXPECT_EQ(entry.run(refuser, nullptr, 0), 0);
+                EXPECT_TRUE(format < 5 || entry.run(recorder, nullptr, 0) == 0);
             }
-    last = {};
-    for (const int format : {5, 7, 255})
-        for (Entries entries(format, false); const auto& entry : entries.all())
-            EXPECT_EQ(entry.run(recorder, nullptr, 0), 0);
     EXPECT_TRUE(last == Call{});
 }
 
-TEST_F(Interrupt, AnswersWhileACallWithATokenRunsOnTheThread)
-{
-    Recorder recorder;
-    for (bool stop : {false, true}) {
-        for (Entries entries(0, false); const auto& entry : entries.all()) {
-            int asked = 0;
-            duringCall = [&](int) {
-                EXPECT_EQ(RU_Algorithm::interruptCheck(3), stop);
-                EXPECT_FALSE(RU_Algorithm::interruptCheck(2));
-                EXPECT_FALSE(RU_Algorithm::interruptCheck(-1));
-                ++asked;
-            };
-            EXPECT_FALSE(RU_Algorithm::interruptCheck(3));
-            entry.run(recorder, &stop, 3);
-            EXPECT_FALSE(RU_Algorithm::interruptCheck(3)) << "cleared after the call";
-
-            duringCall = [&](int thread) { EXPECT_FALSE(RU_Algorithm::interruptCheck(thread)); };
-            entry.run(recorder, nullptr, 3);
-            entry.run(recorder, &stop, -1);
-            EXPECT_EQ(asked, 1);
-
-            Refuser refuser;
-            entry.run(refuser, &stop, 3);
-            EXPECT_FALSE(RU_Algorithm::interruptCheck(3));
-            RU_Algorithm::setInterruptCallback(nullptr);
-            entry.run(recorder, &stop, 3);
-            RU_Algorithm::setInterruptCallback(stopOnThree);
-        }
-    }
-}
-
 // Calls nested in a running one show whether they touch its entry of the table.
-TEST_F(Interrupt, CallsWithoutTokenOrWithUnknownFormatLeaveTheEntryAlone)
+TEST(Dispatch, InterruptIsAskedWhileACallWithATokenRunsOnTheThread)
 {
+    const auto stopOnThree = [](void* data, int thread) { return *static_cast<bool*>(data) && thread == 3; };
     Recorder recorder, nested;
-    bool stop = true, other = false;
-    int checks = 0;
-    bool outer = true;
-    duringCall = [&](int) {
-        if (!std::exchange(outer, false))
-            return;
-        for (Entries unknown(7, false); const auto& entry : unknown.all()) {
-            EXPECT_EQ(entry.run(nested, &other, 3), 0);
-            EXPECT_TRUE(RU_Algorithm::interruptCheck(3));
-        }
-        for (Entries known(0, false); const auto& entry : known.all()) {
-            EXPECT_EQ(entry.run(nested, nullptr, 3), 17);
-            EXPECT_TRUE(RU_Algorithm::interruptCheck(3));
-            ++checks;
-        }
+    bool stop = true, go = false;
+    int calls = 0;
+    const auto runWith = [&](const Entries::Entry& entry, void* data, int thread, bool answer) {
+        bool outer = true;
+        duringCall = [&, answer] {
+            if (!std::exchange(outer, false))
+                return;
+            for (Entries known(0, false), unknown(7, false); const size_t i : {0u, 1u, 2u, 3u, 4u, 5u}) {
+                EXPECT_EQ(known.all[i].run(nested, nullptr, 3), 17);
+                EXPECT_EQ(unknown.all[i].run(nested, &go, 3), 0);
+                EXPECT_EQ(RU_Algorithm::interruptCheck(3), answer);
+            }
+            EXPECT_FALSE(RU_Algorithm::interruptCheck(2) || RU_Algorithm::interruptCheck(-1));
+            ++calls;
+        };
+        entry.run(recorder, data, thread);
+        duringCall = [] {};
+        EXPECT_FALSE(RU_Algorithm::interruptCheck(3)) << "cleared after the call";
     };
-    Entries entries(1, true);
-    entries.all().front().run(recorder, &stop, 3);
-    EXPECT_EQ(checks, 6);
+    for (Entries entries(1, true); const auto& entry : entries.all) {
+        runWith(entry, &stop, 3, false);
+        RU_Algorithm::setInterruptCallback(stopOnThree);
+        runWith(entry, &stop, 3, true);
+        runWith(entry, &go, 3, false);
+        runWith(entry, nullptr, 3, false);
+        runWith(entry, &stop, -1, false);
+        RU_Algorithm::setInterruptCallback(nullptr);
+    }
+    EXPECT_EQ(calls, 30);
 }
