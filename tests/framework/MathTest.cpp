@@ -6,23 +6,15 @@ using namespace reference;
 
 namespace {
 
-/// Calls `use` on a stride through all floats; the stride is odd, so all exponents and many mantissas occur.
-template <class Use>
-void forSampledFloats(uint64_t stride, Use use)
-{
-    for (uint64_t i = 0; i < uint64_t(1) << 32; i += stride)
-        use(std::bit_cast<float>(static_cast<uint32_t>(i)));
-    for (const float v : specialFloats())
-        use(v);
-}
-
+/// On a stride through all floats; it is odd, so all exponents and many mantissas occur.
 template <class Function, class Exact>
-double worstError(uint64_t stride, Function function, Exact exact)
+double worstError(Function function, Exact exact)
 {
     double worst = 0.0;
-    forSampledFloats(stride, [&](float v) {
+    for (uint64_t i = 0; i < uint64_t(1) << 32; i += 509) {
+        const auto v = std::bit_cast<float>(static_cast<uint32_t>(i));
         worst = std::max(worst, ulpError(function(v), exact(static_cast<long double>(v))));
-    });
+    }
     return worst;
 }
 
@@ -30,15 +22,13 @@ double worstError(uint64_t stride, Function function, Exact exact)
 
 TEST(Math, LogIsWithinItsBound)
 {
-    EXPECT_LE(worstError(
-                  509, [](float v) { return ru_log(v); }, [](long double v) { return std::log(v); }),
+    EXPECT_LE(worstError([](float v) { return ru_log(v); }, [](long double v) { return std::log(v); }),
               0.501);
 }
 
 TEST(Math, ExpIsWithinItsBound)
 {
-    EXPECT_LE(worstError(
-                  509, [](float v) { return ru_exp(v); }, [](long double v) { return std::exp(v); }),
+    EXPECT_LE(worstError([](float v) { return ru_exp(v); }, [](long double v) { return std::exp(v); }),
               ru_mathUlp);
     // Where results are neither 0 nor infinite.
     double worst = 0.0;
@@ -85,15 +75,13 @@ TEST(Math, PowHasTheSpecialCasesOfC)
 
 TEST(Math, LogAndExpHaveTheSpecialCasesOfC)
 {
-    const float infinity = HUGE_VALF;
-    EXPECT_EQ(ru_log(0.0f), -infinity);
-    EXPECT_EQ(ru_log(-0.0f), -infinity);
-    EXPECT_TRUE(sameFloat(ru_log(1.0f), 0.0f));
-    EXPECT_EQ(ru_log(infinity), infinity);
-    EXPECT_TRUE(std::isnan(ru_log(-1e-45f)) && std::isnan(ru_log(-infinity)));
-    EXPECT_EQ(ru_exp(0.0f), 1.0f);
-    EXPECT_EQ(ru_exp(-0.0f), 1.0f);
-    EXPECT_EQ(ru_exp(infinity), infinity);
-    EXPECT_TRUE(sameFloat(ru_exp(-infinity), 0.0f));
-    EXPECT_TRUE(std::isnan(ru_log(std::nanf(""))) && std::isnan(ru_exp(std::nanf(""))));
+    int numbers = 0;
+    for (const float v : specialFloats()) {
+        const auto exact = static_cast<long double>(v);
+        EXPECT_LE(ulpError(ru_log(v), std::log(exact)), 0.501) << v;
+        EXPECT_LE(ulpError(ru_exp(v), std::exp(exact)), ru_mathUlp) << v;
+        ++numbers;
+    }
+    EXPECT_EQ(numbers, 46);
+    EXPECT_TRUE(std::isnan(ru_log(-1e-45f)));
 }

@@ -11,60 +11,25 @@ using namespace reference;
 
 namespace {
 
-double slackOf(double x, double y)
+/// Each entry against the exact result; halves that are no finite numbers give 0.
+template <class Tables>
+void expectTables(const Tables& tables, const KnownChain& chain, Format format, Range range, Range stored)
 {
-    return 1e-6 * (1.0 + std::abs(x) + std::abs(y));
-}
-
-template <class Table>
-void expectSharing(const Table& lut, bool dependent)
-{
-    const std::set<const void*> distinct(std::begin(lut.table), std::end(lut.table));
-    EXPECT_EQ(distinct.size(), dependent ? 4u : 1u);
-}
-
-void expectTable8(const ru_lut8& lut, const KnownChain& chain)
-{
-    expectSharing(lut, chain.dependent());
-    for (int c = 0; c < 4; ++c)
-        for (int i = 0; i < 256; ++i) {
-            const double exact = chain.component(i / 255.0, c);
-            ASSERT_TRUE(isStored(lut.table[c][i], exact, fullRange<uint8_t>, slackOf(1, exact)))
-                << c << ", " << i;
-        }
-}
-
-void expectTable16(const ru_lut16& lut, const KnownChain& chain, Range range)
-{
-    expectSharing(lut, chain.dependent());
-    const bool full = range.black == 0 && range.white == 65535;
-    // A full table that treats components differently ends at a code of its own.
-    const Range stored = full && chain.dependent() ? Range{0, 65355} : range;
-    for (int c = 0; c < 4; ++c)
-        for (int i = 0; i < 65536; ++i) {
-            const double x = valueOf(static_cast<uint16_t>(i), range);
-            const double result = chain.component(x, c);
-            const double exact = full ? std::clamp(result, 0.0, 1.0) : result;
-            ASSERT_TRUE(isStored(lut.table[c][i], exact, stored, slackOf(x, exact))) << c << ", " << i;
-        }
-}
-
-void expectTableOfHalves(const ru_lut16fp& lut, const KnownChain& chain)
-{
-    expectSharing(lut, chain.dependent());
+    const std::set<const void*> distinct(std::begin(tables.table), std::end(tables.table));
+    EXPECT_EQ(distinct.size(), chain.dependent() ? 4u : 1u);
+    const bool clamps = format.isInteger() && range.black == 0 && range.white == format.white();
     int zeroed = 0;
     for (int c = 0; c < 4; ++c)
-        for (int i = 0; i < 65536; ++i) {
-            const double x = halfValue(static_cast<uint16_t>(i));
-            if (!std::isfinite(x)) {
-                ASSERT_EQ(lut.table[c][i].bits(), 0) << i;
-                ++zeroed;
-                continue;
-            }
-            const double exact = chain.component(x, c);
-            ASSERT_TRUE(isStored(lut.table[c][i], exact, {}, slackOf(x, exact))) << c << ", " << i;
+        for (int i = 0; i < 1 << (8 * format.size()); ++i) {
+            const double x = format.isHalf() ? halfValue(static_cast<uint16_t>(i)) : format.valueOf(i, range);
+            const double result = chain.component(x, c);
+            const double exact = !std::isfinite(x) ? 0.0 : clamps ? std::clamp(result, 0.0, 1.0) : result;
+            const double slack = std::isfinite(x) ? 1e-6 * (1.0 + std::abs(x) + std::abs(exact)) : 0.0;
+            ASSERT_TRUE(format.holds(format.codeAt(tables.table[c], i), exact, stored, slack))
+                << c << ", " << i;
+            zeroed += std::isfinite(x) ? 0 : 1;
         }
-    EXPECT_EQ(zeroed, 4 * 2048);
+    EXPECT_EQ(zeroed, format.isHalf() ? 4 * 2048 : 0);
 }
 
 } // namespace
@@ -77,12 +42,15 @@ TEST(EngineTables, HoldTheResultOfEveryCode)
             continue;
         SCOPED_TRACE(chain.name);
         RU_PixelEngine engine(chain.chain->head());
-        for (const Range range : {Range{0, 255}, {10, 200}, {9, 9}, {200, 10}})
-            expectTable8(*engine.buildLUT8(range.black, range.white), chain); // the full range in any case
-        for (const Range range :
-             {Range{0, 65535}, {4096, 60160}, {4096, 65535}, {0, 1}, {777, 777}, {60000, 100}})
-            expectTable16(*engine.buildLUT16(range.black, range.white), chain, range);
-        expectTableOfHalves(*engine.buildLUT16FP(), chain);
+        constexpr Range full8{0, 255}, full16{0, 65535};
+        for (const Range range : {full8, {10, 200}, {9, 9}, {200, 10}}) // over the full range in any case
+            expectTables(*engine.buildLUT8(range.black, range.white), chain, {0, true}, full8, full8);
+        for (const Range range : {Range{4096, 60160}, {4096, 65535}, {0, 1}, {777, 777}, {60000, 100}})
+            expectTables(*engine.buildLUT16(range.black, range.white), chain, {1, false}, range, range);
+        // A full table that treats components differently ends at a code of its own.
+        expectTables(*engine.buildLUT16(0, 65535), chain, {1, true}, full16,
+                     {0, chain.dependent() ? 65355u : 65535u});
+        expectTables(*engine.buildLUT16FP(), chain, {4, true}, {}, {});
         ++tables;
     }
     EXPECT_EQ(tables, 3);
@@ -135,8 +103,8 @@ TEST(LookUpRows, EveryInstructionSetLooksUpEveryCodeAtEveryLength)
     Random random(5);
     std::vector<uint16_t> words(65537), codes(65536);
     std::vector<uint8_t> bytes(256);
-    std::generate(words.begin(), words.end(), [&] { return random.pixel<uint16_t>(); });
-    std::generate(bytes.begin(), bytes.end(), [&] { return random.pixel<uint8_t>(); });
+    std::generate(words.begin(), words.end(), [&] { return static_cast<uint16_t>(random.bits()); });
+    std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<uint8_t>(random.bits()); });
     for (size_t i = 0; i < codes.size(); ++i)
         codes[i] = static_cast<uint16_t>(i * 40503);
 

@@ -28,39 +28,25 @@ TEST(PixelFunction, ChainRunsInOrderInEveryForm)
     EXPECT_FALSE(chain->areAllComponentsNeeded() || chain->isComponentDependent());
 }
 
-TEST(PixelFunction, EnginesCanBeBuiltInEitherOrder)
+TEST(PixelFunction, EnginesCanBeBuiltInEitherOrderAndKeepToTheScope)
 {
     for (const bool pixelFirst : {false, true}) {
-        const Chain chain({new RU_AddFunc(1.0f), new Swap, new RU_MultFunc(2.0f)});
+        auto* const redOnly = new RU_AddFunc(1.0f);
+        const bool scope[] = {true, false, false, false};
+        redOnly->setScope(scope);
+        const Chain chain({redOnly, new Swap, new RU_MultFunc(2.0f)});
         pixelFirst ? chain->buildPixelEngine() : chain->buildVectorEngine();
         pixelFirst ? chain->buildVectorEngine() : chain->buildPixelEngine();
-        float values[] = {0.0f, 1.0f, 2.0f, 3.0f};
+        float values[] = {0.0f, 1.5f, 2.0f, 3.0f};
         float* components[] = {values, values + 1, values + 2, values + 3};
         chain->processValues(components);
-        EXPECT_EQ(std::vector(values, values + 4), (std::vector{4.0f, 2.0f, 6.0f, 8.0f}));
-        EXPECT_EQ(chain->processValue(1.0f, 0), 4.0f) << "without a scalar form, Swap passes values through";
-    }
-}
-
-TEST(PixelFunction, OnlyComponentsInScopeChange)
-{
-    auto* const redOnly = new RU_AddFunc(1.0f);
-    const bool scope[] = {true, false, false, false};
-    redOnly->setScope(scope);
-    const Chain chain({new RU_MultFunc(2.0f), redOnly});
-    chain->buildPixelEngine();
-    chain->buildVectorEngine();
-    float values[] = {1.0f, 1.0f, 1.0f, 1.0f};
-    float* components[] = {values, values + 1, values + 2, values + 3};
-    chain->processValues(components);
-    for (int c = 0; c < 4; ++c) {
-        const float expected = c == 0 ? 3.0f : 2.0f;
-        float row[] = {1.0f};
-        chain->processRow(row, 1, c);
-        EXPECT_EQ(values[c], expected);
-        EXPECT_EQ(row[0], expected);
-        EXPECT_EQ(chain->processValue(1.0f, c), expected);
-        EXPECT_EQ(redOnly->isScoped(c), c == 0);
+        EXPECT_EQ(std::vector(values, values + 4), (std::vector{3.0f, 2.0f, 4.0f, 6.0f}));
+        for (int c = 0; c < 4; ++c) { // without a scalar form, Swap passes values through
+            float row[] = {1.0f};
+            chain->processRow(row, 1, c);
+            EXPECT_EQ(row[0], c == 0 ? 4.0f : 2.0f);
+            EXPECT_EQ(chain->processValue(1.0f, c), row[0]);
+        }
     }
 }
 
@@ -90,23 +76,6 @@ TEST(PixelFunction, ScopeIsPartialUnlessAllFlagsAreEqual)
         EXPECT_EQ(function.isComponentDependent(), partial);
         EXPECT_TRUE(std::equal(scope, scope + 4, function.getScope()));
     }
-}
-
-TEST(PixelFunction, BaseDoesNothing)
-{
-    RU_PixelFunction base;
-    RU_PixelFunction head;
-    UT_String body("text");
-    base.declareShader(head, nullptr, 0, body);
-    EXPECT_TRUE(body.isEmpty());
-    base.buildPixelEngine();
-    base.buildVectorEngine();
-    float row[] = {3.0f, std::nanf("")};
-    float* components[] = {row, nullptr, nullptr, nullptr};
-    base.processRow(row, 2, 0);
-    base.processValues(components);
-    EXPECT_EQ(row[0], 3.0f);
-    EXPECT_EQ(base.processValue(4.0f, 3), 4.0f);
 }
 
 TEST(PixelFunction, LongChainsAreDeletedWithoutDeepRecursion)

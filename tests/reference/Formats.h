@@ -1,52 +1,20 @@
 #pragma once
 
-#include <PXL/PXL_Format.h>
 #include <SYS/SYS_Half.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <string>
-#include <type_traits>
+#include <vector>
 
 /// What formats mean, written from their definition in double, independently of the library.
 namespace reference {
 
-/// An element type with one of its two ranges: the parameter of typed tests.
-template <class T, bool FullRange>
-struct Variant
-{
-    using Type = T;
-    static constexpr bool full = FullRange;
-};
-
-template <class Ignored, class... V>
-struct VariantList
-{
-    using Types = ::testing::Types<V...>;
-    static constexpr size_t count = sizeof...(V);
-};
-
-#define BOTH_RANGES(CODE, T, WHITE, NAME) , Variant<T, true>, Variant<T, false>
-using EachVariant = VariantList<void PXL_FOR_EACH_FORMAT(BOTH_RANGES)>;
-#undef BOTH_RANGES
-static_assert(EachVariant::count == 10);
-using Variants = EachVariant::Types;
-
-struct VariantNames
-{
-    template <class V>
-    static std::string GetName(int)
-    {
-        static constexpr const char* names[] = {"uint8", "uint16", "uint32", "float32", "half"};
-        return std::string(names[PXL_FormatOf<typename V::Type>::code]) + (V::full ? "Full" : "Points");
-    }
-};
-
-template <class T>
-constexpr bool isInteger = std::is_integral_v<T>;
+using Bytes = std::vector<unsigned char>;
 
 /// Black and white points. The full range is the one from 0 to the code of white.
 struct Range
@@ -56,19 +24,6 @@ struct Range
 
     double span() const { return white - black; } // an unsigned difference
 };
-
-template <class T>
-constexpr Range fullRange{0, PXL_FormatOf<T>::white};
-
-template <class T>
-constexpr Range somePoints{PXL_FormatOf<T>::white / 16 + 1, PXL_FormatOf<T>::white / 13 * 12};
-
-template <class V>
-constexpr Range rangeOf = V::full ? fullRange<typename V::Type> : somePoints<typename V::Type>;
-
-/// The relative error of one operation in the type that pixels of T are computed in.
-template <class T>
-constexpr double roundOff = std::is_same_v<T, unsigned int> ? 0x1p-53 : 0x1p-24;
 
 inline double halfValue(uint16_t bits)
 {
@@ -89,10 +44,6 @@ inline double spacing(long double v, int digits, int lowest)
 inline double halfSpacing(double v)
 {
     return spacing(v, 11, -14);
-}
-inline double floatSpacing(long double v)
-{
-    return spacing(v, 24, -126);
 }
 
 inline double nearestHalf(double v)
@@ -115,58 +66,94 @@ inline double ulpError(float stored, long double exact)
     const long double meant = std::clamp(exact, -end, end);
     if (shown == 0 && std::signbit(stored) != std::signbit(exact))
         return HUGE_VAL;
-    const long double distance = std::abs(shown - meant);
-    return static_cast<double>(distance / floatSpacing(std::min(std::abs(meant), 0x1.fffffep127L)));
-}
-
-template <class T>
-double valueOf(T code, Range range)
-{
-    if constexpr (isInteger<T>)
-        return (static_cast<double>(code) - range.black) / (range.white == range.black ? 1.0 : range.span());
-    else if constexpr (std::is_same_v<T, fpreal16>)
-        return halfValue(code.bits());
-    else
-        return code;
-}
-
-/// Is `code` a right way to store `value`, when `value` may be off by `slack`?
-/// Integers must lie within half a code of the unrounded result, never farther.
-template <class T>
-::testing::AssertionResult isStored(T code, double value, Range range, double slack = 0.0)
-{
-    double shown = 0.0, meant = 0.0, allowed = 0.0;
-    if constexpr (isInteger<T>) {
-        const double unrounded = range.black + range.span() * value;
-        shown = static_cast<double>(code);
-        meant =
-            std::isnan(unrounded) ? 0.0 : std::clamp<double>(unrounded, 0.0, std::numeric_limits<T>::max());
-        const double size = std::abs(range.span() * value) + range.black + 1.0;
-        allowed = 0.5 + range.span() * slack + (std::isfinite(size) ? size * 4.0 * roundOff<T> : 0.0);
-    } else if constexpr (std::is_same_v<T, fpreal16>) {
-        const auto end = [&](double v) { // infinity stands for 2^16, where it begins, unless it is exact
-            return slack == 0.0 ? v : std::clamp(v, -0x1p16, 0x1p16);
-        };
-        shown = end(valueOf(code, range));
-        meant = slack == 0.0 ? nearestHalf(value) : end(value);
-        allowed = slack == 0.0 ? 0.0 : slack + halfSpacing(meant) / 2;
-    } else {
-        shown = code;
-        meant = value;
-        allowed = slack;
-    }
-    const bool same = shown == meant || (std::isnan(shown) && std::isnan(meant));
-    if (same || std::abs(shown - meant) <= allowed)
-        return ::testing::AssertionSuccess();
-    return ::testing::AssertionFailure()
-           << "stored " << shown << ", exact " << meant << " +- " << allowed << ", value " << value
-           << ", points " << range.black << " and " << range.white;
+    const long double unit = spacing(std::min(std::abs(meant), 0x1.fffffep127L), 24, -126);
+    return static_cast<double>(std::abs(shown - meant) / unit);
 }
 
 /// Equal bits, or both NaN.
 inline bool sameFloat(float a, float b)
 {
     return std::bit_cast<uint32_t>(a) == std::bit_cast<uint32_t>(b) || (std::isnan(a) && std::isnan(b));
+}
+
+/// A storage format with one of its two ranges. Pixels are bytes and a format, so that tests are compiled
+/// once.
+struct Format
+{
+    unsigned char code; ///< 8, 16, 32 bits, float, half
+    bool full;
+
+    bool isInteger() const { return code <= 2; }
+    bool isHalf() const { return code == 4; }
+    int size() const { return code == 0 ? 1 : code == 1 || code == 4 ? 2 : 4; }
+    unsigned int white() const { return isInteger() ? 0xFFFFFFFFu >> (32 - 8 * size()) : 1; }
+    Range range() const { return full ? Range{0, white()} : Range{white() / 16 + 1, white() / 13 * 12}; }
+    /// The relative error of one operation in the type that pixels are computed in.
+    double roundOff() const { return code == 2 ? 0x1p-53 : 0x1p-24; }
+
+    /// The code at an index, or the value where codes are values.
+    double codeAt(const void* data, int64_t index) const
+    {
+        uint32_t bits = 0;
+        std::memcpy(&bits, static_cast<const unsigned char*>(data) + index * size(),
+                    static_cast<size_t>(size()));
+        return isHalf()      ? halfValue(static_cast<uint16_t>(bits))
+               : isInteger() ? bits
+                             : static_cast<double>(std::bit_cast<float>(bits));
+    }
+    double valueOf(double stored, Range points) const
+    {
+        if (!isInteger())
+            return stored;
+        return (stored - points.black) / (points.white == points.black ? 1.0 : points.span());
+    }
+    /// Stores a code, or a value.
+    void put(void* data, int64_t index, double stored) const
+    {
+        const auto value = static_cast<float>(isInteger() ? 0.0 : stored);
+        const uint32_t bits = isInteger() ? static_cast<uint32_t>(stored)
+                              : isHalf()  ? SYShalfBits(value)
+                                          : std::bit_cast<uint32_t>(value);
+        std::memcpy(static_cast<unsigned char*>(data) + index * size(), &bits, static_cast<size_t>(size()));
+    }
+
+    /// Is `stored` a right way to store `value`, when `value` may be off by `slack`?
+    /// Integers must lie within half a code of the unrounded result, never farther.
+    ::testing::AssertionResult holds(double stored, double value, Range points, double slack = 0.0) const
+    {
+        double shown = stored, meant = value, allowed = slack;
+        if (isInteger()) {
+            const double unrounded = points.black + points.span() * value;
+            meant = std::isnan(unrounded) ? 0.0 : std::clamp<double>(unrounded, 0.0, white());
+            const double most = std::abs(points.span() * value) + points.black + 1.0;
+            allowed = 0.5 + points.span() * slack + (std::isfinite(most) ? most * 4.0 * roundOff() : 0.0);
+        } else if (isHalf() && slack == 0.0) {
+            meant = nearestHalf(value);
+        } else if (isHalf()) { // infinity stands for 2^16, where it begins
+            shown = std::clamp(stored, -0x1p16, 0x1p16);
+            meant = std::clamp(value, -0x1p16, 0x1p16);
+            allowed = slack + halfSpacing(meant) / 2;
+        }
+        if (shown == meant || (std::isnan(shown) && std::isnan(meant)) || std::abs(shown - meant) <= allowed)
+            return ::testing::AssertionSuccess();
+        return ::testing::AssertionFailure()
+               << "stored " << shown << ", exact " << meant << " +- " << allowed << ", value " << value
+               << ", points " << points.black << " and " << points.white;
+    }
+};
+
+inline std::vector<Format> formats()
+{
+    std::vector<Format> all;
+    for (unsigned char code = 0; code < 5; ++code)
+        all.insert(all.end(), {{code, true}, {code, false}});
+    return all;
+}
+
+inline std::string nameOf(const ::testing::TestParamInfo<Format>& info)
+{
+    static constexpr const char* names[] = {"uint8", "uint16", "uint32", "float32", "half"};
+    return std::string(names[info.param.code]) + (info.param.full ? "Full" : "Points");
 }
 
 } // namespace reference

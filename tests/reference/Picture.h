@@ -6,53 +6,66 @@
 #include <reference/Formats.h>
 #include <reference/Random.h>
 
-#include <cstring>
-#include <vector>
-
 namespace reference {
 
+/// A pixel: any code of an integer format, some value around [0, 1] otherwise.
+inline double randomCode(const Format& format, Random& random)
+{
+    return format.isInteger() ? static_cast<double>(random.bits() & format.white())
+                              : random.between(-1.0, 2.0);
+}
+
 /// A tile list with its plane and four tiles. A pattern behind each tile shows whether anybody wrote there.
-template <class V>
 class Picture
 {
 public:
-    using T = typename V::Type;
-
-    Picture(int width, int height, int x1 = 0, int y1 = 0)
-        : plane(PXL_FormatOf<T>::code, 4), list(ranged(plane), x1, y1, x1 + width - 1, y1 + height - 1)
+    Picture(Format of, int width, int height, int x1 = 0, int y1 = 0) : format(of), plane(of.code, 4)
     {
+        plane.blackWhitePoints = !of.full;
+        plane.blackPoint = of.range().black;
+        plane.whitePoint = of.range().white;
+        list = TIL_TileList(plane, x1, y1, x1 + width - 1, y1 + height - 1);
         for (int c = 0; c < 4; ++c) {
             tiles[c] = TIL_Tile(plane.formatCode, width, height);
             list.tiles[c] = &tiles[c];
-            std::fill_n(end(c), guardBytes, guard);
+            std::fill_n(data(c) + size(), guardBytes, guard);
         }
     }
     Picture(const Picture&) = delete;
     Picture& operator=(const Picture&) = delete;
 
-    T* data(int c)
+    unsigned char* data(int c)
     {
-        T* data = nullptr;
+        unsigned char* data = nullptr;
         tiles[c].getImageData(data);
         return data;
     }
-    T& at(int c, int x, int y) { return data(c)[static_cast<int64_t>(y) * list.width() + x]; }
-    std::vector<T> pixels(int c) { return {data(c), data(c) + list.itemCount}; }
+    Bytes bytes(int c) { return {data(c), data(c) + size()}; }
+    /// The bytes of some rows.
+    Bytes rows(int c, int from, int to)
+    {
+        const int stride = list.width() * format.size();
+        return {data(c) + from * stride, data(c) + to * stride};
+    }
+    /// A code, or a value.
+    double at(int c, int x, int y) { return format.codeAt(data(c), int64_t(y) * list.width() + x); }
 
     void randomize(Random& random)
     {
         for (int c = 0; c < 4; ++c)
-            std::generate_n(data(c), list.itemCount, [&] { return random.pixel<T>(); });
+            for (int i = 0; i < list.itemCount; ++i)
+                format.put(data(c), i, randomCode(format, random));
     }
 
     bool guardsIntact()
     {
         for (int c = 0; c < 4; ++c)
-            if (std::count(end(c), end(c) + guardBytes, guard) != guardBytes)
+            if (std::count(data(c) + size(), data(c) + size() + guardBytes, guard) != guardBytes)
                 return false;
         return true;
     }
 
+    Format format;
     TIL_Plane plane;
     TIL_TileList list;
     TIL_Tile tiles[4];
@@ -61,23 +74,8 @@ private:
     static constexpr unsigned char guard = 0xA5;
     static constexpr int guardBytes = 64; // the spare ones of TIL_Buffer
 
-    unsigned char* end(int c) { return reinterpret_cast<unsigned char*>(data(c) + list.itemCount); }
-
-    static TIL_Plane& ranged(TIL_Plane& plane)
-    {
-        plane.blackWhitePoints = !V::full;
-        plane.blackPoint = rangeOf<V>.black;
-        plane.whitePoint = rangeOf<V>.white;
-        return plane;
-    }
+    int64_t size() const { return int64_t(list.itemCount) * format.size(); }
 };
-
-/// Equal bytes.
-template <class T>
-bool sameBytes(const std::vector<T>& a, const std::vector<T>& b)
-{
-    return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(T)) == 0;
-}
 
 /// A host that says stop after a number of rows, while it lives.
 class StopAfter
@@ -89,8 +87,6 @@ public:
         RU_Algorithm::setInterruptCallback([](void*, int) { return rowsLeft-- <= 0; });
     }
     ~StopAfter() { RU_Algorithm::setInterruptCallback(nullptr); }
-    StopAfter(const StopAfter&) = delete;
-    StopAfter& operator=(const StopAfter&) = delete;
 
     /// Questions after the one that was answered with stop.
     static int furtherQuestions() { return -1 - rowsLeft; }
