@@ -1,5 +1,6 @@
 #include <host/Pipeline.h>
 
+#include <algorithm>
 #include <condition_variable>
 #include <exception>
 #include <mutex>
@@ -21,9 +22,11 @@ public:
     void all()
     {
         std::vector<std::jthread> threads;
-        threads.emplace_back([this] { guarded([this] { fillBands(); }); });
-        for (int t = 0; t < pipeline_.threads; ++t)
-            threads.emplace_back([this, t] { guarded([this, t] { workOnPieces(t); }); });
+        guarded([&] { // those that run already are to stop when another one cannot be started
+            threads.emplace_back([this] { guarded([this] { fillBands(); }); });
+            for (int t = 0; t < std::max(1, pipeline_.threads); ++t)
+                threads.emplace_back([this, t] { guarded([this, t] { workOnPieces(t); }); });
+        });
         guarded([this] { drainBands(); });
         threads.clear(); // joins
         if (failure_)

@@ -11,7 +11,7 @@ struct Pipeline
 {
     int64_t bands = 0;
     int slots = 3;
-    int threads = 1; ///< at least one, also for bands without work
+    int threads = 1; ///< one at the least, also for bands without work
 
     /// Gets a band ready, one after the other; the result is the number of pieces of work in it.
     std::function<int(int64_t band, int slot)> fill;
