@@ -21,11 +21,15 @@ void onSignal(int number)
 
 void catchSignals()
 {
-    struct sigaction action = {};
+    struct sigaction action = {}, old = {};
     action.sa_handler = onSignal;
-    action.sa_flags = static_cast<int>(SA_RESETHAND | SA_RESTART);
-    for (const int number : {SIGINT, SIGTERM, SIGHUP})
-        sigaction(number, &action, nullptr);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE}) {
+        const bool again = number == SIGPIPE; // comes with every line that nobody reads
+        action.sa_flags = static_cast<int>(again ? SA_RESTART : SA_RESETHAND | SA_RESTART);
+        sigaction(number, nullptr, &old);
+        if (old.sa_handler != SIG_IGN) // as nohup wants it
+            sigaction(number, &action, nullptr);
+    }
     std::signal(SIGXFSZ, SIG_IGN); // a file that may not grow is an error to report
 }
 
