@@ -10,6 +10,7 @@
 #include <cmath>
 #include <fstream>
 #include <iterator>
+#include <set>
 #include <sstream>
 
 namespace host {
@@ -19,11 +20,6 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr char letters[] = "rgba";
-
-[[noreturn]] void refuse(const std::string& text)
-{
-    throw Error(Error::Kind::Usage, text);
-}
 
 std::string lettersOf(const Components& components)
 {
@@ -98,13 +94,28 @@ std::string textOfJson(const Json& value)
         return numberText(value.get<float>());
     if (value.is_string())
         return value.get<std::string>();
-    if (!value.is_array())
+    if (!value.is_array() || value.size() < 3)
         return value.dump();
     std::string text;
     for (const Json& item : value)
         text.append(text.empty() ? "" : ":")
             .append(item.is_number() ? numberText(item.get<float>()) : item.dump());
     return text;
+}
+
+/// Refuses keys that an object has twice, of which the parser alone would keep one.
+Json parse(const std::string& text)
+{
+    std::vector<std::set<std::string>> keys; // of the objects around
+    return Json::parse(text, [&](int, Json::parse_event_t event, const Json& parsed) {
+        if (event == Json::parse_event_t::object_start)
+            keys.emplace_back();
+        else if (event == Json::parse_event_t::object_end)
+            keys.pop_back();
+        else if (event == Json::parse_event_t::key && !keys.back().insert(parsed.get<std::string>()).second)
+            refuse("'" + parsed.get<std::string>() + "' is given twice");
+        return true;
+    });
 }
 
 } // namespace
@@ -117,7 +128,10 @@ Components componentsOfLetters(const std::string& text)
         if (found == letters + 4)
             refuse("unknown component '" + std::string(1, letter) + "' in scope '" + text +
                    "'; the components are r, g, b and a");
-        components[static_cast<size_t>(found - letters)] = true;
+        bool& component = components[static_cast<size_t>(found - letters)];
+        if (component)
+            refuse("component '" + std::string(1, letter) + "' is twice in scope '" + text + "'");
+        component = true;
     }
     if (text.empty())
         refuse("a scope is empty; write r, g, b, a or several of them, as in @rgb");
@@ -158,7 +172,13 @@ public:
         set(index, text);
     }
 
-    void scope(const std::string& text) { step_.scope = componentsOfLetters(text); }
+    void scope(const std::string& text)
+    {
+        if (scoped_)
+            refuse(name() + ": '@" + text + "' is one scope too many; write one such as @rgb");
+        step_.scope = componentsOfLetters(text);
+        scoped_ = true;
+    }
 
     Step finish()
     {
@@ -236,6 +256,7 @@ private:
 
     Step step_;
     std::vector<bool> given_;
+    bool scoped_ = false;
 };
 
 Chain Chain::fromText(const std::string& text)
@@ -270,7 +291,7 @@ Chain Chain::fromText(const std::string& text)
 Chain Chain::fromJson(const std::string& json, const std::string& source)
 {
     try {
-        const Json root = Json::parse(json);
+        const Json root = parse(json);
         const Json& list = root.is_object() && root.contains("chain") ? root["chain"] : root;
         if (!list.is_array())
             refuse("expected a list of functions, or an object with one under \"chain\"");
@@ -297,10 +318,15 @@ Chain Chain::fromJson(const std::string& json, const std::string& source)
 
 Chain Chain::fromJsonFile(const std::string& path)
 {
-    std::ifstream file(path);
-    const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    if (!file.is_open() || file.bad())
+    std::string text;
+    try {
+        std::ifstream file;
+        file.exceptions(std::ios::failbit | std::ios::badbit);
+        file.open(path);
+        text.assign(std::istreambuf_iterator<char>(file), {});
+    } catch (const std::ios::failure&) { // a directory too
         refuse("cannot read the chain file '" + path + "'");
+    }
     return fromJson(text, path);
 }
 

@@ -26,11 +26,6 @@ double secondsSince(Clock::time_point start)
     return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-[[noreturn]] void refuse(const std::string& text)
-{
-    throw Error(Error::Kind::Usage, text);
-}
-
 /// For each plane of an image, whether to work on it.
 std::vector<bool> choosePlanes(const Image& image, const std::vector<std::string>& wanted)
 {
@@ -82,6 +77,13 @@ void checkPoints(const Plane& plane, const std::string& path, const CookSettings
     if (black >= white)
         refuse("black point " + std::to_string(black) + " is not below the white point " +
                std::to_string(white));
+}
+
+/// The library's tables for 8-bit codes span the full range on purpose.
+bool ignoresPoints(const Plane& plane, const Operation& operation, const CookSettings& settings)
+{
+    return (settings.black || settings.white) && plane.format == PXL_FORMAT_uint8 && !operation.isCopy() &&
+           !operation.isFilter() && !operation.readsAllComponents;
 }
 
 /// One run of cook().
@@ -148,15 +150,20 @@ Job::Job(const std::string& input, const std::string& output, const Operation& o
         if (chosen[p]) {
             checkPoints(plane, image.path, settings);
             report_.planes.push_back(plane.name);
+            if (ignoresPoints(plane, operation, settings))
+                report_.notes.push_back("'" + image.path + "': plane " + plane.name +
+                                        " is uint8 and graded over the full range, whatever the points are");
         }
         planes_.emplace_back(image, output_, p, works ? &operation : nullptr, settings);
-        anyWork_ = anyWork_ || works;
+        anyWork_ = anyWork_ || planes_.back().writes();
         converts = converts || plane.format != output_.planes[p].format;
     }
+    if (!anyWork_ && !operation.isCopy())
+        refuse("'" + input + "': the scope names no component of " + joined(report_.planes));
     inPlace_ = !converts && !operation.isFilter();
     anyWork_ = anyWork_ || !inPlace_;
     writer_ = std::make_unique<Writer>(output, output_);
-    report_.notes = writer_->notes();
+    report_.notes.insert(report_.notes.end(), writer_->notes().begin(), writer_->notes().end());
     report_.output = output_;
     report_.output.path = output;
 }
@@ -258,9 +265,17 @@ CookReport cook(const std::string& input, const std::string& output, const Opera
     const std::lock_guard lock(oneAtATime);
     checkSettings(input, output, settings);
     const Clock::time_point start = Clock::now();
-    CookReport report = Job(input, output, operation, settings).run();
-    report.seconds = secondsSince(start);
-    return report;
+    try {
+        CookReport report = Job(input, output, operation, settings).run();
+        report.seconds = secondsSince(start);
+        return report;
+    } catch (const Error&) {
+        throw;
+    } catch (const std::bad_alloc&) {
+        throw Error(Error::Kind::Read, "'" + input + "': there is not enough memory");
+    } catch (const std::exception& error) {
+        throw Error(Error::Kind::Read, "'" + input + "': " + firstLine(error.what()));
+    }
 }
 
 } // namespace host

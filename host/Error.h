@@ -11,8 +11,10 @@ class Error : public std::runtime_error
 public:
     enum class Kind {
         Usage,    ///< asked for something that does not exist or makes no sense
+        NoInput,  ///< there is no such input file
         Read,     ///< an input file cannot be read
         Write,    ///< an output file cannot be written
+        Output,   ///< nor can any other file of its format and directory
         Cancelled ///< told to stop
     };
 
@@ -23,5 +25,10 @@ public:
 private:
     Kind kind_;
 };
+
+[[noreturn]] inline void refuse(const std::string& text)
+{
+    throw Error(Error::Kind::Usage, text);
+}
 
 } // namespace host

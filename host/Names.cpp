@@ -52,4 +52,9 @@ std::string joined(const std::vector<std::string>& names)
     return text;
 }
 
+std::string firstLine(const std::string& text)
+{
+    return text.substr(0, text.find('\n'));
+}
+
 } // namespace host

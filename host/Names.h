@@ -11,4 +11,7 @@ std::string suggestion(const std::string& name, const std::vector<std::string>& 
 /// "a, b, c"
 std::string joined(const std::vector<std::string>& names);
 
+/// Error texts of other libraries go on with details.
+std::string firstLine(const std::string& text);
+
 } // namespace host

@@ -1,7 +1,11 @@
 #include <host/Operation.h>
 
+#include <host/Error.h>
+
 #include <RU/filter/RU_EdgeDetect.h>
 #include <RU/pixelfunc/RU_PixelEngine.h>
+
+#include <cmath>
 
 namespace host {
 
@@ -20,6 +24,8 @@ Operation Operation::grade(const Chain& chain)
 
 Operation Operation::edge(const EdgeSettings& settings, const Components& components)
 {
+    if (!std::isfinite(settings.gain) || !std::isfinite(settings.corner))
+        refuse("edge: gain and corner are finite numbers");
     auto edge = std::make_unique<RU_EdgeDetect>();
     edge->sobelWeights = settings.prewitt ? 0 : 1;
     edge->edgeGain = settings.gain;

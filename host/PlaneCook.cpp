@@ -3,6 +3,7 @@
 #include <host/Format.h>
 
 #include <cstring>
+#include <new>
 
 namespace host {
 
@@ -84,7 +85,8 @@ void PlaneCook::adjust(const Band& in, Band& out, const Window& rect, Workspace&
         }
     }
     load(in, rect, workFormat_, loaded, workspace.scratch(side_));
-    operation_->algorithm->pixelAdjust(&outTiles, &inTiles, 0.0f, stop, thread, nullptr);
+    if (operation_->algorithm->pixelAdjust(&outTiles, &inTiles, 0.0f, stop, thread, nullptr) == 0)
+        throw std::bad_alloc();
     store(workFormat_, stored, out, rect, workspace.scratch(side_));
 }
 
@@ -107,7 +109,8 @@ void PlaneCook::filter(const Band& in, Band& out, const Window& rect, Workspace&
         stored[c] = data;
     }
     load(in, around, workFormat_, loaded, workspace.scratch(side_));
-    operation_->algorithm->filter(&outTiles, &region, 0.0f, stop, thread, nullptr);
+    if (operation_->algorithm->filter(&outTiles, &region, 0.0f, stop, thread, nullptr) == 0)
+        throw std::bad_alloc();
     store(workFormat_, stored, out, rect, workspace.scratch(side_));
 }
 

@@ -42,6 +42,9 @@ public:
     void run(const Band& in, Band& out, const Window& rect, Workspace& workspace, void* stop,
              int thread) const;
 
+    /// True when the operation writes any component of the plane.
+    bool writes() const { return written_ != Components{}; }
+
     /// False when input and output may share a band and there is nothing to do.
     bool isNeeded(bool inPlace) const { return operation_ != nullptr || !inPlace; }
 

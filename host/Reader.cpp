@@ -3,6 +3,7 @@
 #include <host/Error.h>
 #include <host/Format.h>
 #include <host/Header.h>
+#include <host/Names.h>
 
 #include <algorithm>
 #include <cstring>
@@ -60,7 +61,7 @@ Reader::Reader(const std::string& path) : file_(std::make_unique<File>())
 {
     std::error_code ignored;
     if (!std::filesystem::exists(path, ignored))
-        throw Error(Error::Kind::Usage, "no such file: '" + path + "'");
+        throw Error(Error::Kind::NoInput, "no such file: '" + path + "'");
     image_.path = path;
     if (std::filesystem::is_directory(path, ignored))
         fail("it is a directory");
@@ -136,7 +137,7 @@ void Reader::fail(const std::string& reason) const
 {
     const bool known = !reason.empty();
     throw Error(Error::Kind::Read,
-                "cannot read '" + image_.path + "': " + (known ? reason : "the file is damaged"));
+                "cannot read '" + image_.path + "': " + (known ? firstLine(reason) : "the file is damaged"));
 }
 
 } // namespace host

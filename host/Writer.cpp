@@ -1,8 +1,8 @@
 #include <host/Writer.h>
 
-#include <host/Error.h>
 #include <host/Format.h>
 #include <host/Header.h>
+#include <host/Names.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -135,16 +135,18 @@ std::string lostValues(const Image& image, const OIIO::ImageOutput& output, cons
     return {};
 }
 
-/// Makes an empty file of a new name beside `target`, with its extension; empty when that is not possible.
+/// Makes an empty file of a new name beside `target`, with its extension and, when it exists, its permissions;
+/// empty when that is not possible.
 std::string makeTemporary(const fs::path& target)
 {
     std::random_device random;
     for (int tries = 0; tries < 100; ++tries) {
         std::string path = (target.parent_path() / ".").string();
-        path.append(target.stem().string()).append(".").append(std::to_string(random()));
-        path.append(target.extension().string());
+        path.append(std::to_string(random())).append(target.extension().string());
         const int file = ::open(path.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0666);
         if (file >= 0) {
+            if (struct stat old = {}; ::stat(target.c_str(), &old) == 0)
+                ::fchmod(file, old.st_mode & 0777);
             ::close(file);
             return path;
         }
@@ -163,17 +165,20 @@ Writer::Writer(const std::string& path, const Image& image)
     const fs::path directory = fs::path(target_).parent_path();
     if (fs::exists(target_, ignored) && !fs::is_regular_file(target_, ignored))
         fail("it is no ordinary file");
+    if (fs::exists(target_, ignored) && ::access(target_.c_str(), W_OK) != 0)
+        fail(std::strerror(errno));
     if (!fs::is_directory(directory, ignored))
-        fail("there is no directory '" + directory.string() + "'");
+        fail("there is no directory '" + directory.string() + "'", Error::Kind::Output);
     file_->output = OIIO::ImageOutput::create(target_);
     if (file_->output == nullptr) {
         OIIO::geterror();
         fail("no image format is known by the extension '" + fs::path(path_).extension().string() +
-             "'; .exr, .tif and .png are");
+                 "'; .exr, .tif and .png are",
+             Error::Kind::Output);
     }
     temporary_ = makeTemporary(target_);
     if (temporary_.empty())
-        fail(std::strerror(errno));
+        fail(std::strerror(errno), Error::Kind::Output);
     try {
         tryOnePixel(image);
         open(image);
@@ -204,7 +209,8 @@ void Writer::open(const Image& image)
     const OIIO::ImageSpec spec = outputSpec(image, file_->output->format_name());
     if (!spec.channelformats.empty() && !file_->output->supports("channelformats"))
         fail(std::string(file_->output->format_name()) +
-             " stores all channels in one format and these differ; choose one with --depth");
+                 " stores all channels in one format and these differ; choose one with --depth",
+             Error::Kind::Output);
     if (!file_->output->open(temporary_, spec))
         fail(file_->output->geterror());
     top_ = image.data.y;
@@ -224,7 +230,7 @@ void Writer::tryOnePixel(const Image& image)
     if (!file_->output->close())
         fail(file_->output->geterror());
     if (const std::string loss = lostValues(image, *file_->output, stored); !loss.empty())
-        fail(loss);
+        fail(loss, Error::Kind::Output);
 }
 
 /// Notes what of the image beside its values gets lost.
@@ -262,10 +268,10 @@ void Writer::commit()
     file_->output.reset();
 }
 
-void Writer::fail(const std::string& reason) const
+void Writer::fail(const std::string& reason, Error::Kind kind) const
 {
-    throw Error(Error::Kind::Write,
-                "cannot write '" + path_ + "': " + (reason.empty() ? "unknown reason" : reason));
+    throw Error(kind,
+                "cannot write '" + path_ + "': " + (reason.empty() ? "unknown reason" : firstLine(reason)));
 }
 
 } // namespace host

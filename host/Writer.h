@@ -1,5 +1,6 @@
 #pragma once
 
+#include <host/Error.h>
 #include <host/Image.h>
 
 #include <memory>
@@ -38,7 +39,7 @@ private:
     void abandon();
     void tryOnePixel(const Image& image);
     void noteLosses(const Image& image);
-    [[noreturn]] void fail(const std::string& reason) const;
+    [[noreturn]] void fail(const std::string& reason, Error::Kind kind = Error::Kind::Write) const;
 
     struct File;
     std::unique_ptr<File> file_;

@@ -93,6 +93,8 @@ TEST(Chain, ErrorsNameTheSlipAndTheNearestName)
         {"limit 0 1 yes", "expected on or off"},
         {"abs @rgz", "unknown component 'z'"},
         {"abs @", "a scope is empty"},
+        {"abs @gg", "twice in scope"},
+        {"abs @r @b", "one scope too many"},
         {"abs,", "missing beside a comma"},
     };
     for (const auto& [text, expected] : texts)
@@ -105,6 +107,8 @@ TEST(Chain, ErrorsNameTheSlipAndTheNearestName)
         {"[3]", "instead of 3"},
         {R"([{"function": "add"}])", "'add' is missing"},
         {R"([{"function": "add", "add": {"r": 1}}])", "no value"},
+        {R"([{"function": "add", "add": [2]}])", "no value"},
+        {R"([{"function": "add", "add": 1, "add": 2}])", "'add' is given twice"},
         {R"([{"function": "add", "ad": 1}])", "did you mean 'add'?"},
     };
     for (const auto& [json, expected] : jsons) {

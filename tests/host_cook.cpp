@@ -213,6 +213,7 @@ TEST(Cook, OtherPlanesAreCopiedAlsoInMixedFiles)
     EXPECT_EQ(report.channels[0].differing, 0);
     EXPECT_GT(report.channels[4].differing, 2900);
 
+    EXPECT_THROW(grade(dir.file("in.exr"), dir.file("out.exr"), "negate @a", settings), host::Error);
     settings.planes = {"dept"};
     EXPECT_THROW(grade(dir.file("in.exr"), dir.file("out.exr"), "negate", settings), host::Error);
 }

@@ -87,7 +87,7 @@ TEST(Files, WhatCannotBeReadIsSaid)
 {
     const TempDirectory dir;
     std::string text;
-    EXPECT_EQ(kindOf(dir.file("none.exr"), dir.file("out.exr")), Kind::Usage);
+    EXPECT_EQ(kindOf(dir.file("none.exr"), dir.file("out.exr")), Kind::NoInput);
     EXPECT_EQ(kindOf(dir.file("."), dir.file("out.exr")), Kind::Read);
     std::ofstream(dir.file("text.exr")) << "no image";
     EXPECT_EQ(kindOf(dir.file("text.exr"), dir.file("out.exr")), Kind::Read);
@@ -124,23 +124,28 @@ TEST(Files, WhatCannotBeWrittenIsSaidAndLeavesNothing)
     std::filesystem::create_directory(dir.file("directory.exr"));
     std::filesystem::create_symlink(dir.file("in.exr"), dir.file("link.exr"));
     std::string text;
-    EXPECT_EQ(kindOf(dir.file("in.exr"), dir.file("out.png"), &text), Kind::Write);
+    EXPECT_EQ(kindOf(dir.file("in.exr"), dir.file("out.png"), &text), Kind::Output);
     EXPECT_NE(text.find("png cannot hold half values"), std::string::npos) << text;
-    for (const char* name : {"out.jpg", "out.tif", "out.none", "out", "no/such/out.exr", "directory.exr"})
-        EXPECT_EQ(kindOf(dir.file("in.exr"), dir.file(name)), Kind::Write) << name;
-    EXPECT_EQ(kindOf(dir.file("in.exr"), "/dev/null"), Kind::Write);
+    for (const char* name : {"out.jpg", "out.tif", "out.none", "out", "no/such/out.exr"})
+        EXPECT_EQ(kindOf(dir.file("in.exr"), dir.file(name)), Kind::Output) << name;
+    for (const std::string& name : {dir.file("directory.exr"), std::string("/dev/null")})
+        EXPECT_EQ(kindOf(dir.file("in.exr"), name), Kind::Write) << name;
     EXPECT_EQ(kindOf(dir.file("in.exr"), dir.file("in.exr")), Kind::Usage);
     EXPECT_EQ(kindOf(dir.file("in.exr"), dir.file("link.exr")), Kind::Usage);
     EXPECT_EQ(dir.names(), (std::vector<std::string>{"directory.exr", "in.exr", "link.exr"}));
 }
 
-TEST(Files, ALinkStaysALinkToTheNewFile)
+TEST(Files, AReplacedFileKeepsItsPermissionsAndTheLinkToIt)
 {
     const TempDirectory dir;
     TestImage(OIIO::ImageSpec(20, 20, 4, OIIO::TypeDesc::HALF)).write(dir.file("in.exr"));
     std::filesystem::create_directory(dir.file("store"));
     std::filesystem::create_symlink(dir.file("store/real.exr"), dir.file("link.exr"));
     copy(dir.file("in.exr"), dir.file("link.exr"));
+    constexpr auto ownersOnly = std::filesystem::perms::owner_read | std::filesystem::perms::owner_write;
+    std::filesystem::permissions(dir.file("store/real.exr"), ownersOnly);
+    copy(dir.file("in.exr"), dir.file("link.exr"));
+    EXPECT_EQ(std::filesystem::status(dir.file("store/real.exr")).permissions(), ownersOnly);
     EXPECT_TRUE(std::filesystem::is_symlink(dir.file("link.exr")));
     EXPECT_TRUE(host::diff(dir.file("in.exr"), dir.file("store/real.exr")).same());
 }
