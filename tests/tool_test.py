@@ -51,18 +51,22 @@ class ToolTest(unittest.TestCase):
             ([*grade, "abs", "--threads=9"], "1 to 8"),
             ([*grade, "abs", "--tile=0"], "1 to 4096"),
             ([*grade, "abs", "--depth", "unit8"], "did you mean 'uint8'?"),
-            ([*grade, "abs", "--planes", "colour"], "did you mean 'color'?"),
+            ([*grade, "abs", "--planes", "color,colour"], "no plane 'colour'"),
+            ([*grade, "abs", "--depth", ""], "unknown depth ''"),
             ([*grade, "abs", "--progress", "jsn"], "did you mean 'json'?"),
             ([*grade, "abs", "--black", "3"], "integer formats"),
             ([*grade, "abs", "--white", "-3"], "--white"),
             ([*grade, "abs", "--frames", "1-3"], "no place for the frame number"),
             ([*grade, "abs", "--chain", "look.json"], "a chain in the arguments already"),
             ([*grade, "--chain", "look.json"], "'look.json'"),
+            ([*grade, "--chain", "."], "cannot read the chain file '.'"),
             ([*grade, "abs", "more"], "one argument too many"),
             (["grade", "in.exr", "-o", "in.exr", "abs"], "the output is the input"),
             (["grade", "none.exr", "-o", "out.exr", "abs"], "no such file: 'none.exr'"),
             (["edge", "in.exr", "-o", "out.exr", "--scope", "rx"], "unknown component 'x'"),
+            (["edge", "in.exr", "-o", "out.exr", "--gain", "nan"], "finite"),
             (["plate", "-o", "out.exr", "--size", "20"], "1920x1080"),
+            (["plate", "-o", "out.exr", "--threads", "x"], "'x' is no whole number from 1 to 8"),
             (["info", "none.exr"], "no such file"),
         ]:
             error = self.run_tool(*arguments, code=2).stderr
@@ -86,6 +90,8 @@ class ToolTest(unittest.TestCase):
         limited = f"ulimit -f 16; exec '{KREILUGE}' grade in.exr -o out.exr abs"
         result = subprocess.run(["bash", "-c", limited], cwd=self.path, capture_output=True, text=True)
         self.assertEqual(result.returncode, 4, result.stderr)
+        with open("/dev/full", "w") as full:
+            self.assertEqual(subprocess.run([KREILUGE, "functions"], stdout=full, stderr=full).returncode, 4)
         self.assertEqual(self.names(), ["in.exr"])
 
     def test_every_depth_grades_and_copies(self):
@@ -115,6 +121,9 @@ class ToolTest(unittest.TestCase):
         self.assertIn("in.0003.exr", result.stderr)
         self.assertIn("1 of 4 frames failed", result.stderr)
         self.assertEqual([name for name in self.names() if name.startswith("out")], ["out.001.exr", "out.002.exr", "out.004.exr"])
+        for arguments, code in [(["####.exr", "-o", "out.#.exr"], 2), (["in.####.exr", "-o", "no/out.#.exr"], 4), (["in.####.exr", "-o", "out.#.exr", "--white", "9"], 2)]:
+            result = self.run_tool("grade", *arguments, "--frames", "1,2", "abs", code=code)
+            self.assertEqual(result.stderr.count("kreiluge:"), 3 if arguments[0] == "####.exr" else 1, result.stderr)
         (self.path / "look.json").write_text('[{"function": "add", "add": 0.1}]')
         self.run_tool("grade", "in.####.exr", "-o", "json.##.exr", "--chain", "look.json", "--frames", "1-4x3")
         self.run_tool("diff", "out.004.exr", "json.04.exr")
@@ -137,14 +146,25 @@ class ToolTest(unittest.TestCase):
 
     def test_a_signal_stops_a_job_and_leaves_nothing(self):
         self.run_tool("plate", "-o", "in.exr", "--size", "3000x3000")
-        for number, code in [(signal.SIGINT, 130), (signal.SIGTERM, 143)]:
-            process = subprocess.Popen([KREILUGE, "edge", "in.exr", "-o", "out.exr"], cwd=self.path, stderr=subprocess.PIPE)
+        edge = [KREILUGE, "edge", "in.exr", "-o", "out.exr"]
+        for number, code in [(signal.SIGINT, 130), (signal.SIGTERM, 143), (signal.SIGQUIT, 131)]:
+            process = subprocess.Popen(edge, cwd=self.path, stderr=subprocess.PIPE)
             while len(self.names()) == 1 and process.poll() is None:
                 time.sleep(0.005)
             process.send_signal(number)
             process.communicate(timeout=60)
             self.assertEqual(process.returncode, code)
             self.assertEqual(self.names(), ["in.exr"])
+        process = subprocess.Popen([*edge, "--progress", "json"], cwd=self.path, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        process.stdout.close()
+        self.assertEqual(process.wait(timeout=60), 141)
+        self.assertEqual(self.names(), ["in.exr"])
+        nohup = ["bash", "-c", "trap '' HUP; exec \"$@\"", "nohup", *edge]
+        process = subprocess.Popen(nohup, cwd=self.path)
+        while len(self.names()) == 1 and process.poll() is None:
+            time.sleep(0.005)
+        process.send_signal(signal.SIGHUP)
+        self.assertEqual(process.wait(timeout=60), 0)
 
     def test_memory_does_not_grow_with_the_height(self):
         used = []

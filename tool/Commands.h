@@ -15,6 +15,11 @@ enum ExitCode {
     exitCannotWrite = 4
 };
 
+/// The whole number that the text of an option is; throws a usage error for anything else.
+unsigned int readWhole(const std::string& option, const std::string& text, unsigned int least,
+                       unsigned int most);
+int readThreads(const std::string& text);
+
 // Each adds a subcommand to the application. Its callback sets `exitCode`, or throws host::Error.
 void addGrade(CLI::App& app, int& exitCode);
 void addEdge(CLI::App& app, int& exitCode);

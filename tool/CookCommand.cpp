@@ -12,7 +12,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include <charconv>
 #include <cstdio>
 #include <memory>
 #include <optional>
@@ -28,20 +27,17 @@ using host::Error;
 struct CookOptions
 {
     std::string input, output;
-    std::string frames;
-    std::string depth;
-    std::string black, white;
+    std::optional<std::string> frames, depth, black, white;
     std::string progress = "auto";
     std::vector<std::string> planes;
-    int threads = host::defaultThreads();
-    int tile = 200;
+    std::string threads = std::to_string(host::defaultThreads());
+    std::string tile = "200";
     bool stats = false;
 };
 
 struct GradeOptions : CookOptions
 {
-    std::optional<std::string> chain;
-    std::string chainFile;
+    std::optional<std::string> chain, chainFile;
 };
 
 struct EdgeOptions : CookOptions
@@ -60,7 +56,7 @@ void addCommon(CLI::App& command, CookOptions& o)
         .add_option("--planes", o.planes,
                     "planes to work on, or all; the others are copied (default: those with colour)")
         ->delimiter(',')
-        ->expected(1);
+        ->allow_extra_args(false);
     command.add_option("--depth", o.depth,
                        "store the output as uint8, uint16, uint32, half or float (default: as the input)");
     command.add_option("--black", o.black, "integer code of 0.0 (default: 0)");
@@ -71,26 +67,18 @@ void addCommon(CLI::App& command, CookOptions& o)
     command.add_flag("--stats", o.stats, "tell where the time went");
 }
 
-unsigned int readCode(const std::string& option, const std::string& text)
-{
-    unsigned int code = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), code);
-    if (error != std::errc() || end != text.data() + text.size())
-        throw Error(Error::Kind::Usage, option + ": '" + text + "' is no whole number from 0 to 4294967295");
-    return code;
-}
-
 host::CookSettings settingsOf(const CookOptions& o)
 {
     host::CookSettings settings;
-    settings.threads = o.threads;
-    settings.tile = o.tile;
-    if (!o.depth.empty())
-        settings.depth = host::formatOfName(o.depth);
-    if (!o.black.empty())
-        settings.black = readCode("--black", o.black);
-    if (!o.white.empty())
-        settings.white = readCode("--white", o.white);
+    settings.threads = readThreads(o.threads);
+    settings.tile = static_cast<int>(readWhole("--tile", o.tile, 1, 4096));
+    if (o.depth)
+        settings.depth = host::formatOfName(*o.depth);
+    constexpr unsigned int lastCode = 0xFFFFFFFFu;
+    if (o.black)
+        settings.black = readWhole("--black", *o.black, 0, lastCode);
+    if (o.white)
+        settings.white = readWhole("--white", *o.white, 0, lastCode);
     settings.planes = o.planes;
     settings.cancel = &cancelSwitch();
     return settings;
@@ -103,14 +91,13 @@ struct Task
 
 std::vector<Task> tasksOf(const CookOptions& o)
 {
-    if (o.frames.empty())
+    if (!o.frames)
         return {{o.input, o.output}};
-    const std::vector<int64_t> frames = host::parseFrames(o.frames);
+    const std::vector<int64_t> frames = host::parseFrames(*o.frames);
     for (const std::string& path : {o.input, o.output})
         if (frames.size() > 1 && !host::hasFramePlace(path))
-            throw Error(Error::Kind::Usage,
-                        "--frames: '" + path +
-                            "' has no place for the frame number; write #### or %04d there");
+            host::refuse("--frames: '" + path +
+                         "' has no place for the frame number; write #### or %04d there");
     std::vector<Task> tasks;
     const auto pathOf = [](const std::string& path, int64_t frame) {
         return host::hasFramePlace(path) ? host::framePath(path, frame) : path;
@@ -158,6 +145,13 @@ void tellDone(const host::CookReport& report, const CookOptions& o, Progress& pr
     std::fflush(stdout);
 }
 
+/// True when the other frames of a sequence would fail alike.
+bool endsSequence(const Error& error)
+{
+    using Kind = Error::Kind;
+    return error.kind() == Kind::Usage || error.kind() == Kind::Output || error.kind() == Kind::Cancelled;
+}
+
 /// Runs an operation over all frames. One that fails does not keep the others from being done.
 int cookAll(const CookOptions& o, const host::Operation& operation)
 {
@@ -165,35 +159,36 @@ int cookAll(const CookOptions& o, const host::Operation& operation)
     const std::vector<Task> tasks = tasksOf(o);
     Progress progress(o.progress);
     host::setFileThreads(settings.threads);
-    size_t failed = 0;
+    size_t failed = 0, missing = 0;
     for (size_t i = 0; i < tasks.size(); ++i) {
         try {
             settings.progress = progress.begin(tasks[i].output, i, tasks.size());
             tellDone(host::cook(tasks[i].input, tasks[i].output, operation, settings), o, progress);
         } catch (const Error& error) {
             progress.clear();
-            if (tasks.size() == 1 || error.kind() == Error::Kind::Cancelled)
+            if (tasks.size() == 1 || endsSequence(error))
                 throw;
             std::fprintf(stderr, "kreiluge: %s\n", error.what());
             ++failed;
+            missing += error.kind() == Error::Kind::NoInput;
         }
     }
     if (failed > 0)
         std::fprintf(stderr, "kreiluge: %zu of %zu frames failed\n", failed, tasks.size());
+    if (missing == tasks.size())
+        return exitUsage;
     return failed > 0 ? exitSomeFailed : exitDone;
 }
 
 host::Chain chainOf(const GradeOptions& o)
 {
-    if (o.chain && !o.chainFile.empty())
-        throw Error(Error::Kind::Usage,
-                    "--chain: there is a chain in the arguments already, '" + *o.chain + "'");
+    if (o.chain && o.chainFile)
+        host::refuse("--chain: there is a chain in the arguments already, '" + *o.chain + "'");
     if (o.chain)
         return host::Chain::fromText(*o.chain);
-    if (o.chainFile.empty())
-        throw Error(Error::Kind::Usage,
-                    "no chain; write one such as \"gamma 2.2, add 0.1\", or name a file with --chain");
-    return host::Chain::fromJsonFile(o.chainFile);
+    if (!o.chainFile)
+        host::refuse("no chain; write one such as \"gamma 2.2, add 0.1\", or name a file with --chain");
+    return host::Chain::fromJsonFile(*o.chainFile);
 }
 
 } // namespace

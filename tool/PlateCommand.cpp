@@ -8,6 +8,7 @@
 
 #include <cstdio>
 #include <memory>
+#include <optional>
 
 namespace tool {
 
@@ -17,10 +18,10 @@ struct PlateOptions
 {
     std::string output;
     std::string size = "1920x1080";
-    std::string depth;
+    std::optional<std::string> depth;
     std::string progress = "auto";
     bool alpha = false;
-    int threads = host::defaultThreads();
+    std::string threads = std::to_string(host::defaultThreads());
 };
 
 void draw(const PlateOptions& o)
@@ -29,18 +30,14 @@ void draw(const PlateOptions& o)
     int end = 0;
     if (std::sscanf(o.size.c_str(), "%9dx%9d%n", &settings.width, &settings.height, &end) != 2 ||
         static_cast<size_t>(end) != o.size.size())
-        throw host::Error(host::Error::Kind::Usage,
-                          "--size: '" + o.size + "' is no size; expected something like 1920x1080");
-    if (o.threads < 1 || o.threads > host::maxThreads)
-        throw host::Error(host::Error::Kind::Usage,
-                          "--threads: " + std::to_string(o.threads) + " is not from 1 to 8");
-    settings.format = o.depth.empty() ? host::usualFormat(o.output) : host::formatOfName(o.depth);
+        host::refuse("--size: '" + o.size + "' is no size; expected something like 1920x1080");
+    settings.format = o.depth ? host::formatOfName(*o.depth) : host::usualFormat(o.output);
     settings.alpha = o.alpha;
-    settings.threads = o.threads;
+    settings.threads = readThreads(o.threads);
     settings.cancel = &cancelSwitch();
     Progress progress(o.progress);
     settings.progress = progress.begin(o.output, 0, 1);
-    host::setFileThreads(o.threads);
+    host::setFileThreads(settings.threads);
     host::drawPlate(o.output, settings);
 }
 

@@ -17,6 +17,7 @@ int exitCodeOf(const host::Error& error)
     case host::Error::Kind::Read:
         return tool::exitCannotRead;
     case host::Error::Kind::Write:
+    case host::Error::Kind::Output:
         return tool::exitCannotWrite;
     case host::Error::Kind::Cancelled:
         return 128 + tool::caughtSignal();
@@ -73,7 +74,7 @@ int run(int argc, char** argv)
     app.require_subcommand(0, 1);
     app.footer("Exit codes: 0 done; 1 some frames failed, or diff found a difference; 2 bad arguments or no "
                "such input;\n"
-               "3 cannot read; 4 cannot write; 130, 143 stopped by a signal.\n"
+               "3 cannot read; 4 cannot write; 129 and above stopped by a signal.\n"
                "`kreiluge COMMAND --help` tells more of a command.");
     int exitCode = tool::exitDone;
     tool::addGrade(app, exitCode);
@@ -99,11 +100,8 @@ int run(int argc, char** argv)
     }
 }
 
-} // namespace
-
-int main(int argc, char** argv)
+int runGuarded(int argc, char** argv)
 {
-    tool::catchSignals();
     try {
         return run(argc, argv);
     } catch (const host::Error& error) {
@@ -113,4 +111,18 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "kreiluge: %s\n", error.what());
         return tool::exitCannotRead;
     }
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    tool::catchSignals();
+    const int exitCode = runGuarded(argc, argv);
+    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0)
+        return exitCode;
+    if (tool::caughtSignal() != 0) // nobody reads any more
+        return 128 + tool::caughtSignal();
+    std::fprintf(stderr, "kreiluge: cannot write to standard output\n");
+    return tool::exitCannotWrite;
 }
