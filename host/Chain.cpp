@@ -164,7 +164,7 @@ public:
             std::vector<std::string> known;
             for (const Argument& candidate : arguments())
                 known.push_back(candidate.name);
-            refuse(name() + ": unknown argument '" + argument + "'" + suggestion(argument, known));
+            refuseName(name() + ": unknown argument", argument, known);
         }
         const auto index = static_cast<size_t>(found - arguments().data());
         if (given_[index])

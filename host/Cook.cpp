@@ -38,7 +38,7 @@ std::vector<bool> choosePlanes(const Image& image, const std::vector<std::string
     const std::vector<std::string> names = image.planeNames();
     for (const std::string& name : wanted)
         if (!all && std::find(names.begin(), names.end(), name) == names.end())
-            refuse("'" + image.path + "' has no plane '" + name + "'" + suggestion(name, names));
+            refuseName("'" + image.path + "' has no plane", name, names);
     if (std::find(chosen.begin(), chosen.end(), true) == chosen.end())
         refuse("'" + image.path +
                "' has no plane with colour; choose from its planes with --planes: " + joined(names));
@@ -86,6 +86,11 @@ bool ignoresPoints(const Plane& plane, const Operation& operation, const CookSet
            !operation.isFilter() && !operation.readsAllComponents;
 }
 
+bool isTurned(const CancelSwitch* cancel)
+{
+    return cancel != nullptr && cancel->load(std::memory_order_relaxed);
+}
+
 /// One run of cook().
 class Job
 {
@@ -101,17 +106,9 @@ private:
         Band in, out;
     };
 
-    static bool interrupted(void* data, int) { return static_cast<Job*>(data)->stopped(); }
+    static bool interrupted(void* data, int) { return isTurned(static_cast<Job*>(data)->settings_.cancel); }
 
-    bool stopped() const
-    {
-        return settings_.cancel != nullptr && settings_.cancel->load(std::memory_order_relaxed);
-    }
-    void checkStopped() const
-    {
-        if (stopped())
-            throw Error(Error::Kind::Cancelled, "stopped");
-    }
+    void checkStopped() const { host::checkStopped(settings_.cancel); }
 
     int fill(int64_t band, Slot& slot);
     void work(int64_t band, Slot& slot, int piece, int thread);
@@ -240,18 +237,19 @@ void Job::drain(int64_t band, Slot& slot)
 {
     const Clock::time_point start = Clock::now();
     const int end = tiling_.bandEnd(band);
-    for (int y = tiling_.bandBegin(band); y < end;) {
-        checkStopped();
-        const int next = std::min(end, writer_->callEnd(y));
-        writer_->write(y, next, outputOf(slot).row(y));
-        y = next;
-    }
+    writer_->write(outputOf(slot), tiling_.bandBegin(band), end, [this] { checkStopped(); });
     report_.writeSeconds += secondsSince(start);
     if (settings_.progress)
         settings_.progress(end - output_.data.y, output_.data.height);
 }
 
 } // namespace
+
+void checkStopped(const CancelSwitch* cancel)
+{
+    if (isTurned(cancel))
+        throw Error(Error::Kind::Cancelled, "stopped");
+}
 
 int defaultThreads()
 {

@@ -19,6 +19,9 @@ int defaultThreads();
 /// A switch that another thread, or a signal handler, turns to stop a job.
 using CancelSwitch = std::atomic<bool>;
 
+/// Throws when a switch is turned; none never is.
+void checkStopped(const CancelSwitch* cancel);
+
 struct CookSettings
 {
     int threads = defaultThreads();

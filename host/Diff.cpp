@@ -110,8 +110,7 @@ DiffReport diff(const std::string& pathA, const std::string& pathB, const Cancel
     const int end = a.data.y + a.data.height;
     Band rowsA, rowsB;
     for (int y = a.data.y; y < end;) {
-        if (cancel != nullptr && *cancel)
-            throw Error(Error::Kind::Cancelled, "stopped");
+        checkStopped(cancel);
         const int next = std::min({readerA.callEnd(y), readerB.callEnd(y), end});
         rowsA.reset(a, y, next);
         rowsB.reset(b, y, next);

@@ -1,6 +1,5 @@
 #include <host/Format.h>
 
-#include <host/Error.h>
 #include <host/Names.h>
 
 #include <algorithm>
@@ -58,7 +57,7 @@ unsigned char formatOfName(const std::string& name)
             return entry.format;
         known.emplace_back(entry.name);
     }
-    throw Error(Error::Kind::Usage, "unknown depth '" + name + "'" + suggestion(name, known));
+    refuseName("unknown depth", name, known);
 }
 
 unsigned char widerFormat(unsigned char a, unsigned char b)

@@ -13,8 +13,8 @@ constexpr int64_t maxFrames = 1000000;
 
 [[noreturn]] void refuse(const std::string& text, const std::string& reason)
 {
-    throw Error(Error::Kind::Usage, "frames '" + text + "': " + reason +
-                                        "; expected something like 1001-1100, 1001-1100x2 or 1,5,9");
+    host::refuse("frames '" + text + "': " + reason +
+                 "; expected something like 1001-1100, 1001-1100x2 or 1,5,9");
 }
 
 /// The place for the number in a path, and its width; the last one where there are several.

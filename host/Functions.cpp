@@ -1,6 +1,5 @@
 #include <host/Functions.h>
 
-#include <host/Error.h>
 #include <host/Names.h>
 
 #include <RU/pixelfunc/RU_AbsFunc.h>
@@ -215,7 +214,7 @@ const Function& functionOfName(const std::string& name)
             return function;
         known.push_back(function.name);
     }
-    throw Error(Error::Kind::Usage, "unknown function '" + name + "'" + suggestion(name, known));
+    refuseName("unknown function", name, known);
 }
 
 std::string Function::usage() const

@@ -121,13 +121,13 @@ std::string describe(const Window& window)
            std::to_string(window.x) + "," + std::to_string(window.y);
 }
 
-std::string Plane::channelNames(const std::vector<Channel>& channels) const
+std::vector<std::string> Plane::channelNames(const std::vector<Channel>& channels) const
 {
-    std::string text;
+    std::vector<std::string> names;
     for (const int index : channel)
         if (index >= 0)
-            text += (text.empty() ? "" : " ") + channels[static_cast<size_t>(index)].name;
-    return text;
+            names.push_back(channels[static_cast<size_t>(index)].name);
+    return names;
 }
 
 std::vector<Plane> groupChannels(const std::vector<Channel>& channels)

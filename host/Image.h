@@ -39,7 +39,7 @@ struct Plane
     bool colour = false;                        ///< has red, green, blue or luminance
     std::array<int, 4> channel{-1, -1, -1, -1}; ///< per component its channel, -1 where the plane lacks it
 
-    std::string channelNames(const std::vector<Channel>& channels) const;
+    std::vector<std::string> channelNames(const std::vector<Channel>& channels) const;
 };
 
 /// What is known of an image beside its pixels.

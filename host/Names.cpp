@@ -1,5 +1,7 @@
 #include <host/Names.h>
 
+#include <host/Error.h>
+
 #include <algorithm>
 #include <cctype>
 #include <numeric>
@@ -44,11 +46,16 @@ std::string suggestion(const std::string& name, const std::vector<std::string>& 
     return known.empty() ? "" : "; known: " + joined(known);
 }
 
-std::string joined(const std::vector<std::string>& names)
+void refuseName(const std::string& what, const std::string& name, const std::vector<std::string>& known)
+{
+    refuse(what + " '" + name + "'" + suggestion(name, known));
+}
+
+std::string joined(const std::vector<std::string>& names, const char* separator)
 {
     std::string text;
     for (const std::string& name : names)
-        text += (text.empty() ? "" : ", ") + name;
+        text += (text.empty() ? "" : separator) + name;
     return text;
 }
 

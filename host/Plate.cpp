@@ -59,18 +59,14 @@ void drawPlate(const std::string& path, const PlateSettings& settings)
 {
     constexpr int64_t mostPixels = int64_t{1} << 32;
     if (settings.width < 16 || settings.height < 16 || settings.width * int64_t{settings.height} > mostPixels)
-        throw Error(Error::Kind::Usage, "size " + std::to_string(settings.width) + "x" +
-                                            std::to_string(settings.height) +
-                                            " is not from 16x16 to 4 gigapixels");
+        refuse("size " + std::to_string(settings.width) + "x" + std::to_string(settings.height) +
+               " is not from 16x16 to 4 gigapixels");
     const Image image = plateImage(settings);
     const PlatePicture picture(settings.width, settings.height);
     const Tiling tiling(image.data, image.rowBytes(), 16);
     Writer writer(path, image);
     Band bands[3];
-    const auto checkStopped = [&] {
-        if (settings.cancel != nullptr && *settings.cancel)
-            throw Error(Error::Kind::Cancelled, "stopped");
-    };
+    const auto checkStopped = [&] { host::checkStopped(settings.cancel); };
 
     Pipeline pipeline;
     pipeline.bands = tiling.bands;
@@ -85,15 +81,9 @@ void drawPlate(const std::string& path, const PlateSettings& settings)
         drawRow(picture, settings, y, bands[slot].row(y));
     };
     pipeline.drain = [&](int64_t, int slot) {
-        const Band& band = bands[slot];
-        for (int y = band.yBegin(); y < band.yEnd();) {
-            checkStopped();
-            const int next = std::min(band.yEnd(), writer.callEnd(y));
-            writer.write(y, next, band.row(y));
-            y = next;
-        }
+        writer.write(bands[slot], bands[slot].yBegin(), bands[slot].yEnd(), checkStopped);
         if (settings.progress)
-            settings.progress(band.yEnd(), settings.height);
+            settings.progress(bands[slot].yEnd(), settings.height);
     };
     pipeline.run();
     checkStopped();

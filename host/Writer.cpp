@@ -248,15 +248,15 @@ void Writer::noteLosses(const Image& image)
         notes_.push_back("'" + path_ + "': " + format + " keeps an approximation of the pixels only");
 }
 
-void Writer::write(int yBegin, int yEnd, const void* pixels)
+void Writer::write(const Band& band, int yBegin, int yEnd, const std::function<void()>& checkStopped)
 {
-    if (!file_->output->write_scanlines(yBegin, yEnd, 0, OIIO::TypeUnknown, pixels))
-        fail(file_->output->geterror());
-}
-
-int Writer::callEnd(int y) const
-{
-    return y + rowsPerCall_ - (y - top_) % rowsPerCall_;
+    for (int y = yBegin; y < yEnd;) {
+        checkStopped();
+        const int next = std::min(yEnd, y + rowsPerCall_ - (y - top_) % rowsPerCall_);
+        if (!file_->output->write_scanlines(y, next, 0, OIIO::TypeUnknown, band.row(y)))
+            fail(file_->output->geterror());
+        y = next;
+    }
 }
 
 void Writer::commit()

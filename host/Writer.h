@@ -1,8 +1,10 @@
 #pragma once
 
+#include <host/Bands.h>
 #include <host/Error.h>
 #include <host/Image.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -21,12 +23,9 @@ public:
     Writer(const Writer&) = delete;
     Writer& operator=(const Writer&) = delete;
 
-    /// Rows `yBegin` up to but not including `yEnd`, the next ones, as interleaved pixels.
-    void write(int yBegin, int yEnd, const void* pixels);
-
-    /// Up to where to write in one call from row `y` on: whole blocks of the file, but little enough to stop
-    /// soon.
-    int callEnd(int y) const;
+    /// Rows `yBegin` up to but not including `yEnd` of a band, the next ones, in whole blocks of the file but
+    /// little at a time: `checkStopped` is called before each and may throw.
+    void write(const Band& band, int yBegin, int yEnd, const std::function<void()>& checkStopped);
 
     /// Ends the file and gives it its name.
     void commit();

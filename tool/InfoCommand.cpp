@@ -1,6 +1,7 @@
 #include "Commands.h"
 
 #include <host/Format.h>
+#include <host/Names.h>
 #include <host/Reader.h>
 
 #include <nlohmann/json.hpp>
@@ -25,22 +26,13 @@ Json windowJson(const host::Window& window)
     return {{"x", window.x}, {"y", window.y}, {"width", window.width}, {"height", window.height}};
 }
 
-std::vector<std::string> componentsOf(const host::Plane& plane, const host::Image& image)
-{
-    std::vector<std::string> names;
-    for (const int channel : plane.channel)
-        if (channel >= 0)
-            names.push_back(image.channels[static_cast<size_t>(channel)].name);
-    return names;
-}
-
 void printJson(const host::Image& image)
 {
     Json planes = Json::array();
     for (const host::Plane& plane : image.planes)
         planes.push_back({{"name", plane.name},
                           {"format", host::formatName(plane.format)},
-                          {"channels", componentsOf(plane, image)}});
+                          {"channels", plane.channelNames(image.channels)}});
     Json metadata = Json::object();
     for (const auto& [name, value] : host::metadata(image))
         metadata[name] = value;
@@ -65,7 +57,8 @@ void printText(const host::Image& image)
         width = std::max(width, plane.name.size());
     for (const host::Plane& plane : image.planes)
         std::printf("    %-*s  %-6s  %s\n", static_cast<int>(width), plane.name.c_str(),
-                    host::formatName(plane.format), plane.channelNames(image.channels).c_str());
+                    host::formatName(plane.format),
+                    host::joined(plane.channelNames(image.channels), " ").c_str());
     const auto rows = host::metadata(image);
     if (!rows.empty())
         std::printf("  metadata\n");

@@ -1,6 +1,5 @@
 #include "Progress.h"
 
-#include <host/Error.h>
 #include <host/Names.h>
 
 #include <nlohmann/json.hpp>
@@ -17,9 +16,7 @@ Progress::Progress(const std::string& mode)
     else if (mode == "json")
         mode_ = Mode::Json;
     else if (mode != "none" && mode != "auto")
-        throw host::Error(host::Error::Kind::Usage,
-                          "--progress: unknown mode '" + mode + "'" +
-                              host::suggestion(mode, {"auto", "none", "bar", "json"}));
+        host::refuseName("--progress: unknown mode", mode, {"auto", "none", "bar", "json"});
 }
 
 Progress::~Progress()
