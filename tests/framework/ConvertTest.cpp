@@ -17,7 +17,7 @@ std::vector<T> allCodes()
     };
     for (uint64_t bits = 0; bits < count; bits += sizeof(T) <= 2 ? 1 : 65521)
         append(bits);
-    for (const uint64_t end : {0, 1, 2, 0x7FFFFFFE, 0x7FFFFFFF}) {
+    for (const uint64_t end : {0u, 1u, 2u, 0x7FFFFFFEu, 0x7FFFFFFFu}) {
         append(end);
         append(~end);
     }
