@@ -9,8 +9,6 @@
 
 namespace {
 
-using tool::ExitCode;
-
 int exitCodeOf(const host::Error& error)
 {
     switch (error.kind()) {
