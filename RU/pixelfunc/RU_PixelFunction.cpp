@@ -67,6 +67,11 @@ RU_RowForm RU_PixelFunction::getRowFunction() const
     return defaultRowFunction;
 }
 
+RU_VectorRowForm RU_PixelFunction::getVectorRowFunction() const
+{
+    return getVectorFunction() == defaultVectorFunction ? defaultVectorRowFunction : pixelByPixel;
+}
+
 void RU_PixelFunction::rememberScalarFunction() const
 {
     // Written once: threads that evaluate one engine may read it while another is built.
@@ -126,6 +131,7 @@ void RU_PixelFunction::buildVectorEngine()
         return;
     for (RU_PixelFunction* f = this; f != nullptr; f = f->next_) {
         vectorEngine_.append(f->getVectorFunction());
+        vectorRowEngine_.append(f->getVectorRowFunction());
         if (engineFunctions_.entries() < vectorEngine_.entries())
             engineFunctions_.append(f);
     }
@@ -158,6 +164,14 @@ void RU_PixelFunction::processValues(float** components) const
     }
 }
 
+void RU_PixelFunction::processRows(float* const* rows, int64_t count) const
+{
+    for (int64_t i = 0; i < vectorRowEngine_.entries(); ++i) {
+        RU_PixelFunction* function = engineFunctions_(i);
+        vectorRowEngine_(i)(function, rows, count, function->scope_);
+    }
+}
+
 float RU_PixelFunction::defaultPixelFunction(RU_PixelFunction*, float value, int)
 {
     return value;
@@ -176,6 +190,27 @@ void RU_PixelFunction::defaultRowFunction(RU_PixelFunction* function, float* val
 {
     for (int64_t i = 0; i < count; ++i)
         values[i] = function->scalarFunction_(function, values[i], component);
+}
+
+void RU_PixelFunction::defaultVectorRowFunction(RU_PixelFunction* function, float* const* rows, int64_t count,
+                                                const bool* scope)
+{
+    const RU_RowForm form = function->getRowFunction();
+    for (int c = 0; c < 4; ++c)
+        if (rows[c] != nullptr && scope[c])
+            form(function, rows[c], count, c);
+}
+
+void RU_PixelFunction::pixelByPixel(RU_PixelFunction* function, float* const* rows, int64_t count,
+                                    const bool* scope)
+{
+    const RU_VectorForm form = function->getVectorFunction();
+    for (int64_t i = 0; i < count; ++i) {
+        float* pixel[4];
+        for (int c = 0; c < 4; ++c)
+            pixel[c] = rows[c] != nullptr ? rows[c] + i : nullptr;
+        form(function, pixel, scope);
+    }
 }
 
 void RU_PixelFunction::declareShader(RU_PixelFunction& head, RE_OGLComputeGPU* gpu, int index,

@@ -19,12 +19,15 @@ using RU_ScalarForm = float (*)(RU_PixelFunction* function, float value, int com
 using RU_VectorForm = void (*)(RU_PixelFunction* function, float** components, const bool* scope);
 /// `count` values of one component, changed in place: the scalar form on each, bit for bit.
 using RU_RowForm = void (*)(RU_PixelFunction* function, float* values, int64_t count, int component);
+/// `count` pixels, changed in place: rows of red, green, blue and alpha values, null where a component is
+/// absent. The vector form on each pixel, bit for bit.
+using RU_VectorRowForm = void (*)(RU_PixelFunction* function, float* const* rows, int64_t count,
+                                  const bool* scope);
 
 /// The base of the colour operations that form chains: add, gamma, log and so on.
 ///
-/// A chain is evaluated in four ways: value by value, row by row, pixel by pixel, and on the GPU, where each
-/// function contributes the body of one GLSL function and its parameters. RU_PixelEngine runs chains over
-/// tiles.
+/// A chain is evaluated on values or on pixels, one at a time or in rows, and on the GPU, where each function
+/// contributes the body of one GLSL function and its parameters. RU_PixelEngine runs chains over tiles.
 ///
 /// Units: linear or display values as the images hold them, 0.0 black and 1.0 white; nothing is clamped
 /// unless a function says so. A function touches only components in its scope; missing components are
@@ -52,6 +55,7 @@ public:
     /// Writes the body of the GLSL function and declares its parameters; empty: it does nothing there.
     virtual void getPixelShader(UT_String& body);
     virtual RU_RowForm getRowFunction() const;
+    virtual RU_VectorRowForm getVectorRowFunction() const;
 
     void setNext(RU_PixelFunction* next) { next_ = next; }
     RU_PixelFunction* next() const { return next_; }
@@ -79,6 +83,8 @@ public:
     void processRow(float* values, int64_t count, int component) const;
     /// The chain on one pixel. Unchanged before buildVectorEngine().
     void processValues(float** components) const;
+    /// The chain on `count` pixels in place; processValues() on each, bit for bit.
+    void processRows(float* const* rows, int64_t count) const;
 
     // Shaders. `head` collects what the functions of its chain declare.
 
@@ -100,6 +106,12 @@ protected:
     static float defaultPixelFunction(RU_PixelFunction* function, float value, int component);
     static void defaultVectorFunction(RU_PixelFunction* function, float** components, const bool* scope);
     static void defaultRowFunction(RU_PixelFunction* function, float* values, int64_t count, int component);
+    /// The row form on each component.
+    static void defaultVectorRowFunction(RU_PixelFunction* function, float* const* rows, int64_t count,
+                                         const bool* scope);
+    /// For a class that has a vector form of its own and no rows: that form on each pixel.
+    static void pixelByPixel(RU_PixelFunction* function, float* const* rows, int64_t count,
+                             const bool* scope);
 
     // For getPixelShader(). `vectorSize` is 1 to 4; names get the function's index appended.
 
@@ -147,5 +159,6 @@ private:
     int numComps_ = 0;
     bool usesNumComps_ = false;
 
-    UT_PtrArray<RU_RowForm> rowEngine_; ///< filled along with the pixel engine
+    UT_PtrArray<RU_RowForm> rowEngine_;             ///< filled along with the pixel engine
+    UT_PtrArray<RU_VectorRowForm> vectorRowEngine_; ///< filled along with the vector engine
 };

@@ -63,7 +63,7 @@ public:
         }
     }
 
-    /// Reads `count` pixels from `offset` on, at most ru_chunk, and runs the chain on each.
+    /// Reads `count` pixels from `offset` on, at most ru_chunk, and runs the chain on them.
     void evaluate(int64_t offset, int64_t count)
     {
         float* components[4] = {};
@@ -76,12 +76,7 @@ public:
                 rows_.load(input_[c] + offset, values_[c], count);
             components[c] = values_[c];
         }
-        for (int64_t i = 0; i < count; ++i) {
-            chain_.processValues(components);
-            for (float*& component : components)
-                if (component != nullptr)
-                    ++component;
-        }
+        chain_.processRows(components, count);
     }
 
     void write(T* codes, int component, int64_t count) const

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <RU/pixelfunc/RU_PixelFunction.h>
+#include <RU/pixelfunc/ru_VectorExpressions.h>
+
+#include <algorithm>
+#include <type_traits>
+
+struct ru_VectorFormPair
+{
+    RU_VectorForm pixel;
+    RU_VectorRowForm rows;
+};
+
+/// The vector form of a function class and its rows, from one of its expressions: the function's
+/// `fill(expression, present)` sets the parameters, if there are any, for pixels that have certain components.
+template <class Function, class Expression>
+struct ru_VectorForms
+{
+    static constexpr ru_VectorFormPair both() { return {pixel, rows}; }
+
+    static void pixel(RU_PixelFunction* function, float** components, const bool* scope)
+    {
+        rows(function, components, 1, scope);
+    }
+
+    static void rows(RU_PixelFunction* function, float* const* components, int64_t count, const bool* scope)
+    {
+        ru_Present present = 0;
+        for (int c = 0; c < 4; ++c)
+            present |= components[c] != nullptr ? 1u << c : 0u;
+        if ((present & Expression::needed) != Expression::needed)
+            return;
+        Expression expression{};
+        if constexpr (!std::is_empty_v<Expression>)
+            static_cast<const Function&>(*function).fill(expression, present);
+        const ru_PixelKernel<Expression>& kernel = ru_vectorRows();
+
+        static constexpr float zeros[chunk] = {};
+        float spare[chunk]; // takes what is not to be written
+        for (int64_t start = 0; start < count; start += chunk) {
+            const float* in[4];
+            float* out[4];
+            for (int c = 0; c < 4; ++c) {
+                const int source = expression.source(c, present);
+                in[c] = source < 4 ? components[source] + start : zeros;
+                out[c] = components[c] != nullptr && scope[c] ? components[c] + start : spare;
+            }
+            kernel.run(expression, in, out, std::min(chunk, count - start));
+        }
+    }
+
+private:
+    static constexpr int64_t chunk = 512;
+};
+
+/// Defines the two getters of a function class that has one expression.
+#define RU_VECTOR_FORMS(FUNCTION, EXPRESSION)                                                                \
+    RU_VectorForm FUNCTION::getVectorFunction() const                                                        \
+    {                                                                                                        \
+        return ru_VectorForms<FUNCTION, EXPRESSION>::pixel;                                                  \
+    }                                                                                                        \
+    RU_VectorRowForm FUNCTION::getVectorRowFunction() const                                                  \
+    {                                                                                                        \
+        return ru_VectorForms<FUNCTION, EXPRESSION>::rows;                                                   \
+    }
