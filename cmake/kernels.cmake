@@ -3,8 +3,8 @@
 
 # No traps and no errno: results stay the same, but compilers may then vectorise selects, floor and division.
 set(KREILUGE_KERNEL_FLAGS -fno-trapping-math -fno-math-errno)
-if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU") # threaded jumps turn one clamp into several selects
-  list(APPEND KREILUGE_KERNEL_FLAGS -fno-thread-jumps)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU") # these turn a select into several, and gathers into branches
+  list(APPEND KREILUGE_KERNEL_FLAGS -fno-thread-jumps -fno-tree-pre)
 endif()
 set(KREILUGE_ISA_baseline "")
 set(KREILUGE_ISA_avx2 -mavx2 -mf16c)

@@ -70,16 +70,16 @@ RU_INLINE double remainderOfSix(float x)
 }
 
 /// Back, for a hue given as its sixfold in [0, 6]. At 6 itself, to which rounding can lead, it is red as at 0.
-RU_INLINE void toColour(float sixfold, float s, float v, float& r, float& g, float& b)
+/// A saturation above 1 stands for components below 0.
+RU_INLINE void toWideColour(float sixfold, float s, float v, float& r, float& g, float& b)
 {
     const float sector = __builtin_floorf(sixfold);
-    const int one = int(sector == 1.0f), two = int(sector == 2.0f), three = int(sector == 3.0f);
-    const int four = int(sector == 4.0f), five = int(sector == 5.0f);
+    const bool one = sector == 1.0f, two = sector == 2.0f, three = sector == 3.0f;
+    const bool four = sector == 4.0f, five = sector == 5.0f;
     const float part = sixfold - sector;
-    const float capped = s > 1.0f ? 1.0f : s;
-    const float low = (1.0f - capped) * v;
+    const float low = (1.0f - s) * v;
     const float way = (one | three | five) ? part : 1.0f - part;
-    const float between = (1.0f - capped * way) * v;
+    const float between = (1.0f - s * way) * v;
     const float red = (two | three) ? low : (one | four) ? between : v;
     const float green = (four | five) ? low : (one | two) ? v : between;
     const float blue = (three | four) ? v : (two | five) ? between : low;
@@ -89,12 +89,17 @@ RU_INLINE void toColour(float sixfold, float s, float v, float& r, float& g, flo
     b = coloured ? blue : v;
 }
 
-/// toColour() for a hue of at most 1 in magnitude.
-RU_INLINE void toColourOfTurn(float h, float s, float v, float& r, float& g, float& b)
+/// The same with a saturation of at most 1.
+RU_INLINE void toColour(float sixfold, float s, float v, float& r, float& g, float& b)
+{
+    toWideColour(sixfold, s > 1.0f ? 1.0f : s, v, r, g, b);
+}
+
+/// The sixfold of a hue in [0, 1].
+RU_INLINE float sixfoldOf(float h)
 {
     const float sixfold = h * 6.0f;
-    const float positive = sixfold < 0.0f ? sixfold + 6.0f : sixfold;
-    toColour(positive >= 6.0f ? positive - 6.0f : positive, s, v, r, g, b);
+    return sixfold >= 6.0f ? sixfold - 6.0f : sixfold;
 }
 
 /// A hue to within one turn: the remainder of a division by 1, made positive.

@@ -171,7 +171,7 @@ struct ru_AdjustHSV : ru_OfPresent
         using namespace ru_hsv;
         fromColour(r, g, b);
         const float s = limited(g * satScale + satShift);
-        toColourOfTurn(withinTurn(r + turn), s, b * valScale + valShift, r, g, b);
+        toColour(sixfoldOf(withinTurn(r + turn)), s, b * valScale + valShift, r, g, b);
     }
 };
 
@@ -193,6 +193,71 @@ struct ru_AdjustHSVKeepingLuminance : ru_AdjustHSV
     }
 };
 
+/// Hue is turned, saturation and value are multiplied by what a table says of the hue.
+struct ru_HueCurve : ru_OfColour
+{
+    static constexpr int steps = 2048;        ///< around the circle, a power of two
+    static constexpr float whole = 0x1.8p23f; ///< adding it rounds to a whole number, held in the low bits
+    /// `steps` + 1 samples each, the last one as the first.
+    const float *turns, *satGains, *valGains;
+
+    /// A gather for which the compilers keep an index of 32 bits.
+    [[gnu::always_inline]] static float between(const float* samples, int index, float part)
+    {
+        const float* next = samples + 1;
+        return samples[index] + (next[index] - samples[index]) * part;
+    }
+
+    RU_PIXEL_EXPRESSION(float& r, float& g, float& b) const
+    {
+        using namespace ru_hsv;
+        float h = r, s = g, v = b;
+        fromColour(h, s, v);
+        const float place = h * static_cast<float>(steps);
+        const float shifted = (place - 0.5f) + whole;
+        const float part = place - (shifted - whole);
+        const int at = __builtin_bit_cast(int, shifted) & (steps - 1);
+        const float turn = between(turns, at, part);
+        const float satGain = between(satGains, at, part), valGain = between(valGains, at, part);
+        float red, green, blue;
+        toWideColour(sixfoldOf(withinTurn(h + turn)), s * satGain, v * valGain, red, green, blue);
+        const bool visible = v > 0.0f;
+        r = visible ? red : r;
+        g = visible ? green : g;
+        b = visible ? blue : b;
+    }
+};
+
+/// A key colour becomes another one, and what is near it follows.
+struct ru_Replace : ru_OfColour
+{
+    float keyHue, keySat, keyVal;
+    float inner, outer, slope; ///< slope: 1 / (outer - inner)
+    float hueScale, hueShift, satScale, satShift, valScale, valShift;
+
+    RU_PIXEL_EXPRESSION(float& r, float& g, float& b) const
+    {
+        using namespace ru_hsv;
+        float h = r, s = g, v = b;
+        fromColour(h, s, v);
+        const float apart = __builtin_fabsf(h - keyHue);
+        const float turn = 2.0f * smaller(apart, 1.0f - apart) * smaller(s, keySat);
+        const float satApart = s - keySat, valApart = v - keyVal;
+        const float distance = __builtin_sqrtf(turn * turn + satApart * satApart + valApart * valApart);
+        const float rise = limited((outer - distance) * slope);
+        const float smooth = rise * rise * (3.0f - 2.0f * rise);
+        const float weight = distance <= inner ? 1.0f : smooth;
+
+        float red, green, blue;
+        const float sixfold = sixfoldOf(withinTurn(h * hueScale + hueShift));
+        toColour(sixfold, s * satScale + satShift, v * valScale + valShift, red, green, blue);
+        const bool touched = weight > 0.0f;
+        r = touched ? r + weight * (red - r) : r;
+        g = touched ? g + weight * (green - g) : g;
+        b = touched ? b + weight * (blue - b) : b;
+    }
+};
+
 /// The list that the kernels are made from.
 #define RU_FOR_EACH_VECTOR_EXPRESSION(X)                                                                     \
     X(ru_WeightedSum)                                                                                        \
@@ -208,7 +273,9 @@ struct ru_AdjustHSVKeepingLuminance : ru_AdjustHSV
     X(ru_ToHSV)                                                                                              \
     X(ru_FromHSV)                                                                                            \
     X(ru_AdjustHSV)                                                                                          \
-    X(ru_AdjustHSVKeepingLuminance)
+    X(ru_AdjustHSVKeepingLuminance)                                                                          \
+    X(ru_HueCurve)                                                                                           \
+    X(ru_Replace)
 
 /// An expression over rows of pixels. Component c is read from in[c] and written to out[c], which may be the
 /// same row; no other rows overlap.
