@@ -68,6 +68,8 @@ bool addPeers(const std::vector<Peer>& list);
 constexpr float gammaValue = 2.2f;
 constexpr float addValue = 0.1f;
 constexpr float multValue = 0.8f;
+constexpr float sinScale = 12.0f; // several periods
+constexpr float sinShift = 0.5f;
 
 inline double gammaAdd(double value)
 {

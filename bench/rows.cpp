@@ -7,6 +7,7 @@
 #include <RU/pixelfunc/RU_LimitFunc.h>
 #include <RU/pixelfunc/RU_MultFunc.h>
 #include <RU/pixelfunc/RU_PixelEngine.h>
+#include <RU/pixelfunc/RU_SinFunc.h>
 
 #include <memory>
 
@@ -39,6 +40,11 @@ Work addMultLimit(Planes& planes)
     return engine(planes, add);
 }
 
+Work sine(Planes& planes)
+{
+    return engine(planes, new RU_SinFunc(sinScale, sinShift));
+}
+
 Work edgeDetect(Planes& planes)
 {
     return [edge = std::make_shared<RU_EdgeDetect>(), &planes] {
@@ -46,24 +52,37 @@ Work edgeDetect(Planes& planes)
     };
 }
 
-/// std::pow and an addition, value by value: float in float, codes in double.
+/// A formula, value by value: float in float, codes in double.
 template <class T, class Compute>
-Work loop(Planes& planes)
+Work loop(Planes& planes, auto formula)
 {
-    return [&planes] {
+    return [&planes, formula] {
         const T* from = static_cast<const T*>(planes.input);
         T* to = static_cast<T*>(planes.output);
         for (int64_t i = 0; i < planes.components(); ++i) {
             constexpr Compute white = PXL_FormatOf<T>::white;
-            const Compute value = static_cast<Compute>(from[i]) / white;
-            to[i] = encode<T>(std::pow(value, Compute{1} / Compute{gammaValue}) + Compute{addValue});
+            to[i] = encode<T>(formula(static_cast<Compute>(from[i]) / white));
         }
     };
 }
 
+template <class T, class Compute>
+Work gammaAddLoop(Planes& planes)
+{
+    return loop<T, Compute>(planes, [](Compute value) {
+        return std::pow(value, Compute{1} / Compute{gammaValue}) + Compute{addValue};
+    });
+}
+
+Work sineLoop(Planes& planes)
+{
+    return loop<float, float>(planes, [](float value) { return std::sin(value * sinScale + sinShift); });
+}
+
 const bool added = addPeers({
-    {"gamma_add/float", "loop over std::pow", loop<float, float>},
-    {"gamma_add/uint32", "loop over std::pow", loop<uint32_t, double>},
+    {"gamma_add/float", "loop over std::pow", gammaAddLoop<float, float>},
+    {"gamma_add/uint32", "loop over std::pow", gammaAddLoop<uint32_t, double>},
+    {"sin/float", "loop over std::sin", sineLoop},
 });
 
 } // namespace
@@ -75,6 +94,7 @@ const std::vector<Row> rows = {
     {"gamma_add/uint32", PXL_FORMAT_uint32, gammaThenAdd},
     {"gamma_add/float", PXL_FORMAT_float32, gammaThenAdd, true},
     {"add_mult_limit/float", PXL_FORMAT_float32, addMultLimit, true},
+    {"sin/float", PXL_FORMAT_float32, sine, true},
     {"edge_detect/uint8", PXL_FORMAT_uint8, edgeDetect, true},
     {"edge_detect/uint16", PXL_FORMAT_uint16, edgeDetect},
     {"edge_detect/half", PXL_FORMAT_half, edgeDetect},

@@ -32,6 +32,31 @@ RU_INLINE double ofBits(int64_t bits)
     return __builtin_bit_cast(double, bits);
 }
 
+/// A whole number; the low bits of its bits are its own.
+struct Whole
+{
+    double value;
+    uint64_t bits;
+};
+
+/// For |v| < 2^51. Halves go to the even neighbour. Any other v gives some number, NaN for infinities and NaN.
+RU_INLINE Whole nearestWhole(double v)
+{
+    constexpr double aligned = 0x1.8p52;
+    const double shifted = v + aligned;
+    return {shifted - aligned, static_cast<uint64_t>(bitsOf(shifted))};
+}
+
+/// first + z rest[0] + z^2 rest[1] ...
+template <class... Rest>
+RU_INLINE double polynomial(double z, double first, Rest... rest)
+{
+    if constexpr (sizeof...(rest) == 0)
+        return first;
+    else
+        return first + z * polynomial(z, rest...);
+}
+
 /// log2(v) for 0 < v < infinity, relative error 2^-37. With v = 2^e m, m in [sqrt(1/2), sqrt(2)), and
 /// s = (m - 1) / (m + 1): log2(m) = 2 atanh(s) / ln(2), by its minimax polynomial in s^2.
 /// Any other v gives some number.
@@ -64,16 +89,14 @@ RU_INLINE double limited(double t)
 /// Any other t gives some number.
 RU_INLINE double exp2OfLimited(double t)
 {
-    constexpr double whole = 0x1.8p52; // adding it rounds to a whole number, held in the low bits
-    const double shifted = t + whole;
-    const double f = t - (shifted - whole);
+    const Whole k = nearestWhole(t);
+    const double f = t - k.value;
     const double z = f * f;
     const double low = 1.0 + f * 0x1.62e431173463ap-1;
     const double middle = 0x1.ebfbe2c542082p-3 + f * 0x1.c6ae72deebd6dp-5;
     const double high = (0x1.3b270e63e6e25p-7 + f * 0x1.5f7277406161fp-10) + z * 0x1.470b49f17eb21p-13;
     const double power = low + z * (middle + z * high);
-    return ofBits(static_cast<int64_t>(static_cast<uint64_t>(bitsOf(power)) +
-                                       (static_cast<uint64_t>(bitsOf(shifted)) << 52)));
+    return ofBits(static_cast<int64_t>(static_cast<uint64_t>(bitsOf(power)) + (k.bits << 52)));
 }
 
 /// x^y for x >= 0 and NaN.

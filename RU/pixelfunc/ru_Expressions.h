@@ -1,12 +1,16 @@
 #pragma once
 
-#include <RU/framework/ru_Math.h>
+#include <RU/framework/ru_Trigonometry.h>
 #include <SYS/SYS_Math.h>
 
 /// The arithmetic of every pixel function, once: its parameters for one component, and the result for a
 /// value. Scalar and row forms are both made from it. What looks roundabout keeps the loop over a row free
 /// of branches.
-#define RU_EXPRESSION [[gnu::always_inline]] inline float operator()
+///
+/// Where few values need a branch, an expression says so by two more members, ordinary(v) and ofOrdinary(v),
+/// the latter without branches and equal to the expression for ordinary values. Rows go by it in stretches.
+#define RU_MEMBER [[gnu::always_inline]] inline
+#define RU_EXPRESSION RU_MEMBER float operator()
 
 struct ru_Add
 {
@@ -139,19 +143,21 @@ struct ru_Log
 struct ru_Sin
 {
     float scale, shift;
-    RU_EXPRESSION(float v) const { return __builtin_sinf(v * scale + shift); }
+    RU_EXPRESSION(float v) const { return ru_sin(v * scale + shift); }
+    RU_MEMBER bool ordinary(float v) const { return ru_math::isModerate(v * scale + shift); }
+    RU_MEMBER float ofOrdinary(float v) const { return ru_math::sinOfModerate(v * scale + shift); }
 };
 
 struct ru_Sinh
 {
     float scale;
-    RU_EXPRESSION(float v) const { return __builtin_sinhf(v * scale); }
+    RU_EXPRESSION(float v) const { return ru_sinh(v * scale); }
 };
 
 struct ru_Cosh
 {
     float scale;
-    RU_EXPRESSION(float v) const { return __builtin_coshf(v * scale); }
+    RU_EXPRESSION(float v) const { return ru_cosh(v * scale); }
 };
 
 /// At the float nearest to pi / 2 the replacement, or the input as it came in, unscaled.
@@ -160,28 +166,31 @@ struct ru_Tan
     float scale;
     bool useReplacement;
     float replacement;
-    RU_EXPRESSION(float v) const
+    RU_EXPRESSION(float v) const { return unlessAtPole(v, ru_tan(v * scale)); }
+    RU_MEMBER bool ordinary(float v) const { return ru_math::isModerate(v * scale); }
+    RU_MEMBER float ofOrdinary(float v) const { return unlessAtPole(v, ru_math::tanOfModerate(v * scale)); }
+
+    RU_MEMBER float unlessAtPole(float v, float tangent) const
     {
         constexpr float pole = 1.5707964f;
-        const float x = v * scale;
         const float otherwise = useReplacement ? replacement : v;
-        return __builtin_fabsf(x) == pole ? otherwise : __builtin_tanf(x);
+        return __builtin_fabsf(v * scale) == pole ? otherwise : tangent;
     }
 };
 
 struct ru_Tanh
 {
     float scale;
-    RU_EXPRESSION(float v) const { return __builtin_tanhf(v * scale); }
+    RU_EXPRESSION(float v) const { return ru_tanh(v * scale); }
 };
 
 struct ru_Atan
 {
     float scale;
-    RU_EXPRESSION(float v) const { return __builtin_atanf(v) * scale; }
+    RU_EXPRESSION(float v) const { return ru_atan(v) * scale; }
 };
 
-/// Only NaN takes the replacement; a number outside [-1, 1] gives what C's asin gives.
+/// Only NaN takes the replacement; a number outside [-1, 1] gives what C's asin gives, NaN.
 struct ru_Asin
 {
     float scale;
@@ -190,7 +199,7 @@ struct ru_Asin
     RU_EXPRESSION(float v) const
     {
         const float otherwise = useReplacement ? replacement : v;
-        return v <= 1.0f || v >= -1.0f ? __builtin_asinf(v) * scale : otherwise;
+        return v == v ? ru_asin(v) * scale : otherwise;
     }
 };
 
@@ -202,7 +211,7 @@ struct ru_Acos
     RU_EXPRESSION(float v) const
     {
         const float otherwise = useReplacement ? replacement : v;
-        return v <= 1.0f || v >= -1.0f ? __builtin_acosf(v) * scale : otherwise;
+        return v == v ? ru_acos(v) * scale : otherwise;
     }
 };
 

@@ -238,19 +238,20 @@ void addPowers(Catalogue& list)
     }
 }
 
+/// Results that are scaled are rounded twice.
 void addTrigonometry(Catalogue& list)
 {
     list.shader("value = sin(value * VEC4(scale) + VEC4(shift));\n", {"scale", "shift"});
-    list.add(new RU_SinFunc(2.1f, 0.5f), {{2.1f}, {0.5f}}, 1.0,
+    list.add(new RU_SinFunc(2.1f, 0.5f), {{2.1f}, {0.5f}}, 0.55,
              [](float v, int) { return std::sin(double(v * 2.1f + 0.5f)); });
     list.shader("value = atan(value *VEC4(scale));\n", {"scale"});
-    list.add(new RU_AtanFunc(0.6f), {{0.6f}}, 2.0, [](float v, int) { return std::atan(double(v)) * 0.6f; });
+    list.add(new RU_AtanFunc(0.6f), {{0.6f}}, 1.6, [](float v, int) { return std::atan(double(v)) * 0.6f; });
 
     for (const bool replace : {false, true}) {
         list.shader("value *= VEC4(scale);\n" + guarded("abs(%)!=1.5708f", "tan(%)", replace),
                     {"scale", "replacement"});
         for (const float scale : {1.0f, 2.0f})
-            list.add(new RU_TanFunc(scale, replace, 9.0f), {{scale}, {9.0f}}, 1.0, [=](float v, int) {
+            list.add(new RU_TanFunc(scale, replace, 9.0f), {{scale}, {9.0f}}, 0.55, [=](float v, int) {
                 const bool pole = std::abs(v * scale) == 1.5707964f;
                 return pole ? (replace ? 9.0f : v) : std::tan(double(v * scale));
             });
@@ -259,10 +260,10 @@ void addTrigonometry(Catalogue& list)
             limited.push_back("replacement");
         const auto replaced = [=](float v) { return double(replace ? 9.0f : v); };
         list.shader(guarded("abs(%)<=1.0f", "asin(%)", replace) + "value *= VEC4(scale);\n", limited);
-        list.add(new RU_AsinFunc(0.6f, replace, 9.0f), {{0.6f}, {9.0f}}, 2.0,
+        list.add(new RU_AsinFunc(0.6f, replace, 9.0f), {{0.6f}, {9.0f}}, 1.6,
                  [=](float v, int) { return std::isnan(v) ? replaced(v) : std::asin(double(v)) * 0.6f; });
         list.shader(guarded("abs(%)<=1.0f", "acos(%)", replace) + "value *= VEC4(scale);\n", limited);
-        list.add(new RU_AcosFunc(0.6f, replace, 9.0f), {{0.6f}, {9.0f}}, 2.0,
+        list.add(new RU_AcosFunc(0.6f, replace, 9.0f), {{0.6f}, {9.0f}}, 1.6,
                  [=](float v, int) { return std::isnan(v) ? replaced(v) : std::acos(double(v)) * 0.6f; });
     }
 }
@@ -274,12 +275,12 @@ void addHyperbolics(Catalogue& list)
                "\n              exp(-value*VEC4(scale)))*VEC4(0.5f);\n";
     };
     list.shader(exponentials("-"), {"scale"});
-    list.add(new RU_SinhFunc(1.5f), {{1.5f}}, 2.0, [](float v, int) { return std::sinh(double(v * 1.5f)); });
+    list.add(new RU_SinhFunc(1.5f), {{1.5f}}, 0.55, [](float v, int) { return std::sinh(double(v * 1.5f)); });
     list.shader(exponentials("+"), {"scale"});
-    list.add(new RU_CoshFunc(0.7f), {{0.7f}}, 2.0, [](float v, int) { return std::cosh(double(v * 0.7f)); });
+    list.add(new RU_CoshFunc(0.7f), {{0.7f}}, 0.55, [](float v, int) { return std::cosh(double(v * 0.7f)); });
     list.shader("value = (exp(VEC4(2.0f) * value) - VEC4(1.0f)) /\n"
                 "        (exp(VEC4(2.0f) * value) + VEC4(1.0f));\n");
-    list.add(new RU_TanhFunc(1.3f), {}, 2.5, [](float v, int) { return std::tanh(double(v * 1.3f)); });
+    list.add(new RU_TanhFunc(1.3f), {}, 0.55, [](float v, int) { return std::tanh(double(v * 1.3f)); });
 }
 
 } // namespace
