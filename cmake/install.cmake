@@ -10,9 +10,7 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/platform/ DESTINATION ${headers} FILES_M
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/RU DESTINATION ${headers} FILES_MATCHING PATTERN "RU_*.h")
 set_property(TARGET kreiluge PROPERTY INSTALL_RPATH "$ORIGIN")
 
-# The directory is there even when it has no shader sources.
-install(DIRECTORY DESTINATION ${CMAKE_INSTALL_DATADIR}/kreiluge/ogl2/gpgpu)
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/ogl2/gpgpu/ DESTINATION ${CMAKE_INSTALL_DATADIR}/kreiluge/ogl2/gpgpu OPTIONAL)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/ogl2 DESTINATION ${CMAKE_INSTALL_DATADIR}/kreiluge)
 
 if(TARGET kreiluge_tool)
   install(TARGETS kreiluge_tool)

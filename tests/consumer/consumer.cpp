@@ -1,5 +1,6 @@
 // A program outside the source tree: an algorithm of its own and one of the library's, on tiles of its own.
 #include <RU/filter/RU_EdgeDetect.h>
+#include <RU/gpgpu/RU_ShaderSources.h>
 #include <TIL/TIL_Region.h>
 
 #include <algorithm>
@@ -115,6 +116,16 @@ void checkEdgeDetect()
     expect(std::equal(strengths, strengths + 4, data), "edge strengths of a step");
 }
 
+/// The installed libraries find the installed files.
+void checkShaderSources()
+{
+    UT_String text;
+    RUgetToHSVConvertGPU(text);
+    expect(text.view().find("VEC3 toHSV(") != std::string_view::npos, "text of toHSV");
+    RUgetFromHSVConvertGPU(text);
+    expect(text.view().find("VEC3 fromHSV(") != std::string_view::npos, "text of fromHSV");
+}
+
 } // namespace
 
 int main()
@@ -130,6 +141,7 @@ int main()
     checkOwnAlgorithm<unsigned short>(points, 1000, 60000, "step between points");
 
     checkEdgeDetect();
+    checkShaderSources();
     if (failures == 0)
         std::printf("all checks passed\n");
     return failures == 0 ? 0 : 1;
