@@ -1,5 +1,6 @@
 #pragma once
 
+#include <PXL/PXL_LookupChannel.h>
 #include <RU/framework/ru_Trigonometry.h>
 #include <SYS/SYS_Math.h>
 
@@ -48,6 +49,17 @@ struct ru_Gamma
     }
 };
 
+/// Gamma, then a line.
+struct ru_GammaLine
+{
+    float igamma, factor, addend;
+    RU_EXPRESSION(float v) const
+    {
+        const float bent = ru_Gamma{igamma}(v);
+        return bent * factor + addend;
+    }
+};
+
 /// A limit that is not used is infinite. The upper test sees what the lower one made.
 struct ru_Limit
 {
@@ -63,6 +75,12 @@ struct ru_Quantize
 {
     float step, offset;
     RU_EXPRESSION(float v) const { return __builtin_floorf((v - offset) / step) * step + offset; }
+};
+
+struct ru_Lookup
+{
+    PXL_LookupChannel channel;
+    RU_EXPRESSION(float v) const { return channel.evaluate(v); }
 };
 
 struct ru_Abs
@@ -222,8 +240,10 @@ struct ru_Acos
     X(ru_MAdd)                                                                                               \
     X(ru_Scale)                                                                                              \
     X(ru_Gamma)                                                                                              \
+    X(ru_GammaLine)                                                                                          \
     X(ru_Limit)                                                                                              \
     X(ru_Quantize)                                                                                           \
+    X(ru_Lookup)                                                                                             \
     X(ru_Abs)                                                                                                \
     X(ru_Negate)                                                                                             \
     X(ru_Invert)                                                                                             \

@@ -22,8 +22,9 @@ RU_INLINE void runStretch(const Expression& expression, float* values, int64_t c
         values[i] = expression.ofOrdinary(values[i]);
 }
 
+/// A row shares no memory with what an expression points to.
 template <class Expression>
-void runRow(const Expression& given, float* values, int64_t count)
+void runRow(const Expression& given, float* __restrict values, int64_t count)
 {
     const Expression expression = given; // a copy: nothing the loop stores can change it
     if constexpr (requires { expression.ofOrdinary(0.0f); }) {

@@ -3,6 +3,14 @@
 #include <RU/pixelfunc/RU_PixelFunction.h>
 #include <RU/pixelfunc/ru_Expressions.h>
 
+/// An expression over a row in place.
+template <class Expression>
+void ru_runRow(const Expression& expression, float* values, int64_t count)
+{
+    const ru_RowKernel<Expression>& kernel = ru_expressionRows();
+    kernel.run(expression, values, count);
+}
+
 /// The scalar and the row form of a function class, from its expression(component).
 template <class Function>
 struct ru_Forms
@@ -19,9 +27,7 @@ struct ru_Forms
 
     static void row(RU_PixelFunction* function, float* values, int64_t count, int component)
     {
-        const auto parameters = expression(*function, component);
-        const ru_RowKernel<decltype(expression(*function, component))>& kernel = ru_expressionRows();
-        kernel.run(parameters, values, count);
+        ru_runRow(expression(*function, component), values, count);
     }
 };
 

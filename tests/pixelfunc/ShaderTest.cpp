@@ -1,3 +1,7 @@
+#include <CL/CL_Clip.h>
+#include <PXL/PXL_Lookup.h>
+#include <RU/pixelfunc/RU_LookupClipFunc.h>
+#include <RU/pixelfunc/RU_LookupTableFunc.h>
 #include <reference/Formats.h>
 #include <reference/Functions.h>
 
@@ -168,4 +172,43 @@ TEST(Shader, TypesHaveTheNamesOfThePrelude)
     EXPECT_EQ(head.getLocalDeclarations().view(), expected.str());
     base.declareShader(head, nullptr, 0, body);
     EXPECT_TRUE(body.isEmpty()) << "the base does nothing";
+}
+
+TEST(Shader, LookupsUploadTheirTables)
+{
+    PXL_Lookup table(0, 1, 2, {1, 2, 3, 4, 5, 6});
+    CL_Clip clip;
+    clip.append(std::make_unique<CL_Track>(std::vector<CL_Key>{{0, 1}, {2, 3}, {5, 4}}));
+    clip.append(nullptr);
+    clip.append(std::make_unique<CL_Track>(10.0f, 4.0f, std::vector<float>{7, 8}));
+    RU_LookupTableFunc tableFunction(&table);
+    RU_LookupClipFunc clipFunction(&clip);
+    RU_PixelFunction head;
+    RecordingGPU gpu;
+    UT_String body;
+    tableFunction.declareShader(head, &gpu, 7, body);
+    clipFunction.declareShader(head, &gpu, 8, body);
+    ASSERT_EQ(gpu.arrays.size(), 2u);
+    const RecordingGPU::ArrayCall samples{"lookup7", {RE_GPU_FLOAT32, 1, 3, 2}, {table.data()}};
+    EXPECT_EQ(gpu.arrays[0], samples);
+    EXPECT_EQ(gpu.arrays[1].name, "clip8");
+    EXPECT_EQ(gpu.arrays[1].shape, (std::array<int, 4>{RE_GPU_FLOAT32, 2, 3, 3}));
+    const auto* keys = static_cast<const float*>(gpu.arrays[1].data[0]);
+    EXPECT_EQ(std::vector(keys, keys + 18), (std::vector<float>{0, 1, 2, 3, 5, 4, 0, 0, 0, //
+                                                                0, 0, 0, 10, 7, 10.25f, 8, 0, 0}));
+    // Blue is looked up for green, and green for blue.
+    EXPECT_EQ(body.view(), "value = VEC4(clipTrack8(value.r, 0, 3),\n"
+                           "             0.0f,\n"
+                           "             clipTrack8(value.g, 2, 2),\n"
+                           "             clipTrack8(value.a, 0, 3));\n");
+    EXPECT_EQ(head.getAddedFunctionCode().view().find("FLOAT clipTrack8(FLOAT time, INT track, INT keys)\n"),
+              0u);
+
+    RU_LookupClipFunc(nullptr).declareShader(head, &gpu, 9, body);
+    EXPECT_EQ(gpu.arrays.size(), 2u);
+    CL_Clip single;
+    single.append(std::make_unique<CL_Track>(std::vector<CL_Key>{{0, 1}}));
+    RU_LookupClipFunc(&single).declareShader(head, &gpu, 9, body);
+    EXPECT_NE(body.view().find("clipTrack9(value.b, 0, 1),\n             clipTrack9(value.g, 0, 1)"),
+              std::string_view::npos);
 }

@@ -56,17 +56,18 @@ inline double nearestHalf(double v)
 }
 
 /// The distance of a stored float from the exact result, in units of its last place there. Infinity stands
-/// for 2^128, where it begins.
-inline double ulpError(float stored, long double exact)
+/// for 2^128, where it begins. Below `least`, in units of the last place there.
+inline double ulpError(float stored, long double exact, double least = 0.0)
 {
     if (std::isnan(stored) || std::isnan(exact))
         return std::isnan(stored) && std::isnan(exact) ? 0.0 : HUGE_VAL;
     const long double end = 0x1p128L;
     const long double shown = std::clamp<long double>(stored, -end, end);
     const long double meant = std::clamp(exact, -end, end);
-    if (shown == 0 && std::signbit(stored) != std::signbit(exact))
+    if (shown == 0 && least == 0.0 && std::signbit(stored) != std::signbit(exact))
         return HUGE_VAL;
-    const long double unit = spacing(std::min(std::abs(meant), 0x1.fffffep127L), 24, -126);
+    const long double unit =
+        spacing(std::clamp<long double>(std::abs(meant), least, 0x1.fffffep127L), 24, -126);
     return static_cast<double>(std::abs(shown - meant) / unit);
 }
 

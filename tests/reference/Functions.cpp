@@ -1,3 +1,4 @@
+#include <PXL/PXL_Lookup.h>
 #include <RU/pixelfunc/RU_AbsFunc.h>
 #include <RU/pixelfunc/RU_AcosFunc.h>
 #include <RU/pixelfunc/RU_AddFunc.h>
@@ -8,8 +9,10 @@
 #include <RU/pixelfunc/RU_FloorFunc.h>
 #include <RU/pixelfunc/RU_GammaFunc.h>
 #include <RU/pixelfunc/RU_InvertFunc.h>
+#include <RU/pixelfunc/RU_LevelsFunc.h>
 #include <RU/pixelfunc/RU_LimitFunc.h>
 #include <RU/pixelfunc/RU_LogFunc.h>
+#include <RU/pixelfunc/RU_LookupTableFunc.h>
 #include <RU/pixelfunc/RU_MAddFunc.h>
 #include <RU/pixelfunc/RU_MultFunc.h>
 #include <RU/pixelfunc/RU_NegateFunc.h>
@@ -56,15 +59,37 @@ public:
     void add(F* function, const std::vector<std::vector<float>>& values, double ulp, Exact exact)
     {
         using Expression = decltype(ru_Forms<F>::expression(*function, 0));
-        Function entry{kernelName<Expression>,
+        addRun(kernelName<Expression>, function, run<F, Expression>, values, ulp, std::move(exact));
+    }
+
+    /// A function whose row form runs several kernels, that of Expression among them.
+    template <class Expression>
+    void addRows(RU_PixelFunction* function, const std::vector<std::vector<float>>& values, double ulp,
+                 Exact exact)
+    {
+        const auto runRow = [](const RU_PixelFunction& f, PXL_InstructionSet, float* row, int64_t count,
+                               int component) {
+            f.getRowFunction()(const_cast<RU_PixelFunction*>(&f), row, count, component);
+        };
+        addRun(kernelName<Expression>, function, runRow, values, ulp, std::move(exact));
+    }
+
+    std::vector<Function> all;
+
+private:
+    void addRun(const char* kernel, RU_PixelFunction* function, decltype(Function::run) runKernel,
+                const std::vector<std::vector<float>>& values, double ulp, Exact exact)
+    {
+        Function entry{kernel,
                        "",
                        std::shared_ptr<RU_PixelFunction>(function),
                        false,
                        std::move(exact),
                        ulp,
+                       0.0,
                        text_,
                        {},
-                       run<F, Expression>};
+                       runKernel};
         for (size_t i = 0; i < names_.size(); ++i) {
             entry.constants.push_back({names_[i], values.at(i)});
             entry.parameters += " " + names_[i] + " " + std::to_string(values[i][0]);
@@ -74,9 +99,6 @@ public:
         all.push_back(std::move(entry));
     }
 
-    std::vector<Function> all;
-
-private:
     template <class F, class Expression>
     static void run(const RU_PixelFunction& function, PXL_InstructionSet set, float* values, int64_t count,
                     int component)
@@ -283,6 +305,81 @@ void addHyperbolics(Catalogue& list)
     list.add(new RU_TanhFunc(1.3f), {}, 0.55, [](float v, int) { return std::tanh(double(v * 1.3f)); });
 }
 
+void addLookups(Catalogue& list)
+{
+    std::string text = "VEC4 place = clamp((value - VEC4(start)) * VEC4(scale), VEC4(0.0f), VEC4(last));\n"
+                       "VEC4 below = floor(place);\n"
+                       "VEC4 above = min(below + VEC4(1.0f), VEC4(last));\n";
+    const std::string rows = "0101";
+    for (size_t c = 0; c < 4; ++c) {
+        std::string line = "value.% = mix(IN_lookup7_AT(INT(below.%), #), IN_lookup7_AT(INT(above.%), #), "
+                           "place.% - below.%);\n";
+        for (char& letter : line)
+            letter = letter == '%' ? "rgba"[c] : letter == '#' ? rows[c] : letter;
+        text += line;
+    }
+    list.shader(text, {"start", "scale", "last"});
+    static const std::vector<float> samples = {0.25f, -1.0f, 0.5f,   3.0f, 2.0f,
+                                               0.0f,  -0.5f, 0.125f, 1.0f, 4.0f};
+    static PXL_Lookup table(-0.5f, 2.0f, 2, samples);
+    list.add(new RU_LookupTableFunc(&table), {{-0.5f}, {1.6f}, {4.0f}}, 0.51, [](float v, int c) {
+        const double place = v > -0.5 ? std::min((v + 0.5) * 1.6, 4.0) : 0.0; // NaN: the first
+        const auto below = static_cast<size_t>(std::floor(place));
+        const float* channel = samples.data() + 5 * (c % 2);
+        const double fraction = place - static_cast<double>(below);
+        return fraction == 0 ? channel[below]
+                             : channel[below] + (double(channel[below + 1]) - channel[below]) * fraction;
+    });
+    list.all.back().perComponent = true;
+    list.all.back().least = 0.25;
+}
+
+/// Gamma, then the line through two points.
+double levelOf(double v, float igamma, double inBlack, double inWhite, double outBlack, double outWhite)
+{
+    const double black = gammaOf(inBlack, igamma), white = gammaOf(inWhite, igamma);
+    const double slope = (outWhite - outBlack) / (white - black);
+    return slope * gammaOf(v, igamma) + (outBlack - slope * black);
+}
+
+void addLevels(Catalogue& list)
+{
+    const std::vector<std::string> constants = {"igamma",  "factor",  "addend",
+                                                "gigamma", "gfactor", "gaddend"};
+    const std::string componentLine = "value = value * VEC4(factor) + VEC4(addend);\n";
+    const std::string line = "value = value * VEC4(gfactor) + VEC4(gaddend);\n";
+    const std::string componentGamma = "value = sign(value) * pow(abs(value), VEC4(igamma));\n";
+    const std::string gamma = "value = sign(value) * pow(abs(value), VEC4(gigamma));\n";
+
+    list.shader(componentLine + line, constants);
+    list.addRows<ru_MAdd>(new RU_LevelsFunc(0.25f, 0.75f, 1, 0, 2, 0.125f, 0.5f, 1, 1, 0.25f, 1.5f),
+                          {four(1), four(2.5f), four(-1), {1}, {4}, {-0.875f}}, 0,
+                          [](float v, int) { return v * 10.0f + -4.875f; });
+
+    static const float inBlacks[] = {0, 0.25f, -0.25f, 0}, inWhites[] = {1, 4, 2.25f, 0},
+                       gammas[] = {1, 2, 2, 0.5f}, outBlacks[] = {0.125f, 1, 0.5f, 1},
+                       outWhites[] = {0.625f, 4, -1.5f, 2};
+    static const std::vector<float> igammas = {1, 0.5f, 0.5f, 2};
+    const std::vector<float> factors = {0.5f, 2, -1, 0}, addends = {0.125f, 0, 0, 1.5f};
+    static const auto component = [](float v, int i) {
+        const auto c = static_cast<size_t>(i);
+        return c == 3 ? (std::isfinite(v * v) ? 1.5 : double(NAN)) // 0 times infinity
+                      : levelOf(v, igammas[c], inBlacks[c], inWhites[c], outBlacks[c], outWhites[c]);
+    };
+    list.shader(componentGamma + componentLine + line, constants);
+    list.addRows<ru_GammaLine>(
+        new RU_LevelsFunc(0, 2, 1, 0, 1, -0.25f, inBlacks, inWhites, gammas, outBlacks, outWhites),
+        {igammas, factors, addends, {1}, {0.5f}, {-0.25f}}, 3.0,
+        [](float v, int c) { return component(v, c) * 0.5 - 0.25; });
+    list.all.back().least = 0.5;
+    list.shader(componentGamma + componentLine + gamma + line, constants);
+    list.addRows<ru_GammaLine>(
+        new RU_LevelsFunc(1, 2, 0.5f, 0, 3, 0, inBlacks, inWhites, gammas, outBlacks, outWhites),
+        {igammas, factors, addends, {2}, {1}, {-1}}, 8.0,
+        [](float v, int c) { return levelOf(component(v, c), 2, 1, 2, 0, 3); });
+    list.all.back().least = 1.0;
+}
+
 } // namespace
 
 const std::vector<Function>& functions()
@@ -295,6 +392,8 @@ const std::vector<Function>& functions()
         addPowers(list);
         addTrigonometry(list);
         addHyperbolics(list);
+        addLookups(list);
+        addLevels(list);
         return list.all;
     }();
     return all;

@@ -28,7 +28,8 @@ struct Function
 
     /// The result for a value of a component. Steps that round on the way do so here too.
     std::function<double(float v, int c)> exact;
-    double ulp; ///< allowed error in units of the last place; 0: the very number
+    double ulp;         ///< allowed error in units of the last place; 0: the very number
+    double least = 0.0; ///< errors of results below this count as those of one this large
 
     std::string shader;
     std::vector<Constant> constants;

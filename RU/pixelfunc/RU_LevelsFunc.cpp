@@ -1,0 +1,142 @@
+#include <RU/pixelfunc/RU_LevelsFunc.h>
+
+#include <RU/pixelfunc/RU_GammaFunc.h>
+#include <RU/pixelfunc/ru_FunctionForms.h>
+
+namespace {
+
+/// The same value for each component.
+struct Four
+{
+    explicit Four(float v) : values{v, v, v, v} {}
+    operator const float*() const { return values; }
+    float values[4];
+};
+
+const RU_LevelsFunc& levelsOf(const RU_PixelFunction* function)
+{
+    return static_cast<const RU_LevelsFunc&>(*function);
+}
+
+} // namespace
+
+RU_LevelsFunc::Step::Step(float inBlack, float inWhite, float gamma, float outBlack, float outWhite)
+    : igamma(1.0f / gamma)
+{
+    const auto bent = [this](float v) { return bends() ? RU_GammaFunc::gamma(v, igamma) : v; };
+    colourMap(bent(inBlack), bent(inWhite), outBlack, outWhite, factor, addend);
+}
+
+float RU_LevelsFunc::Step::operator()(float v) const
+{
+    return bends() ? ru_GammaLine{igamma, factor, addend}(v) : ru_MAdd{factor, addend}(v);
+}
+
+void RU_LevelsFunc::Step::row(float* values, int64_t count) const
+{
+    if (bends())
+        ru_runRow(ru_GammaLine{igamma, factor, addend}, values, count);
+    else
+        ru_runRow(ru_MAdd{factor, addend}, values, count);
+}
+
+RU_LevelsFunc::RU_LevelsFunc(float inBlack, float inWhite, float gamma, float outBlack, float outWhite,
+                             float offset, const float* inBlacks, const float* inWhites, const float* gammas,
+                             const float* outBlacks, const float* outWhites)
+    : global_(inBlack, inWhite, gamma, outBlack, outWhite), perComponent_(false)
+{
+    global_.addend += offset;
+    for (int c = 0; c < 4; ++c) {
+        Step& step = components_[c];
+        step = Step(inBlacks[c], inWhites[c], gammas[c], outBlacks[c], outWhites[c]);
+        perComponent_ |= step != components_[0];
+        const double factor = global_.factor;
+
+        fast_[c].factor = static_cast<float>(step.factor * factor);
+        fast_[c].addend = static_cast<float>(step.addend * factor + global_.addend);
+    }
+}
+
+RU_LevelsFunc::RU_LevelsFunc(float inBlack, float inWhite, float gamma, float outBlack, float outWhite,
+                             float offset, float componentInBlack, float componentInWhite,
+                             float componentGamma, float componentOutBlack, float componentOutWhite)
+    : RU_LevelsFunc(inBlack, inWhite, gamma, outBlack, outWhite, offset, Four(componentInBlack),
+                    Four(componentInWhite), Four(componentGamma), Four(componentOutBlack),
+                    Four(componentOutWhite))
+{
+}
+
+void RU_LevelsFunc::colourMap(float x0, float x1, float y0, float y1, float& factor, float& addend)
+{
+    const double slope = x0 == x1 ? 0.0 : (double(y1) - y0) / (double(x1) - x0);
+    const double atZero = x0 == x1 ? (double(y0) + y1) / 2.0 : y0 - x0 * slope;
+    factor = static_cast<float>(slope);
+    addend = static_cast<float>(atZero);
+}
+
+bool RU_LevelsFunc::isFast() const
+{
+    return !global_.bends() && !bendsComponents();
+}
+
+bool RU_LevelsFunc::bendsComponents() const
+{
+    return components_[0].bends() || components_[1].bends() || components_[2].bends() ||
+           components_[3].bends();
+}
+
+RU_ScalarForm RU_LevelsFunc::getPixelFunction() const
+{
+    return isFast() ? fastLevels : safeLevels;
+}
+
+RU_RowForm RU_LevelsFunc::getRowFunction() const
+{
+    return isFast() ? fastRow : safeRow;
+}
+
+float RU_LevelsFunc::fastLevels(RU_PixelFunction* function, float value, int component)
+{
+    return levelsOf(function).fast_[component](value);
+}
+
+float RU_LevelsFunc::safeLevels(RU_PixelFunction* function, float value, int component)
+{
+    const RU_LevelsFunc& levels = levelsOf(function);
+    return levels.global_(levels.components_[component](value));
+}
+
+void RU_LevelsFunc::fastRow(RU_PixelFunction* function, float* values, int64_t count, int component)
+{
+    levelsOf(function).fast_[component].row(values, count);
+}
+
+void RU_LevelsFunc::safeRow(RU_PixelFunction* function, float* values, int64_t count, int component)
+{
+    const RU_LevelsFunc& levels = levelsOf(function);
+    levels.components_[component].row(values, count);
+    levels.global_.row(values, count);
+}
+
+void RU_LevelsFunc::getPixelShader(UT_String& body)
+{
+    float igamma[4], factor[4], addend[4];
+    for (int c = 0; c < 4; ++c) {
+        igamma[c] = components_[c].igamma;
+        factor[c] = components_[c].factor;
+        addend[c] = components_[c].addend;
+    }
+    addConstant("igamma", RE_GPU_FLOAT32, 4, igamma, 1);
+    addConstant("factor", RE_GPU_FLOAT32, 4, factor, 1);
+    addConstant("addend", RE_GPU_FLOAT32, 4, addend, 1);
+    addConstant("gigamma", RE_GPU_FLOAT32, 1, &global_.igamma, 1);
+    addConstant("gfactor", RE_GPU_FLOAT32, 1, &global_.factor, 1);
+    addConstant("gaddend", RE_GPU_FLOAT32, 1, &global_.addend, 1);
+    body.clear();
+    if (bendsComponents())
+        body.append("value = sign(value) * pow(abs(value), VEC4(igamma));\n");
+    body.append("value = value * VEC4(factor) + VEC4(addend);\n");
+    if (global_.bends())
+        body.append("value = sign(value) * pow(abs(value), VEC4(gigamma));\n");
+    body.append("value = value * VEC4(gfactor) + VEC4(gaddend);\n");
+}
