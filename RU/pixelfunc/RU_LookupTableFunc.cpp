@@ -40,7 +40,7 @@ void RU_LookupTableFunc::getPixelShader(UT_String& body)
            "VEC4 below = floor(place);\n"
            "VEC4 above = min(below + VEC4(1.0f), VEC4(last));\n";
     for (int c = 0; c < 4; ++c) {
-        UT_String line("value.%c = mix(IN_lookup%n_AT(INT(below.%c), %y), IN_lookup%n_AT(INT(above.%c), %y),"
+        UT_String line("value.%c = mix(ABS_lookup%n(INT(below.%c), %y), ABS_lookup%n(INT(above.%c), %y),"
                        " place.%c - below.%c);\n");
         line.substitute("%c", std::string_view("rgba").substr(static_cast<size_t>(c), 1));
         line.substitute("%n", index);

@@ -14,7 +14,7 @@ public:
                              bool normalize) = 0;
 
     /// An input array of width x height vectors. The program reads it as IN_name at the pixel that it
-    /// computes, and as IN_name_AT(x, y) anywhere; single values are FLOAT, pairs VEC2 and so on. The data
+    /// computes, and as ABS_name(x, y) anywhere; single values are FLOAT, pairs VEC2 and so on. The data
     /// must last until the computation is done.
     virtual void setArray2D(const char* name, RE_GPUType type, int vectorSize, int width, int height,
                             const void* data) = 0;

@@ -2,6 +2,7 @@
 #include <PXL/PXL_Lookup.h>
 #include <RU/pixelfunc/RU_LookupClipFunc.h>
 #include <RU/pixelfunc/RU_LookupTableFunc.h>
+#include <RU/pixelfunc/RU_ColorCurveFunc.h>
 #include <reference/Formats.h>
 #include <reference/Functions.h>
 
@@ -211,4 +212,60 @@ TEST(Shader, LookupsUploadTheirTables)
     RU_LookupClipFunc(&single).declareShader(head, &gpu, 9, body);
     EXPECT_NE(body.view().find("clipTrack9(value.b, 0, 1),\n             clipTrack9(value.g, 0, 1)"),
               std::string_view::npos);
+}
+
+TEST(Shader, ColourCurvesUploadAndCallByComponent)
+{
+    RU_ColorCurve shorter, longer;
+    for (const float x : {0.0f, 1.0f, 2.0f}) {
+        longer.addPoint(x, 10 + x, 1);
+        if (x < 2)
+            shorter.addPoint(x, 20 + x, 1);
+    }
+    shorter.create(false);
+    longer.create(true);
+    RU_ColorCurve* curves[] = {&shorter, nullptr, &longer};
+    RU_ColorCurveFunc function(curves, 3);
+    RU_PixelFunction head;
+    RecordingGPU gpu;
+    UT_String body;
+    function.declareShader(head, &gpu, 7, body);
+
+    const auto call = [](const std::string& component, const std::string& k) {
+        return "value." + component + " =\n  CCevalCurve7(value." + component + ",coffset,numsplines" + k +
+               ",extend" + k + ",preslope" + k + ",postslope" + k +
+               ",\n                i,splx,sply,\n                a,b,c,d,Q,R,Q3,A,B,r);\n";
+    };
+    const std::string step = "coffset += 2;\n";
+    EXPECT_EQ(body.view(), "coffset = 0;\n" + call("r", "0") + step + step + call("b", "2") + step +
+                               call("a", "2") + step);
+
+    ASSERT_EQ(gpu.constants.size(), 8u);
+    const char* names[] = {"numsplines", "extend", "preslope", "postslope"};
+    for (size_t i = 0; i < 8; ++i)
+        EXPECT_EQ(gpu.constants[i].name, names[i % 4] + std::string(i < 4 ? "07" : "27"));
+    const auto number = [&](size_t i) { return std::bit_cast<int>(gpu.constants[i].values[0]); };
+    EXPECT_TRUE(number(0) == 4 && number(1) == 0 && number(4) == 7 && number(5) == 1);
+    EXPECT_EQ(gpu.constants[6].values, std::vector{longer.preslope()});
+
+    // x and y of each component's curve, also where there is none.
+    ASSERT_EQ(gpu.arrays.size(), 1u);
+    EXPECT_EQ(gpu.arrays[0].name, "points7");
+    EXPECT_EQ(gpu.arrays[0].shape, (std::array{int{RE_GPU_FLOAT32}, 1, 7, 8}));
+    const auto* points = static_cast<const float*>(gpu.arrays[0].data[0]);
+    const float lasts[] = {1, 21, 0, 0, 2, 12, 2, 12};
+    for (int row = 0; row < 8; ++row)
+        EXPECT_EQ(points[row * 7 + (row < 2 ? 3 : 6)], lasts[row]) << row;
+
+    const std::string_view code = head.getAddedFunctionCode().view(),
+                           locals = head.getLocalDeclarations().view();
+    for (const char* part : {"FLOAT quadratic7(", "FLOAT CCevalCurve7(", "ABS_points7(i, coffset)", "0.00005",
+                             "0.0005", "+ 6.2832", "- 6.2832", "r*r*r*r"})
+        EXPECT_NE(code.find(part), code.npos) << part;
+    for (const char* local : {"INT coffset7;", "VEC4 splx7;", "FLOAT Q37;", "FLOAT B7;", "INT i7;"})
+        EXPECT_NE(locals.find(local), locals.npos) << local;
+
+    RU_ColorCurveFunc none(curves + 1, 1);
+    none.declareShader(head, &gpu, 8, body);
+    EXPECT_TRUE(body.isEmpty() && gpu.arrays.size() == 1);
 }
