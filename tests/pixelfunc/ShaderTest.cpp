@@ -1,8 +1,8 @@
 #include <CL/CL_Clip.h>
 #include <PXL/PXL_Lookup.h>
+#include <RU/pixelfunc/RU_ColorCurveFunc.h>
 #include <RU/pixelfunc/RU_LookupClipFunc.h>
 #include <RU/pixelfunc/RU_LookupTableFunc.h>
-#include <RU/pixelfunc/RU_ColorCurveFunc.h>
 #include <reference/Formats.h>
 #include <reference/Functions.h>
 

@@ -312,7 +312,7 @@ void addLookups(Catalogue& list)
                        "VEC4 above = min(below + VEC4(1.0f), VEC4(last));\n";
     const std::string rows = "0101";
     for (size_t c = 0; c < 4; ++c) {
-        std::string line = "value.% = mix(IN_lookup7_AT(INT(below.%), #), IN_lookup7_AT(INT(above.%), #), "
+        std::string line = "value.% = mix(ABS_lookup7(INT(below.%), #), ABS_lookup7(INT(above.%), #), "
                            "place.% - below.%);\n";
         for (char& letter : line)
             letter = letter == '%' ? "rgba"[c] : letter == '#' ? rows[c] : letter;

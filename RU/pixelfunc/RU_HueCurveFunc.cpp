@@ -1,0 +1,104 @@
+#include <RU/pixelfunc/RU_HueCurveFunc.h>
+
+#include <RU/gpgpu/RU_ShaderSources.h>
+#include <RU/pixelfunc/RU_ColorCurve.h>
+#include <RU/pixelfunc/ru_VectorForms.h>
+
+#include <string>
+
+RU_VECTOR_FORMS(RU_HueCurveFunc, ru_HueCurve)
+
+namespace {
+
+constexpr float neutral = 0.5f;
+
+/// The curve with its keys on the circle before and behind, so that all of it is as between keys.
+RU_ColorCurve periodic(const RU_ColorCurve& curve)
+{
+    bool startsAtZero = false;
+    for (int64_t i = 0; i < curve.keyCount(); ++i)
+        startsAtZero = startsAtZero || curve.keyX(i) == 0.0f;
+    RU_ColorCurve repeated;
+    for (int64_t i = 0; i < curve.keyCount(); ++i) {
+        float x = curve.keyX(i);
+        if (x == 1.0f && !startsAtZero)
+            x = 0.0f;
+        if (x >= 0.0f && x < 1.0f)
+            for (const float turn : {-1.0f, 0.0f, 1.0f})
+                repeated.addPoint(x + turn, curve.keyY(i), curve.keyWeight(i));
+    }
+    repeated.create(false);
+    return repeated;
+}
+
+/// The curve at the steps of the circle; neutral without one.
+std::vector<float> samplesOf(const RU_ColorCurve* curve)
+{
+    constexpr int steps = ru_HueCurve::steps;
+    std::vector<float> samples(steps + 1, neutral);
+    if (curve == nullptr)
+        return samples;
+    const RU_ColorCurve circle = periodic(*curve);
+    if (circle.keyCount() == 0)
+        return samples;
+    for (int i = 0; i < steps; ++i)
+        samples[static_cast<size_t>(i)] = circle.evaluate(static_cast<float>(i) / static_cast<float>(steps));
+    samples.back() = samples.front();
+    return samples;
+}
+
+std::vector<float> gainsOf(const RU_ColorCurve* curve)
+{
+    std::vector<float> gains = samplesOf(curve);
+    for (float& gain : gains)
+        gain = gain > 0.0f ? gain * (1.0f / neutral) : 0.0f;
+    return gains;
+}
+
+} // namespace
+
+RU_HueCurveFunc::RU_HueCurveFunc(const RU_ColorCurve* hue, const RU_ColorCurve* saturation,
+                                 const RU_ColorCurve* value)
+    : turns_(samplesOf(hue)), satGains_(gainsOf(saturation)), valGains_(gainsOf(value))
+{
+    for (size_t i = 0; i < turns_.size(); ++i) {
+        turns_[i] -= neutral;
+        shaderTable_.insert(shaderTable_.end(), {turns_[i], satGains_[i], valGains_[i]});
+    }
+}
+
+void RU_HueCurveFunc::fill(ru_HueCurve& expression, ru_Present) const
+{
+    expression.turns = turns_.data();
+    expression.satGains = satGains_.data();
+    expression.valGains = valGains_.data();
+}
+
+void RU_HueCurveFunc::getPixelShader(UT_String& body)
+{
+    usesGlobal("num_comps");
+    for (const char* name : {"minv", "maxv", "hue", "sat", "val", "rs", "gs", "bs", "s1", "f", "p", "q", "t"})
+        addLocal(name, RE_GPU_FLOAT32, 1);
+    addLocal("i", RE_GPU_INT32, 1);
+    addLocal("gain", RE_GPU_FLOAT32, 3);
+    UT_String shared;
+    RUgetToHSVConvertGPU(shared);
+    addFunction("toHSV", shared.buffer());
+    RUgetFromHSVConvertGPU(shared);
+    addFunction("fromHSV", shared.buffer());
+    const std::string table = "huecurve" + std::to_string(getFunctionIndex());
+    addArray(table.c_str(), RE_GPU_FLOAT32, 3, static_cast<int>(turns_.size()), 1, shaderTable_.data());
+
+    // Back by the pure hue k: (1 - (1 - k) s) v, also for s > 1.
+    UT_String text("if(num_comps < 3 || max(value.r, max(value.g, value.b)) <= 0.0) return value;\n"
+                   "value.rgb = toHSV(value.rgb, minv,maxv, s1,hue,sat,rs,gs,bs);\n"
+                   "p = min(value.r, 1.0) * 2048.0;\n"
+                   "i = min(INT(p), 2047);\n"
+                   "gain = mix(ABS_%t(i, 0), ABS_%t(i + 1, 0), p - FLOAT(i));\n"
+                   "gain.yz *= value.gb;\n"
+                   "value.rgb = VEC3(value.r + gain.x, 1.0, 1.0);\n"
+                   "value.rgb = fromHSV(value.rgb, i,hue,sat,val,f,p,q,t);\n"
+                   "value.rgb = (VEC3(1.0) - (VEC3(1.0) - value.rgb) * VEC3(gain.y)) * VEC3(gain.z);\n");
+    text.substitute("%t", table);
+    body = text;
+}

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <RU/pixelfunc/RU_PixelFunction.h>
+
+#include <vector>
+
+class RU_ColorCurve;
+struct ru_HueCurve;
+
+/// Changes colours by their hue, with up to three curves over hue from 0 to 1 (red 0, green 1/3, blue 2/3):
+///
+///     hue          + curve - 0.5, in turns
+///     saturation   * 2 curve
+///     value        * 2 curve, both from 0 on
+///
+/// so that 0.5 leaves a colour as it is and 1 turns hue by half a circle or doubles the other two. Hue,
+/// saturation and value are those of RU_HSVConvertFunc, but a saturation above 1, which stands for components
+/// below 0, is kept; colours without a component above 0 stay as they are.
+///
+/// Hue is a circle, so the keys of a curve are repeated before 0 and behind 1 and it runs smoothly through
+/// red. A key at 1 is one at 0, and is ignored where that has a key of its own, as keys outside [0, 1] are.
+/// A single key gives a flat curve.
+///
+/// Components: nothing happens unless red, green and blue are all there; alpha stays.
+/// Ownership: the curves are read by the constructor and may go afterwards; null, or without a key, for none.
+/// Cost: the curves are sampled at 2048 hues, linear in between; the shader reads the same samples.
+class RU_API RU_HueCurveFunc : public RU_PixelFunction
+{
+public:
+    RU_HueCurveFunc(const RU_ColorCurve* hue, const RU_ColorCurve* saturation, const RU_ColorCurve* value);
+
+    bool needAllComponents() const override { return true; }
+    RU_VectorForm getVectorFunction() const override;
+    RU_VectorRowForm getVectorRowFunction() const override;
+    void getPixelShader(UT_String& body) override;
+
+private:
+    template <class, class>
+    friend struct ru_VectorForms;
+    void fill(ru_HueCurve& expression, unsigned present) const;
+
+    std::vector<float> turns_, satGains_, valGains_;
+    std::vector<float> shaderTable_; ///< the three side by side
+};
