@@ -21,11 +21,6 @@ public:
     /// From the control points, without the table.
     float solve(float x) const;
 
-    int64_t bytes() const
-    {
-        return static_cast<int64_t>((stretches_.size() + cells_.size()) * sizeof(double));
-    }
-
 private:
     ru_CurveView view() const;
 
