@@ -7,8 +7,9 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU") # these turn a select into several, and
   list(APPEND KREILUGE_KERNEL_FLAGS -fno-thread-jumps -fno-tree-pre)
 endif()
 set(KREILUGE_ISA_baseline "")
-set(KREILUGE_ISA_avx2 -mavx2 -mf16c)
-set(KREILUGE_ISA_avx512 -mavx512f -mavx512bw -mavx512dq -mavx512vl -mavx512vbmi -mf16c -mprefer-vector-width=512)
+# Tuned for a processor: generic tuning takes gathers apart.
+set(KREILUGE_ISA_avx2 -mavx2 -mf16c -mtune=skylake)
+set(KREILUGE_ISA_avx512 -mavx512f -mavx512bw -mavx512dq -mavx512vl -mavx512vbmi -mf16c -mprefer-vector-width=512 -mtune=skylake-avx512)
 
 function(kreiluge_kernels target)
   set(sets baseline)
