@@ -44,16 +44,20 @@ bool allConstant(const TIL_TileList& list)
                        [](const TIL_Tile* tile) { return tile == nullptr || tile->isConstant(); });
 }
 
-/// A stretch of pixels, as the chain sees it: a row of values per component, zeros where the input has none.
-/// Constant inputs are read once, up front: the output may be the same tile.
+/// Stretches of pixels, as the chain sees them: a row of values per component, zeros where the input has none.
+/// Float values are computed where the output has them. Constant inputs are read once, up front: the output
+/// may be the same tile.
 template <class T, bool FullRange>
 class PixelRows
 {
 public:
-    PixelRows(const RU_PixelFunction& chain, const TIL_TileList& in, const ru_Range<T>& range, int64_t first)
+    PixelRows(const RU_PixelFunction& chain, const TIL_TileList& out, const TIL_TileList& in,
+              const ru_Range<T>& range, int64_t first)
         : chain_(chain), rows_(range)
     {
         for (int c = 0; c < 4; ++c) {
+            if (TIL_Tile* tile = openTile(out, c))
+                output_[c] = dataOf<T>(*tile);
             const TIL_Tile* tile = in.tiles[c];
             if (tile == nullptr)
                 continue;
@@ -61,6 +65,8 @@ public:
             isConstant_[c] = tile->isConstant();
             rows_.load(input_[c] + first, &constant_[c], 1);
         }
+        for (int c = 0; c < 4; ++c)
+            computesInOutput_[c] = input_[c] != nullptr && output_[c] != nullptr && !isReadForAnother(c);
     }
 
     /// Reads `count` pixels from `offset` on, at most ru_chunk, and runs the chain on them.
@@ -68,6 +74,7 @@ public:
     {
         float* components[4] = {};
         for (int c = 0; c < 4; ++c) {
+            values_[c] = computesInOutput_[c] ? rows_.target(output_[c] + offset, scratch_[c]) : scratch_[c];
             if (input_[c] == nullptr)
                 continue;
             if (isConstant_[c])
@@ -79,18 +86,30 @@ public:
         chain_.processRows(components, count);
     }
 
+    /// What evaluate() came to for a component.
     void write(T* codes, int component, int64_t count) const
     {
         rows_.write(values_[component], codes, count);
     }
 
 private:
+    bool isReadForAnother(int c) const
+    {
+        for (int other = 0; other < 4; ++other)
+            if (other != c && input_[other] == output_[c])
+                return true;
+        return false;
+    }
+
     const RU_PixelFunction& chain_;
     ru_FloatRows<T, FullRange> rows_;
     const T* input_[4] = {};
+    T* output_[4] = {};
+    bool computesInOutput_[4] = {};
     bool isConstant_[4] = {};
     float constant_[4] = {};
-    float values_[4][ru_chunk] = {};
+    float* values_[4] = {};
+    float scratch_[4][ru_chunk] = {};
 };
 
 } // namespace
@@ -165,7 +184,7 @@ void RU_PixelEngineOp<T, FullRange>::adjustPixels(const TIL_TileList& out, const
     const ru_TileRows rows(out);
     const int64_t first = rows.offset(rows.first);
     const auto range = ru_engineRange<T, FullRange>(out.blackPoint, out.whitePoint);
-    PixelRows<T, FullRange> pixels(chain, in, range, first);
+    PixelRows<T, FullRange> pixels(chain, out, in, range, first);
     if (allConstant(in)) {
         pixels.evaluate(first, 1);
         for (int c = 0; c < 4; ++c)

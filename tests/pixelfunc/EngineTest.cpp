@@ -160,6 +160,20 @@ TEST_P(Engine, ConstantTilesAndSharedListsGiveTheSameBytes)
         }
 }
 
+TEST_P(Engine, ChainsOfPixelsMayWriteOverAnotherComponentsInput)
+{
+    Random random(5);
+    Picture in(GetParam(), 29, 3), apart(GetParam(), 29, 3);
+    in.randomize(random);
+    Swap swap;
+    EXPECT_EQ(adjust(&swap, apart, in), 1);
+    TIL_TileList crossed = in.list;
+    std::swap(crossed.tiles[0], crossed.tiles[1]);
+    RU_PixelEngine engine(&swap);
+    EXPECT_EQ(engine.pixelAdjust(&crossed, &in.list, 0.0f, nullptr, 0, nullptr), 1);
+    EXPECT_TRUE(in.bytes(1) == apart.bytes(0) && in.bytes(0) == apart.bytes(1));
+}
+
 TEST_P(Engine, ValuesBeyondTheRangeAndNotNumbersAreStoredByTheFormatsRule)
 {
     const Format& format = GetParam();
