@@ -65,10 +65,12 @@ public:
             const double code = in_.tiles[k].isConstant() ? in_.at(k, 0, first) : in_.at(k, x, y);
             pixel[static_cast<size_t>(k)] = in_.list.tiles[k] ? format_.valueOf(code, read_) : NAN;
         }
-        double exact = in_.list.tiles[c] ? chain_.exact(pixel)[static_cast<size_t>(c)] : 0.0;
+        const auto component = static_cast<size_t>(c);
+        double exact = in_.list.tiles[c] ? chain_.exact(pixel)[component] : 0.0;
+        const double error = in_.list.tiles[c] ? chain_.error(pixel, component) : 0.0;
         if (format_.isInteger() && write_.black == 0)
             exact = std::clamp(exact, 0.0, 1.0);
-        return format_.holds(stored, exact, write_, 1e-6 * (1.0 + std::abs(exact)));
+        return format_.holds(stored, exact, write_, error);
     }
 
     const int first;

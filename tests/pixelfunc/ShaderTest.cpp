@@ -5,6 +5,7 @@
 #include <RU/pixelfunc/RU_LookupTableFunc.h>
 #include <reference/Formats.h>
 #include <reference/Functions.h>
+#include <reference/VectorFunctions.h>
 
 #include <sstream>
 
@@ -37,7 +38,8 @@ public:
                      bool normalize) override
     {
         const auto* values = static_cast<const float*>(data);
-        constants.push_back({name, type, {values, values + size * count}, count, normalize});
+        const int elements = (type == RE_GPU_MATRIX4 ? 16 : size) * count;
+        constants.push_back({name, type, {values, values + elements}, count, normalize});
     }
     void setArray2D(const char* name, RE_GPUType type, int size, int width, int height,
                     const void* data) override
@@ -89,38 +91,64 @@ struct TypeNamer : RU_PixelFunction
     }
 };
 
+/// The whole text, or pieces of it in their order, and what it declares.
+void expectShader(RU_PixelFunction& function, const std::vector<std::string>& pieces,
+                  const std::vector<std::string>& locals, const std::vector<Constant>& constants)
+{
+    RU_PixelFunction head;
+    RecordingGPU gpu;
+    UT_String body;
+    function.declareShader(head, &gpu, 7, body);
+    const std::string text(body.view());
+    size_t at = 0;
+    for (const std::string& piece : pieces) {
+        ASSERT_NE(at = text.find(piece, at), std::string::npos) << piece << "\nis not in\n" << text;
+        at += piece.size();
+    }
+    EXPECT_TRUE(pieces.size() > 1 || text == pieces[0]) << text;
+
+    const bool numComps = text.find("num_comps") != std::string::npos;
+    EXPECT_EQ(head.usesNumCompsGlobal(), numComps);
+    std::string parameters = numComps ? ", in int num_comps" : "", arguments = numComps ? ", num_comps" : "";
+    std::string declarations;
+    for (const std::string& local : locals) {
+        parameters.append(", out ").append(local).append("7");
+        arguments.append(",").append(local, local.find(' ') + 1).append("7");
+        declarations += local + "7;\n";
+    }
+    ASSERT_EQ(gpu.constants.size(), constants.size());
+    for (size_t i = 0; i < constants.size(); ++i) {
+        const auto& got = gpu.constants[i];
+        const auto& [name, values] = constants[i];
+        EXPECT_EQ(got.name, name + "7");
+        EXPECT_EQ(got.type, values.size() == 16 ? RE_GPU_MATRIX4 : RE_GPU_FLOAT32);
+        EXPECT_EQ(got.values, values) << name;
+        EXPECT_EQ(got.count, 1);
+        EXPECT_FALSE(got.normalize);
+        parameters += values.size() == 1   ? ", in FLOAT "
+                      : values.size() == 4 ? ", in VEC4 "
+                                           : ", in MATRIX4 ";
+        parameters += name + "7";
+        arguments += "," + name + "7";
+    }
+    EXPECT_EQ(head.getParameterDeclarations().view(), parameters);
+    EXPECT_EQ(head.getCallArguments().view(), arguments);
+    EXPECT_EQ(head.getLocalDeclarations().view(), declarations);
+}
+
 } // namespace
 
 TEST(Shader, EveryFunctionHasItsTextAndConstants)
 {
-    size_t constants = 0;
     for (const Function& function : functions()) {
         SCOPED_TRACE(function.kernel + function.parameters);
-        RU_PixelFunction head;
-        RecordingGPU gpu;
-        UT_String body;
-        function.object->declareShader(head, &gpu, 7, body);
-        EXPECT_EQ(body.view(), function.shader);
-        EXPECT_FALSE(head.usesNumCompsGlobal());
-
-        std::string parameters, arguments;
-        ASSERT_EQ(gpu.constants.size(), function.constants.size());
-        for (size_t i = 0; i < gpu.constants.size(); ++i, ++constants) {
-            const auto& got = gpu.constants[i];
-            const auto& [name, values] = function.constants[i];
-            EXPECT_EQ(got.name, name + "7");
-            EXPECT_EQ(got.type, RE_GPU_FLOAT32);
-            EXPECT_EQ(got.values, values) << name;
-            EXPECT_EQ(got.count, 1);
-            EXPECT_FALSE(got.normalize);
-            parameters += values.size() == 1 ? ", in FLOAT " : ", in VEC4 ";
-            parameters += name + "7";
-            arguments += "," + name + "7";
-        }
-        EXPECT_EQ(head.getParameterDeclarations().view(), parameters);
-        EXPECT_EQ(head.getCallArguments().view(), arguments);
+        expectShader(*function.object, {function.shader}, {}, function.constants);
     }
-    EXPECT_GT(constants, 50u);
+    for (const VectorFunction& function : vectorFunctions()) {
+        SCOPED_TRACE(function.name);
+        if (!function.shader.empty())
+            expectShader(*function.object, function.shader, function.locals, function.constants);
+    }
 }
 
 TEST(Shader, DeclarationsGoToTheHeadUnderIndexedNames)

@@ -1,0 +1,366 @@
+#include <RU/pixelfunc/RU_AverageFunc.h>
+#include <RU/pixelfunc/RU_ColorCurve.h>
+#include <RU/pixelfunc/RU_ColorReplace.h>
+#include <RU/pixelfunc/RU_ComponentFunc.h>
+#include <RU/pixelfunc/RU_HSVConvertFunc.h>
+#include <RU/pixelfunc/RU_HueCurveFunc.h>
+#include <RU/pixelfunc/RU_HueFunc.h>
+#include <RU/pixelfunc/RU_LengthFunc.h>
+#include <RU/pixelfunc/RU_LuminanceFunc.h>
+#include <RU/pixelfunc/RU_MaxFunc.h>
+#include <RU/pixelfunc/RU_MinFunc.h>
+#include <RU/pixelfunc/RU_NTSCLuminanceFunc.h>
+#include <RU/pixelfunc/RU_NormalizeFunc.h>
+#include <RU/pixelfunc/RU_SaturationFunc.h>
+#include <RU/pixelfunc/RU_VectorFunc.h>
+#include <reference/VectorFunctions.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace reference {
+
+namespace {
+
+struct Colour
+{
+    float r, g, b;
+};
+
+float orZero(double v)
+{
+    return v == v ? static_cast<float>(v) : 0.0f;
+}
+
+/// For what does nothing unless red, green and blue are all there.
+template <class F>
+auto onColours(F formula)
+{
+    return [formula](Pixel p) {
+        if (std::isnan(p[0] + p[1] + p[2]))
+            return p;
+        const Colour c = formula(Colour{orZero(p[0]), orZero(p[1]), orZero(p[2])});
+        return Pixel{c.r, c.g, c.b, p[3]};
+    };
+}
+
+Colour grey(float v)
+{
+    return {v, v, v};
+}
+
+/// For results made of the components that are there: of the list of them, and of the value that gets it.
+template <class F>
+auto onPresent(F formula)
+{
+    return [formula](Pixel p) {
+        std::vector<float> there;
+        for (const double v : p)
+            if (v == v)
+                there.push_back(static_cast<float>(v));
+        for (double& v : p)
+            v = v == v ? formula(there, static_cast<float>(v)) : NAN;
+        return p;
+    };
+}
+
+float luminance(Colour c)
+{
+    return 0.3086f * c.r + 0.6094f * c.g + 0.082f * c.b;
+}
+
+Colour toHSV(Colour c)
+{
+    const float most = std::max({c.r, c.g, c.b}), least = std::min({c.r, c.g, c.b}), span = most - least;
+    const float s = most > 0 ? span / most : 0.0f;
+    if (span == 0)
+        return {0.0f, s, most};
+    const float rs = (most - c.r) / span, gs = (most - c.g) / span, bs = (most - c.b) / span;
+    const float sector = most == c.r   ? (least == c.g ? 5.0f + bs : 1.0f - gs)
+                         : most == c.g ? (least == c.b ? 1.0f + rs : 3.0f - bs)
+                                       : (least == c.r ? 3.0f + gs : 5.0f - rs);
+    const float h = sector * 0.1666667f;
+    return {h == 1.0f ? 0.0f : h, s, most};
+}
+
+/// With a saturation above 1 some components are below 0.
+Colour fromWideHSV(Colour c)
+{
+    const float v = c.b, s = c.g;
+    if (!(s > 0))
+        return grey(v);
+    float h6 = std::fmod(c.r * 6.0f, 6.0f);
+    h6 += h6 < 0 ? 6.0f : 0.0f;
+    const float i = std::floor(h6), f = h6 - i;
+    const float p = (1.0f - s) * v, q = (1.0f - s * f) * v, t = (1.0f - (1.0f - f) * s) * v;
+    const Colour sectors[] = {{v, t, p}, {q, v, p}, {p, v, t}, {p, q, v}, {t, p, v}, {v, p, q}};
+    return sectors[i < 6 ? static_cast<int>(i) : 0];
+}
+
+Colour fromHSV(Colour c)
+{
+    return fromWideHSV({c.r, std::min(c.g, 1.0f), c.b});
+}
+
+struct Adjustment
+{
+    float degrees, satScale, satShift, valScale, valShift;
+    bool keepLuminance;
+
+    Pixel operator()(Pixel pixel) const
+    {
+        const auto [r, g, b, a] = pixel;
+        const bool redAlone = r == r && g != g && b != b;
+        const Colour in{orZero(r), orZero(g), orZero(b)};
+        const float lum = redAlone ? in.r : luminance(in);
+        auto [h, s, v] = toHSV(redAlone ? grey(in.r) : in);
+        if (!redAlone) {
+            h = std::fmod(h + degrees * 0.002777778f, 1.0f);
+            h += h < 0 ? 1.0f : 0.0f;
+            s = std::clamp(s * satScale + satShift, 0.0f, 1.0f);
+        }
+        const Colour out = fromHSV({h, s, v * valScale + valShift});
+        const float lum2 = luminance(out);
+        const float k = keepLuminance && lum2 != 0 ? (lum * valScale + valShift) / lum2 : 1.0f;
+        return {r == r ? out.r * k : NAN, g == g ? out.g * k : NAN, b == b ? out.b * k : NAN, a};
+    }
+};
+
+using Texts = std::vector<std::string>;
+using VectorCatalogue = std::vector<VectorFunction>;
+
+void add(VectorCatalogue& list, const std::string& name, RU_PixelFunction* function,
+         std::function<Pixel(Pixel)> exact, Texts shader, Texts locals = {},
+         std::vector<Constant> constants = {})
+{
+    list.push_back({name, std::shared_ptr<RU_PixelFunction>(function), std::move(exact), 0.0,
+                    std::move(shader), std::move(locals), std::move(constants)});
+}
+
+void addSums(VectorCatalogue& list)
+{
+    add(list, "NTSCLuminance", new RU_NTSCLuminanceFunc,
+        onColours([](Colour c) { return grey(0.299f * c.r + 0.587f * c.g + 0.114f * c.b); }),
+        {"if(num_comps >= 3)\n"
+         "    value = VEC4(VEC3(dot(value.rgb, VEC3(0.299,0.587,0.144))),                 value.a);"});
+    add(list, "Luminance", new RU_LuminanceFunc, onColours([](Colour c) { return grey(luminance(c)); }),
+        {"if(num_comps >= 3)\n    value=VEC4(VEC3(dot(value.rgb,VEC3(0.3086,0.6094,0.082))),\nvalue.a);"});
+    static const UT_Matrix4 xform = {
+        {{0.5f, 0.3f, -0.2f, 9}, {1.1f, -0.7f, 0.1f, 9}, {0, 0.4f, 2, 9}, {0.2f, -3, 0, 9}}};
+    const auto point = [](Pixel p) {
+        const float r = orZero(p[0]), g = orZero(p[1]), b = orZero(p[2]);
+        for (size_t c = 0; c < 3; ++c)
+            p[c] = p[c] == p[c] ? r * xform.m[0][c] + g * xform.m[1][c] + b * xform.m[2][c] + xform.m[3][c]
+                                : NAN;
+        return p;
+    };
+    add(list, "Vector", new RU_VectorFunc(xform), point,
+        {"if(num_comps < 4)\n    value = TRANSFORM_POINT(xform, VEC4(value.xyz, 1.0f));\n"
+         "else\n    value = TRANSFORM_POINT(xform, value);\n"},
+        {}, {{"xform", {xform.m[0], xform.m[0] + 16}}});
+    const auto squares = [](const auto& there) {
+        float sum = 0;
+        for (const float v : there)
+            sum += v * v;
+        return sum;
+    };
+    const auto length = [=](const auto& there, float) { return std::sqrt(squares(there)); };
+    const auto normal = [=](const auto& there, float v) {
+        return squares(there) > 0 ? v * (1.0f / std::sqrt(squares(there))) : v;
+    };
+    add(list, "Length", new RU_LengthFunc, onPresent(length), {"value = VEC4(length(value));"});
+    add(list, "Normalize", new RU_NormalizeFunc, onPresent(normal),
+        {"value = (length(value) > 0.0) ? normalize(value) : value;"});
+}
+
+void addReductions(VectorCatalogue& list)
+{
+    for (const int index : {0, 1, 2, 3, 4, -1}) {
+        const bool known = index >= 0 && index < 4;
+        const auto one = [=](Pixel p) {
+            const float value = known ? orZero(p[static_cast<size_t>(index)]) : 0.0f;
+            return onPresent([=](const auto&, float) { return value; })(p);
+        };
+        add(list, "Component" + std::to_string(index + 1), new RU_ComponentFunc(index), one,
+            {known ? std::string("value = VEC4(value.") + "rgba"[index] + ");" : ""});
+    }
+    add(list, "Max", new RU_MaxFunc,
+        onPresent([](const auto& there, float) { return *std::max_element(there.begin(), there.end()); }),
+        {"if(num_comps == 2) value.rg = VEC2(max(value.r,value.g));\nelse if(num_comps == 3)\n"
+         "   value.rgb = VEC3(max(max(value.r,value.g), value.b));\nelse if(num_comps == 4)\n"
+         "   value.rgba=VEC4(max(max(value.r,value.g),max(value.b,value.a)));\n"});
+    add(list, "Min", new RU_MinFunc,
+        onPresent([](const auto& there, float) { return *std::min_element(there.begin(), there.end()); }),
+        {"if(num_comps == 2) value.rg = VEC2(min(value.r,value.g));\nelse if(num_comps == 3)\n"
+         "   value.rgb = VEC3(min(min(value.r,value.g), value.b));\nelse if(num_comps == 4)\n"
+         "   value.rgba=VEC4(min(min(value.r,value.g),min(value.b,value.a)));\n"});
+    const auto mean = [](const auto& there, float) {
+        float sum = 0;
+        for (const float v : there)
+            sum += v;
+        return sum / static_cast<float>(there.size());
+    };
+    add(list, "Average", new RU_AverageFunc, onPresent(mean),
+        {"if(num_comps == 2) value.rg = VEC2((value.r+value.g)*0.5f);\nelse if(num_comps == 3)\n"
+         "   value.rgb = vec3((value.r+value.g+value.b)*0.333333);\nelse if(num_comps == 4)\n"
+         "   value = VEC4((value.r+value.g+value.b+value.a)*0.25f);\n"});
+}
+
+void addHues(VectorCatalogue& list)
+{
+    add(list, "Saturation", new RU_SaturationFunc, saturationOf,
+        {"minv = min(value.r, min(value.g, value.b));\n  maxv = max(value.r, max(value.g, value.b));\n"
+         "  value.rgb = (maxv > 0) ? ((maxv - minv)/maxv) : 0.0;\n"},
+        {"FLOAT maxv", "FLOAT minv"});
+    add(list, "Hue", new RU_HueFunc, hueOf,
+        {"  minv = min(value.r, min(value.g, value.b));\n  maxv = max(value.r, max(value.g, value.b));\n"
+         "  s1 = maxv - minv;\n  if(s1 > 0) {\n    rs = (maxv - value.r) / s1;\n"
+         "    gs = (maxv - value.g) / s1;\n    bs = (maxv - value.b) / s1;\n    if(maxv == value.r)\n"
+         "       hue = (minv == value.g) ? (5.0 + bs) : (1.0 - gs);\n    else if(maxv == value.g)\n"
+         "       hue = (minv == value.b) ? (1.0 + rs) : (3.0 - bs);\n    else\n"
+         "       hue = (minv == value.r) ? (3.0 + gs) : (5.0 - rs);\n    hue *= 0.1666667;\n"
+         "    if(hue == 1.0)\n       hue = 0.0;\n  } else hue = 0;\n  value.rgb = vec3(hue, hue, hue);\n"},
+        {"FLOAT minv", "FLOAT maxv", "FLOAT hue", "FLOAT s1", "FLOAT rs", "FLOAT gs", "FLOAT bs"});
+}
+
+void addConversions(VectorCatalogue& list)
+{
+    const Texts locals = {"VEC4 prev", "FLOAT lum", "FLOAT lum2", "FLOAT minv", "FLOAT maxv", "FLOAT hue",
+                          "FLOAT sat", "FLOAT rs",  "FLOAT gs",   "FLOAT bs",   "FLOAT s1"};
+    Texts all = locals;
+    all.insert(all.end(), {"INT i", "FLOAT val", "FLOAT f", "FLOAT p", "FLOAT q", "FLOAT t"});
+    const std::string to = "value.rgb = toHSV(value.rgb, minv,maxv, s1,hue,sat,rs,gs,bs);\n";
+    const std::string from = "value.rgb = fromHSV(value.rgb, i,hue,sat,val,f,p,q,t);\n";
+    const float ignored[] = {7, 7};
+    add(list, "ToHSV", new RU_HSVConvertFunc(RU_RGB_TO_HSV, 90, ignored, ignored, true), onColours(toHSV),
+        {"num_comps < 3", to}, locals);
+    add(list, "FromHSV", new RU_HSVConvertFunc(RU_HSV_TO_RGB, 90, ignored, ignored, true), onColours(fromHSV),
+        {"num_comps < 3", from}, all);
+
+    Texts text = {to,
+                  "if(num_comps > 1) {\n  value.r = mod(value.r + hueshift* 0.002777778f, 1.0f);\n"
+                  "  if(value.r < 0.0f) value.r += 1.0;\n"
+                  "  value.g = clamp(value.g * satscale + satshift, 0.0f, 1.0f);\n}\n",
+                  "value.b * valscale + valshift", from};
+    const float sat[] = {1.7f, -0.2f}, val[] = {0.8f, 0.15f}, dark[] = {-1.5f, 0.25f};
+    for (const bool keep : {false, true}) {
+        const auto adjust = [&](int op, float degrees, const float* s, const float* v) {
+            const Adjustment a{degrees, s ? s[0] : 1, s ? s[1] : 0, v ? v[0] : 1, v ? v[1] : 0, keep};
+            add(list, "Adjust" + std::to_string(list.size()),
+                new RU_HSVConvertFunc(static_cast<RU_HSVConvertOp>(op), degrees, s, v, keep), a, text, all,
+                {{"hueshift", {degrees}},
+                 {"satscale", {a.satScale}},
+                 {"satshift", {a.satShift}},
+                 {"valscale", {a.valScale}},
+                 {"valshift", {a.valShift}}});
+        };
+        adjust(2, 0, nullptr, nullptr);
+        adjust(2, 75.3f, sat, val);
+        adjust(3, -200, nullptr, val);
+        adjust(-1, 1234.5f, sat, dark);
+        text.push_back("lum2 = 0.3086*value.r + 0.6094*value.g + 0.082*value.b;\n  if(lum2 != 0.0) {\n"
+                       "     lum = lum * valscale + valshift;\n     value.rgb *= lum / lum2;\n  }\n");
+    }
+}
+
+/// Keys, x and y by turns, on some circles before and behind.
+RU_ColorCurve curveOf(const std::vector<float>& keys, int circles)
+{
+    RU_ColorCurve curve;
+    for (size_t i = 0; i < keys.size(); i += 2)
+        for (int turn = -circles; turn <= circles; ++turn)
+            curve.addPoint(keys[i] + static_cast<float>(turn), keys[i + 1], 0.25f);
+    curve.create(false);
+    return curve;
+}
+
+void addHueCurves(VectorCatalogue& list)
+{
+    struct Keys
+    {
+        std::vector<float> given, meant;
+    };
+    const Keys none = {{}, {0, 0.5f}}, single = {{0.3f, 0.8f}, {0, 0.8f}}, outside = {{1.5f, 2}, {0, 0.5f}};
+    const Keys two = {{0.1f, 0.45f, 0.6f, 0.75f}, {0.1f, 0.45f, 0.6f, 0.75f}};
+    const Keys atOne = {{1, 0.3f, 0.5f, 0.7f, -0.2f, 9, 1.3f, 9}, {0, 0.3f, 0.5f, 0.7f}};
+    const Keys atBoth = {{0, 0.6f, 1, 0.2f, 0.4f, -0.3f}, {0, 0.6f, 0.4f, -0.3f}};
+    for (const auto& keys : {std::array{none, none, none}, {two, atOne, atBoth}, {outside, single, two}}) {
+        RU_ColorCurve given[3], circle[3];
+        for (size_t c = 0; c < 3; ++c) {
+            given[c] = curveOf(keys[c].given, 0);
+            circle[c] = curveOf(keys[c].meant, 2);
+        }
+        const auto formula = [h = circle[0], s = circle[1], v = circle[2]](Colour c) {
+            const Colour hsv = toHSV(c);
+            const float satGain = std::max(2 * s.evaluate(hsv.r), 0.0f);
+            const float valGain = std::max(2 * v.evaluate(hsv.r), 0.0f);
+            const Colour to = {hsv.r + h.evaluate(hsv.r) - 0.5f, hsv.g * satGain, hsv.b * valGain};
+            return hsv.b > 0 ? fromWideHSV(to) : c;
+        };
+        add(list, "HueCurve" + std::to_string(list.size()),
+            new RU_HueCurveFunc(keys[0].given.empty() ? nullptr : given, given + 1, given + 2),
+            onColours(formula), {});
+        list.back().tolerance = 2e-4; // the curves are sampled
+    }
+}
+
+void addReplacements(VectorCatalogue& list)
+{
+    const auto replace = [&](Colour key, Colour by, float inner, float outer) {
+        const auto formula = [=](Colour c) {
+            const auto [h, s, v] = toHSV(c);
+            const auto [hk, sk, vk] = toHSV(key);
+            const auto [hr, sr, vr] = toHSV(by);
+            const double apart = std::abs(h - hk), turn = 2 * std::min(apart, 1 - apart) * std::min(s, sk);
+            const double distance = std::hypot(turn, s - sk, v - vk);
+            const double t = std::clamp((outer - distance) / (outer - inner), 0.0, 1.0);
+            const auto weight = static_cast<float>(distance <= inner ? 1
+                                                   : outer <= inner  ? 0
+                                                                     : t * t * (3 - 2 * t));
+            const bool greyKey = sk == 0, blackKey = vk == 0;
+            const Colour to = fromHSV({greyKey ? hr : h - hk + hr, std::min(greyKey ? sr : s / sk * sr, 1.0f),
+                                       blackKey ? v + vr : v / vk * vr});
+            const auto mixed = [&](float from, float end) {
+                return weight == 0 ? from : from + weight * (end - from);
+            };
+            return Colour{mixed(c.r, to.r), mixed(c.g, to.g), mixed(c.b, to.b)};
+        };
+        const float from[] = {key.r, key.g, key.b}, to[] = {by.r, by.g, by.b};
+        add(list, "Replace" + std::to_string(list.size()), new RU_ColorReplace(from, to, inner, outer),
+            onColours(formula), {});
+        list.back().tolerance = 3e-6;
+    };
+    replace({0.9f, 0.2f, 0.1f}, {0.1f, 0.3f, 0.8f}, 0.13f, 0.97f); // across red
+    replace({0.2f, 0.7f, 0.6f}, {0.9f, 0.9f, 0.9f}, 0.37f, 0.21f); // an outer tolerance that counts as 0.37
+    replace(grey(0.4f), {0.3f, 0.6f, 0.1f}, 0.0f, 1.43f);
+    replace(grey(0.0f), {0.6f, 0.1f, 0.3f}, 0.31f, 0.83f);
+}
+
+} // namespace
+
+Pixel saturationOf(Pixel pixel)
+{
+    return onColours([](Colour c) { return grey(toHSV(c).g); })(pixel);
+}
+
+Pixel hueOf(Pixel pixel)
+{
+    return onColours([](Colour c) { return grey(toHSV(c).r); })(pixel);
+}
+
+const std::vector<VectorFunction>& vectorFunctions()
+{
+    static const VectorCatalogue all = [] {
+        VectorCatalogue list;
+        addSums(list);
+        addReductions(list);
+        addHues(list);
+        addConversions(list);
+        addHueCurves(list);
+        addReplacements(list);
+        return list;
+    }();
+    return all;
+}
+
+} // namespace reference

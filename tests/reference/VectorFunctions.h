@@ -1,0 +1,36 @@
+#pragma once
+
+#include <reference/Functions.h>
+
+#include <array>
+
+namespace reference {
+
+/// Red, green, blue, alpha; NaN where a component is absent.
+using Pixel = std::array<double, 4>;
+
+/// A function that looks at several components of a pixel, and what is expected of it.
+struct VectorFunction
+{
+    std::string name;
+    std::shared_ptr<RU_PixelFunction> object;
+    std::function<Pixel(Pixel)> exact; ///< in steps that round to float
+    double tolerance;                  ///< for a pixel around 1; 0: the very number
+
+    std::vector<std::string> shader; ///< the whole text, pieces of it in their order, or nothing that matters
+    std::vector<std::string> locals; ///< "FLOAT minv"
+    std::vector<Constant> constants;
+};
+
+inline void PrintTo(const VectorFunction& function, std::ostream* out)
+{
+    *out << function.name;
+}
+
+Pixel saturationOf(Pixel pixel);
+Pixel hueOf(Pixel pixel);
+
+/// Every class, with parameters that reach each of its cases.
+const std::vector<VectorFunction>& vectorFunctions();
+
+} // namespace reference
