@@ -8,8 +8,6 @@
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <optional>
 #include <set>
 
@@ -43,7 +41,7 @@ struct Word
 };
 
 /// The words of a chain, by the commas between them.
-std::vector<std::vector<Word>> wordsOf(const std::string& text)
+std::vector<std::vector<Word>> chainWords(const std::string& text)
 {
     std::vector<std::vector<Word>> parts(1);
     char quote = 0;
@@ -141,14 +139,11 @@ public:
 
     void named(const std::string& argument, const std::string& text) { set(indexOf(argument), text); }
 
-    /// A word of keys that are not one word: 0 0, 0.5 0.6, 1 1 | 0 0, 1 1. `first`: of those behind a comma.
     void key(const std::string& word, bool first)
     {
-        if (keys_.empty())
+        if (keys_.isEmpty())
             claim(indexOf(keysName()));
-        else if (keys_.back() != '|' && word.front() != '|')
-            keys_ += first ? ';' : ':';
-        keys_ += word;
+        keys_.add(word, first);
     }
 
     bool takesKeys() const { return step_.function->takesKeys(); }
@@ -169,8 +164,8 @@ public:
 
     Step finish()
     {
-        if (!keys_.empty())
-            read(indexOf(keysName()), keys_);
+        if (!keys_.isEmpty())
+            read(indexOf(keysName()), keys_.text());
         for (size_t i = 0; i < given_.size(); ++i) {
             const Argument& argument = arguments()[i];
             if (!given_[i] && argument.required)
@@ -220,7 +215,7 @@ private:
 
     Step step_;
     std::vector<bool> given_;
-    std::string keys_; ///< as one word
+    KeyWords keys_;
     bool scoped_ = false;
 };
 
@@ -230,7 +225,7 @@ Chain Chain::fromText(const std::string& text)
     if (isBlank(text))
         return chain;
     std::optional<StepReader> step;
-    for (const std::vector<Word>& words : wordsOf(text)) {
+    for (const std::vector<Word>& words : chainWords(text)) {
         if (words.empty())
             refuse("a function is missing beside a comma in '" + text + "'");
         const bool goesOn = step && words.front().isKey; // with the keys of the function before the comma
@@ -287,16 +282,7 @@ Chain Chain::fromJson(const std::string& json, const std::string& source)
 
 Chain Chain::fromJsonFile(const std::string& path)
 {
-    std::string text;
-    try {
-        std::ifstream file;
-        file.exceptions(std::ios::failbit | std::ios::badbit);
-        file.open(path);
-        text.assign(std::istreambuf_iterator<char>(file), {});
-    } catch (const std::ios::failure&) { // a directory too
-        refuse("cannot read the chain file '" + path + "'");
-    }
-    Chain chain = fromJson(text, path);
+    Chain chain = fromJson(readTextFile(path, "chain file"), path);
     for (Step& step : chain.steps_)
         for (size_t i = 0; i < step.values.size(); ++i)
             if (step.function->arguments[i].type == Argument::Type::File) // beside the chain file

@@ -7,6 +7,13 @@
 namespace host {
 
 std::vector<Function> numericFunctions();
+std::vector<Function> colourFunctions();
+
+template <class F>
+Made plain(const Values&)
+{
+    return std::make_unique<F>();
+}
 
 inline Argument required(const char* name, Argument::Type type = Argument::Type::Number)
 {

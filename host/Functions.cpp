@@ -25,7 +25,7 @@ const std::vector<Function>& functions()
 {
     static const std::vector<Function> rows = [] {
         std::vector<Function> all;
-        for (auto* topic : {numericFunctions})
+        for (auto* topic : {numericFunctions, colourFunctions})
             for (Function& function : topic())
                 all.push_back(std::move(function));
         return all;

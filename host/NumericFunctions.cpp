@@ -34,12 +34,6 @@ constexpr std::array<float, 4> ones{1.0f, 1.0f, 1.0f, 1.0f};
 constexpr std::array<float, 4> zeros{};
 
 template <class F>
-Made plain(const Values&)
-{
-    return std::make_unique<F>();
-}
-
-template <class F>
 Made oneNumber(const Values& v)
 {
     return std::make_unique<F>(v[0]);

@@ -176,6 +176,13 @@ Value readValue(const Argument& argument, const std::string& text)
     return *value;
 }
 
+void KeyWords::add(const std::string& word, bool first)
+{
+    if (!text_.empty() && text_.back() != '|' && word.front() != '|')
+        text_ += first ? ';' : ':';
+    text_ += word;
+}
+
 Json valueJson(const Argument& argument, const Value& value)
 {
     if (!value.isGiven())

@@ -16,6 +16,20 @@ using Json = nlohmann::ordered_json;
 /// a path. Throws a usage error that says what was expected.
 Value readValue(const Argument& argument, const std::string& text);
 
+/// Puts the words of keys together: 0 0, 0.5 0.6, 1 1 | 0 0, 1 1 is 0:0;0.5:0.6;1:1|0:0;1:1.
+class KeyWords
+{
+public:
+    /// `first`: of those behind a comma.
+    void add(const std::string& word, bool first);
+
+    bool isEmpty() const { return text_.empty(); }
+    const std::string& text() const { return text_; }
+
+private:
+    std::string text_;
+};
+
 /// The text that reads back as the same value; a path may hold anything and is not quoted.
 std::string valueText(const Argument& argument, const Value& value);
 

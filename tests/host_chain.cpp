@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <functional>
+#include <map>
 
 namespace {
 
@@ -54,12 +55,26 @@ TEST(Chain, ArgumentsReachTheFunctions)
     EXPECT_FLOAT_EQ(evaluate(Chain::fromText("sin shift=1"), 0.0f, 0), std::sin(1.0f));
 }
 
+/// Some text that an argument reads.
+std::string exampleOf(const host::Argument& argument)
+{
+    using Type = host::Argument::Type;
+    const std::map<Type, std::string> examples = {{Type::PerComponent, "0.25:0.5:1:-2e-9"},
+                                                  {Type::Switch, "off"},
+                                                  {Type::Choice, "b"},
+                                                  {Type::Colour, "1:0.5:-0.1"},
+                                                  {Type::Matrix, "0:1:0:0;0:0:1:0;1:0:0:0;0.1:0:0:1"},
+                                                  {Type::OptionalCurve, "0:0.5;0.3:1:0.5"}};
+    const auto found = examples.find(argument.type);
+    return found != examples.end() ? found->second : "0.25";
+}
+
 TEST(Chain, EveryFunctionSurvivesBothForms)
 {
     for (const host::Function& function : host::functions()) {
         std::string text = function.name;
         for (const host::Argument& argument : function.arguments)
-            text += argument.type == host::Argument::Type::Switch ? " off" : " 0.25";
+            text.append(" ").append(exampleOf(argument));
         const Chain chain = Chain::fromText(text + ", " + text + " @gb");
         EXPECT_EQ(Chain::fromText(chain.text()).text(), chain.text());
         EXPECT_EQ(Chain::fromJson(chain.json(), "json").text(), chain.text());
@@ -96,6 +111,10 @@ TEST(Chain, ErrorsNameTheSlipAndTheNearestName)
         {"abs @gg", "twice in scope"},
         {"abs @r @b", "one scope too many"},
         {"abs,", "missing beside a comma"},
+        {"gamma 2,2", "gamma: '2' after a comma is no function, and 'gamma' has no list of numbers"},
+        {"component x", "'x' is no value for 'component'; expected r, g, b, a"},
+        {"vector 1:2:3:4", "expected 9 or 16 numbers"},
+        {"abs \"", "a quote is not closed"},
     };
     for (const auto& [text, expected] : texts)
         EXPECT_NE(errorOf([t = text] { Chain::fromText(t); }).find(expected), std::string::npos)
