@@ -1,9 +1,14 @@
 #include <host/FunctionRows.h>
 
+#include <host/LookUpFile.h>
+
 #include <RU/pixelfunc/RU_AverageFunc.h>
 #include <RU/pixelfunc/RU_ComponentFunc.h>
 #include <RU/pixelfunc/RU_HueFunc.h>
 #include <RU/pixelfunc/RU_LengthFunc.h>
+#include <RU/pixelfunc/RU_LevelsFunc.h>
+#include <RU/pixelfunc/RU_LookupClipFunc.h>
+#include <RU/pixelfunc/RU_LookupTableFunc.h>
 #include <RU/pixelfunc/RU_LuminanceFunc.h>
 #include <RU/pixelfunc/RU_MaxFunc.h>
 #include <RU/pixelfunc/RU_MinFunc.h>
@@ -22,6 +27,11 @@ namespace {
 
 using Type = Argument::Type;
 
+Argument components(const char* name, float preset)
+{
+    return {name, Type::PerComponent, false, preset};
+}
+
 Made makeComponent(const Values& v)
 {
     return std::make_unique<RU_ComponentFunc>(static_cast<int>(v[0].choice()));
@@ -32,6 +42,21 @@ Made makeVector(const Values& v)
     UT_Matrix4 matrix;
     std::copy_n(v[0].matrix().data(), 16, &matrix.m[0][0]);
     return std::make_unique<RU_VectorFunc>(matrix);
+}
+
+Made makeLevels(const Values& v)
+{
+    return std::make_unique<RU_LevelsFunc>(v[0], v[1], v[2], v[3], v[4], v[5], v[6].four(), v[7].four(),
+                                           v[8].four(), v[9].four(), v[10].four());
+}
+
+Made makeLookUp(const Values& v)
+{
+    auto lookUp = std::make_shared<LookUp>(readLookUpFile(v[0].file()));
+    Made made = lookUp->table ? Made(std::make_unique<RU_LookupTableFunc>(lookUp->table.get()), lookUp)
+                              : Made(std::make_unique<RU_LookupClipFunc>(lookUp->clip.get()), lookUp);
+    made.keepsAlpha = lookUp->channels > 1;
+    return made;
 }
 
 } // namespace
@@ -59,6 +84,13 @@ std::vector<Function> colourFunctions()
          {required("matrix", Type::Matrix)},
          makeVector},
         {"hue", "the hue in red, green and blue: 0 red, 1/3 green, 2/3 blue", {}, plain<RU_HueFunc>},
+        {"levels",
+         "inblack to outblack, inwhite to outwhite, gamma between; then the offset",
+         {number("inblack", 0), number("inwhite", 1), number("gamma", 1), number("outblack", 0),
+          number("outwhite", 1), number("offset", 0), components("inblacks", 0), components("inwhites", 1),
+          components("gammas", 1), components("outblacks", 0), components("outwhites", 1)},
+         makeLevels},
+        {"lut", "the values of a look-up file, .cube or .csv", {required("file", Type::File)}, makeLookUp},
     };
 }
 
