@@ -1,8 +1,10 @@
 #include <host/FunctionRows.h>
 
+#include <host/Curves.h>
 #include <host/LookUpFile.h>
 
 #include <RU/pixelfunc/RU_AverageFunc.h>
+#include <RU/pixelfunc/RU_ColorCurveFunc.h>
 #include <RU/pixelfunc/RU_ComponentFunc.h>
 #include <RU/pixelfunc/RU_HueFunc.h>
 #include <RU/pixelfunc/RU_LengthFunc.h>
@@ -50,6 +52,20 @@ Made makeLevels(const Values& v)
                                            v[8].four(), v[9].four(), v[10].four());
 }
 
+Made makeCurve(const Values& v)
+{
+    auto curves = std::make_shared<std::vector<RU_ColorCurve>>(makeCurves(v[0].curves(), v[1].isOn()));
+    std::vector<RU_ColorCurve*> pointers;
+    for (RU_ColorCurve& curve : *curves)
+        pointers.push_back(&curve);
+    const auto count = static_cast<int>(pointers.size());
+    Made made(count == 1 ? std::make_unique<RU_ColorCurveFunc>(pointers[0])
+                         : std::make_unique<RU_ColorCurveFunc>(pointers.data(), count),
+              curves);
+    made.keepsAlpha = count == 3;
+    return made;
+}
+
 Made makeLookUp(const Values& v)
 {
     auto lookUp = std::make_shared<LookUp>(readLookUpFile(v[0].file()));
@@ -90,6 +106,10 @@ std::vector<Function> colourFunctions()
           number("outwhite", 1), number("offset", 0), components("inblacks", 0), components("inwhites", 1),
           components("gammas", 1), components("outblacks", 0), components("outwhites", 1)},
          makeLevels},
+        {"curve",
+         "a smooth curve through keys, level outside or extended",
+         {required("keys", Type::Curves), onOff("extend", false)},
+         makeCurve},
         {"lut", "the values of a look-up file, .cube or .csv", {required("file", Type::File)}, makeLookUp},
     };
 }

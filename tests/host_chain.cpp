@@ -64,7 +64,8 @@ std::string exampleOf(const host::Argument& argument)
                                                   {Type::Choice, "b"},
                                                   {Type::Colour, "1:0.5:-0.1"},
                                                   {Type::Matrix, "0:1:0:0;0:0:1:0;1:0:0:0;0.1:0:0:1"},
-                                                  {Type::OptionalCurve, "0:0.5;0.3:1:0.5"}};
+                                                  {Type::OptionalCurve, "0:0.5;0.3:1:0.5"},
+                                                  {Type::Curves, "0:0;1:1|0:1;1:0|0:0;0.5:0.2:1;1:1"}};
     const auto found = examples.find(argument.type);
     return found != examples.end() ? found->second : "0.25";
 }
@@ -92,6 +93,31 @@ TEST(Chain, ReadsJson)
               Chain::fromJson(list, "f").text());
 }
 
+TEST(Chain, ReadsKeysAsWordsAndAsLists)
+{
+    const std::pair<const char*, const char*> texts[] = {
+        {"gamma 2, curve 0 0, 0.5 0.6 1, 1 1, add 1", "gamma 2, curve 0:0;0.5:0.6:1;1:1 off, add 1"},
+        {"curve -1 .5,+2 1|0 0, 1 1 | 0:0, 1:1 on @rb", "curve -1:0.5;2:1|0:0;1:1|0:0;1:1 on @rb"},
+        {"curve 0 0 extend=on @g, 1 1", "curve 0:0;1:1 on @g"},
+        {"curve extend=on keys=0:0;1:1", "curve 0:0;1:1 on"},
+    };
+    for (const auto& [text, expected] : texts)
+        EXPECT_EQ(Chain::fromText(text).text(), expected);
+    EXPECT_EQ(
+        Chain::fromJson(R"([{"function": "curve", "keys": [[0, 0], [0.5, 0.6, 1], [1, 1]], "extend": true},
+                                  {"function": "curve", "keys": [[[0, 0], [1, 1]], [[0, 0], [1, 2]],
+                                                                 [[0, 0, 1], [1, 3]]]}])",
+                        "f")
+            .text(),
+        "curve 0:0;0.5:0.6:1;1:1 on, curve 0:0;1:1|0:0;1:2|0:0:1;1:3 off");
+
+    // straight lines, one for each colour; alpha has none
+    const Chain lines = Chain::fromText("curve 0 0 1, 1 1 1 | 0 0 1, 1 2 1 | 0 0 1, 1 3 1 extend=on");
+    EXPECT_EQ(lines.build().components, (Components{true, true, true, false}));
+    for (int c = 0; c < 3; ++c)
+        EXPECT_NEAR(evaluate(lines, 2.0f, c), 2.0f * static_cast<float>(c + 1), 1e-3f);
+}
+
 TEST(Chain, ErrorsNameTheSlipAndTheNearestName)
 {
     const std::pair<const char*, const char*> texts[] = {
@@ -116,6 +142,13 @@ TEST(Chain, ErrorsNameTheSlipAndTheNearestName)
         {"component x", "'x' is no value for 'component'; expected r, g, b, a"},
         {"vector 1:2:3:4", "expected 9 or 16 numbers"},
         {"abs \"", "a quote is not closed"},
+        {"curve", "curve: 'keys' is missing; usage: curve KEYS [EXTEND=off]"},
+        {"curve 0 0, .5, 1 1", "curve: '.5' is no key of a curve; expected x and y"},
+        {"curve 0 0, 1 1 1 1", "'1:1:1:1' is no key"},
+        {"curve 0 0 | 0 0, 1 1", "the curve '0:0' has one key; expected two or more"},
+        {"curve 0 0, 1 1 | 0 0, 1 1", "is 2 curves; expected one, or one each for red, green, blue"},
+        {"curve 0 0, 1 1 keys=0:0;1:1", "'keys' is given twice"},
+        {"curve 0 0, 1 1 maybe", "'maybe' is no value for 'extend'"},
     };
     for (const auto& [text, expected] : texts)
         EXPECT_NE(errorOf([t = text] { Chain::fromText(t); }).find(expected), std::string::npos)
