@@ -1,11 +1,16 @@
 #include <host/FunctionRows.h>
 
 #include <host/Curves.h>
+#include <host/Error.h>
 #include <host/LookUpFile.h>
+#include <host/Text.h>
 
 #include <RU/pixelfunc/RU_AverageFunc.h>
 #include <RU/pixelfunc/RU_ColorCurveFunc.h>
+#include <RU/pixelfunc/RU_ColorReplace.h>
 #include <RU/pixelfunc/RU_ComponentFunc.h>
+#include <RU/pixelfunc/RU_HSVConvertFunc.h>
+#include <RU/pixelfunc/RU_HueCurveFunc.h>
 #include <RU/pixelfunc/RU_HueFunc.h>
 #include <RU/pixelfunc/RU_LengthFunc.h>
 #include <RU/pixelfunc/RU_LevelsFunc.h>
@@ -46,6 +51,18 @@ Made makeVector(const Values& v)
     return std::make_unique<RU_VectorFunc>(matrix);
 }
 
+template <RU_HSVConvertOp op>
+Made convertHSV(const Values&)
+{
+    return std::make_unique<RU_HSVConvertFunc>(op, 0.0f, nullptr, nullptr, false);
+}
+
+Made makeHSV(const Values& v)
+{
+    const float saturation[] = {v[1], v[2]}, value[] = {v[3], v[4]};
+    return std::make_unique<RU_HSVConvertFunc>(RU_HSV_ADJUST, v[0], saturation, value, v[5].isOn());
+}
+
 Made makeLevels(const Values& v)
 {
     return std::make_unique<RU_LevelsFunc>(v[0], v[1], v[2], v[3], v[4], v[5], v[6].four(), v[7].four(),
@@ -64,6 +81,26 @@ Made makeCurve(const Values& v)
               curves);
     made.keepsAlpha = count == 3;
     return made;
+}
+
+Made makeHueCurve(const Values& v)
+{
+    std::array<std::vector<RU_ColorCurve>, 3> curves;
+    std::array<const RU_ColorCurve*, 3> pointers{};
+    for (size_t i = 0; i < 3; ++i)
+        if (v[i].isGiven()) {
+            for (const CurveKey& key : v[i].curves().front())
+                if (key.x < 0.0f || key.x > 1.0f)
+                    refuse("huecurve: a key at " + numberText(key.x) + "; hues go from 0 to 1");
+            curves[i] = makeCurves(v[i].curves(), false);
+            pointers[i] = curves[i].data();
+        }
+    return std::make_unique<RU_HueCurveFunc>(pointers[0], pointers[1], pointers[2]);
+}
+
+Made makeReplace(const Values& v)
+{
+    return std::make_unique<RU_ColorReplace>(v[0].four(), v[1].four(), v[2], v[3]);
 }
 
 Made makeLookUp(const Values& v)
@@ -100,6 +137,22 @@ std::vector<Function> colourFunctions()
          {required("matrix", Type::Matrix)},
          makeVector},
         {"hue", "the hue in red, green and blue: 0 red, 1/3 green, 2/3 blue", {}, plain<RU_HueFunc>},
+        {"tohsv", "hue, saturation and value in red, green and blue", {}, convertHSV<RU_RGB_TO_HSV>},
+        {"fromhsv", "back from hue, saturation and value", {}, convertHSV<RU_HSV_TO_RGB>},
+        {"hsv",
+         "turns the hue by degrees; scales and shifts saturation and value",
+         {number("hue", 0), number("sat", 1), number("satshift", 0), number("val", 1), number("valshift", 0),
+          onOff("preserve", false)},
+         makeHSV},
+        {"huecurve",
+         "curves over the hue: added to it, factors of saturation and value; a height of 0.5 changes nothing",
+         {{"hue", Type::OptionalCurve}, {"sat", Type::OptionalCurve}, {"val", Type::OptionalCurve}},
+         makeHueCurve},
+        {"replace",
+         "colours within inner of the key become like the replacement, those beyond outer stay",
+         {required("key", Type::Colour), required("replacement", Type::Colour), number("inner", 0.1f),
+          number("outer", 0.3f)},
+         makeReplace},
         {"levels",
          "inblack to outblack, inwhite to outwhite, gamma between; then the offset",
          {number("inblack", 0), number("inwhite", 1), number("gamma", 1), number("outblack", 0),

@@ -100,6 +100,7 @@ TEST(Chain, ReadsKeysAsWordsAndAsLists)
         {"curve -1 .5,+2 1|0 0, 1 1 | 0:0, 1:1 on @rb", "curve -1:0.5;2:1|0:0;1:1|0:0;1:1 on @rb"},
         {"curve 0 0 extend=on @g, 1 1", "curve 0:0;1:1 on @g"},
         {"curve extend=on keys=0:0;1:1", "curve 0:0;1:1 on"},
+        {"huecurve sat=0:0.5;0.33:0.8", "huecurve none 0:0.5;0.33:0.8 none"},
     };
     for (const auto& [text, expected] : texts)
         EXPECT_EQ(Chain::fromText(text).text(), expected);
@@ -142,6 +143,8 @@ TEST(Chain, ErrorsNameTheSlipAndTheNearestName)
         {"component x", "'x' is no value for 'component'; expected r, g, b, a"},
         {"vector 1:2:3:4", "expected 9 or 16 numbers"},
         {"abs \"", "a quote is not closed"},
+        {"huecurve 0:0;1:1|0:0;1:1", "is 2 curves; expected one, as in"},
+        {"replace 1:0 0:0:1", "expected red, green and blue as in 1:0.5:0"},
         {"curve", "curve: 'keys' is missing; usage: curve KEYS [EXTEND=off]"},
         {"curve 0 0, .5, 1 1", "curve: '.5' is no key of a curve; expected x and y"},
         {"curve 0 0, 1 1 1 1", "'1:1:1:1' is no key"},
