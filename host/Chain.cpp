@@ -2,22 +2,18 @@
 
 #include <host/Error.h>
 #include <host/Names.h>
-
-#include <nlohmann/json.hpp>
+#include <host/Text.h>
+#include <host/Values.h>
 
 #include <algorithm>
-#include <charconv>
-#include <cmath>
-#include <fstream>
-#include <iterator>
+#include <cctype>
+#include <filesystem>
+#include <optional>
 #include <set>
-#include <sstream>
 
 namespace host {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 constexpr char letters[] = "rgba";
 
@@ -35,72 +31,56 @@ bool isPartial(const Components& components)
     return components != Components{true, true, true, true};
 }
 
-std::vector<std::string> splitText(const std::string& text, char separator)
+/// A word of a chain. What stands in quotes is no sign of anything.
+struct Word
 {
-    std::vector<std::string> parts;
-    std::istringstream stream(text);
-    for (std::string part; std::getline(stream, part, separator);)
-        parts.push_back(part);
-    if (text.ends_with(separator))
-        parts.emplace_back();
+    std::string text;
+    size_t equals = std::string::npos; ///< between an argument's name and its value
+    bool isScope = false;
+    bool isKey = false; ///< begins like a number, or parts curves
+};
+
+/// The words of a chain, by the commas between them.
+std::vector<std::vector<Word>> chainWords(const std::string& text)
+{
+    std::vector<std::vector<Word>> parts(1);
+    char quote = 0;
+    bool inWord = false;
+    for (const char c : text) {
+        const bool space = std::isspace(static_cast<unsigned char>(c)) != 0;
+        if (quote == 0 && (space || c == ',')) {
+            inWord = false;
+            if (c == ',')
+                parts.emplace_back();
+            continue;
+        }
+        if (!inWord || (quote == 0 && c == '@')) {
+            Word& begun = parts.back().emplace_back();
+            begun.isScope = c == '@';
+            begun.isKey = std::string_view("0123456789+-.|").find(c) != std::string_view::npos;
+            inWord = true;
+        }
+        Word& word = parts.back().back();
+        if (c == quote || (quote == 0 && (c == '"' || c == '\''))) {
+            quote = quote == 0 ? c : '\0';
+            continue;
+        }
+        if (c == '=' && quote == 0 && word.equals == std::string::npos)
+            word.equals = word.text.size();
+        word.text += c;
+    }
+    if (quote != 0)
+        refuse("a quote is not closed in '" + text + "'");
     return parts;
 }
 
-bool isBlank(const std::string& text)
+/// In quotes where the parser would see more than a word.
+std::string quoted(const std::string& text)
 {
-    return text.find_first_not_of(" \t\r\n") == std::string::npos;
-}
-
-/// A finite number that fills all of `text`.
-bool readNumber(std::string_view text, float& number)
-{
-    if (text.starts_with('+'))
-        text.remove_prefix(1);
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    return error == std::errc() && end == text.data() + text.size() && std::isfinite(number);
-}
-
-std::string valueText(const Argument& argument, const Value& value)
-{
-    if (!value.isGiven())
-        return "none";
-    if (argument.type == Argument::Type::Switch)
-        return value != 0.0f ? "on" : "off";
-    std::string text = numberText(value);
-    for (int c = 1; c < 4 && !value.isUniform(); ++c)
-        text.append(":").append(numberText(value.four()[c]));
-    return text;
-}
-
-Json valueJson(const Argument& argument, const Value& value)
-{
-    if (!value.isGiven())
-        return nullptr;
-    if (argument.type == Argument::Type::Switch)
-        return value != 0.0f;
-    if (value.isUniform())
-        return static_cast<float>(value);
-    return std::vector<float>(value.four(), value.four() + 4);
-}
-
-/// The text form of a JSON value, so that both forms share one reader; empty for one that no argument takes.
-std::string textOfJson(const Json& value)
-{
-    if (value.is_null())
-        return "none";
-    if (value.is_boolean())
-        return value.get<bool>() ? "on" : "off";
-    if (value.is_number())
-        return numberText(value.get<float>());
-    if (value.is_string())
-        return value.get<std::string>();
-    if (!value.is_array() || value.size() < 3)
-        return value.dump();
-    std::string text;
-    for (const Json& item : value)
-        text.append(text.empty() ? "" : ":")
-            .append(item.is_number() ? numberText(item.get<float>()) : item.dump());
-    return text;
+    if (!text.empty() && text.find_first_of(" \t\r\n,@='\"") == std::string::npos)
+        return text;
+    std::string inQuotes = joined(splitText(text, '"'), "\"'\"'\"");
+    return inQuotes.insert(0, 1, '"').append(1, '"');
 }
 
 /// Refuses keys that an object has twice, of which the parser alone would keep one.
@@ -157,19 +137,21 @@ public:
         set(static_cast<size_t>(next - given_.begin()), text);
     }
 
-    void named(const std::string& argument, const std::string& text)
+    void named(const std::string& argument, const std::string& text) { set(indexOf(argument), text); }
+
+    void key(const std::string& word, bool first)
     {
-        const Argument* found = step_.function->find(argument);
-        if (found == nullptr) {
-            std::vector<std::string> known;
-            for (const Argument& candidate : arguments())
-                known.push_back(candidate.name);
-            refuseName(name() + ": unknown argument", argument, known);
-        }
-        const auto index = static_cast<size_t>(found - arguments().data());
-        if (given_[index])
-            refuse(name() + ": '" + argument + "' is given twice");
-        set(index, text);
+        if (keys_.isEmpty())
+            claim(indexOf(keysName()));
+        keys_.add(word, first);
+    }
+
+    bool takesKeys() const { return step_.function->takesKeys(); }
+
+    [[noreturn]] void refuseNumber(const std::string& word) const
+    {
+        refuse(name() + ": '" + word + "' after a comma is no function, and '" + name() +
+               "' has no list of numbers");
     }
 
     void scope(const std::string& text)
@@ -182,11 +164,13 @@ public:
 
     Step finish()
     {
+        if (!keys_.isEmpty())
+            read(indexOf(keysName()), keys_.text());
         for (size_t i = 0; i < given_.size(); ++i) {
             const Argument& argument = arguments()[i];
             if (!given_[i] && argument.required)
                 refuse(name() + ": '" + argument.name + "' is missing; usage: " + step_.function->usage());
-            if (!given_[i] && argument.type != Argument::Type::OptionalNumber)
+            if (!given_[i] && !argument.mayBeNone())
                 step_.values[i] = Value(argument.preset);
         }
         return std::move(step_);
@@ -195,67 +179,43 @@ public:
 private:
     const std::string& name() const { return step_.function->name; }
     const std::vector<Argument>& arguments() const { return step_.function->arguments; }
+    const std::string& keysName() const { return arguments().front().name; }
+
+    size_t indexOf(const std::string& argument) const
+    {
+        if (const Argument* found = step_.function->find(argument))
+            return static_cast<size_t>(found - arguments().data());
+        std::vector<std::string> known;
+        for (const Argument& candidate : arguments())
+            known.push_back(candidate.name);
+        refuseName(name() + ": unknown argument", argument, known);
+    }
+
+    void claim(size_t index)
+    {
+        if (given_[index])
+            refuse(name() + ": '" + arguments()[index].name + "' is given twice");
+        given_[index] = true;
+    }
 
     void set(size_t index, const std::string& text)
     {
-        given_[index] = true;
-        if (!read(arguments()[index], text, step_.values[index]))
-            refuse(name() + ": '" + text + "' is no value for '" + arguments()[index].name + "'; expected " +
-                   expected(arguments()[index].type));
+        claim(index);
+        read(index, text);
     }
 
-    static const char* expected(Argument::Type type)
+    void read(size_t index, const std::string& text)
     {
-        switch (type) {
-        case Argument::Type::PerComponent:
-            return "a number, or one per component as in 1:0.9:0.8";
-        case Argument::Type::OptionalNumber:
-            return "a number or none";
-        case Argument::Type::Switch:
-            return "on or off";
-        default:
-            return "a number";
+        try {
+            step_.values[index] = readValue(arguments()[index], text);
+        } catch (const Error& error) {
+            refuse(name() + ": " + error.what());
         }
-    }
-
-    static bool read(const Argument& argument, const std::string& text, Value& value)
-    {
-        float number = 0.0f;
-        switch (argument.type) {
-        case Argument::Type::Switch:
-            value = Value(text == "on" ? 1.0f : 0.0f);
-            return text == "on" || text == "off";
-        case Argument::Type::OptionalNumber:
-            if (text == "none") {
-                value = Value();
-                return true;
-            }
-            break;
-        case Argument::Type::PerComponent:
-            if (text.find(':') != std::string::npos)
-                return readComponents(argument, text, value);
-            break;
-        default:
-            break;
-        }
-        const bool good = readNumber(text, number);
-        value = Value(number);
-        return good;
-    }
-
-    static bool readComponents(const Argument& argument, const std::string& text, Value& value)
-    {
-        const std::vector<std::string> parts = splitText(text, ':');
-        std::array<float, 4> numbers{0, 0, 0, argument.preset};
-        bool good = parts.size() == 3 || parts.size() == 4;
-        for (size_t c = 0; c < parts.size() && good; ++c)
-            good = readNumber(parts[c], numbers[c]);
-        value = Value(numbers);
-        return good;
     }
 
     Step step_;
     std::vector<bool> given_;
+    KeyWords keys_;
     bool scoped_ = false;
 };
 
@@ -264,27 +224,31 @@ Chain Chain::fromText(const std::string& text)
     Chain chain;
     if (isBlank(text))
         return chain;
-    for (const std::string& part : splitText(text, ',')) {
-        if (isBlank(part))
+    std::optional<StepReader> step;
+    for (const std::vector<Word>& words : chainWords(text)) {
+        if (words.empty())
             refuse("a function is missing beside a comma in '" + text + "'");
-        std::string spaced;
-        for (const char c : part)
-            spaced.append(c == '@' ? " @" : std::string(1, c));
-        std::istringstream words(spaced);
-        std::string word;
-        words >> word;
-        StepReader step(word);
-        while (words >> word) {
-            const size_t equals = word.find('=');
-            if (word.starts_with('@'))
-                step.scope(word.substr(1));
-            else if (equals != std::string::npos)
-                step.named(word.substr(0, equals), word.substr(equals + 1));
-            else
-                step.positional(word);
+        const bool goesOn = step && words.front().isKey; // with the keys of the function before the comma
+        if (goesOn && !step->takesKeys())
+            step->refuseNumber(words.front().text);
+        if (!goesOn) {
+            if (step)
+                chain.steps_.push_back(step->finish());
+            step.emplace(words.front().text);
         }
-        chain.steps_.push_back(step.finish());
+        for (size_t i = goesOn ? 0 : 1; i < words.size(); ++i) {
+            const Word& word = words[i];
+            if (word.isScope)
+                step->scope(word.text.substr(1));
+            else if (word.equals != std::string::npos)
+                step->named(word.text.substr(0, word.equals), word.text.substr(word.equals + 1));
+            else if (word.isKey && step->takesKeys())
+                step->key(word.text, i == 0);
+            else
+                step->positional(word.text);
+        }
     }
+    chain.steps_.push_back(step->finish());
     return chain;
 }
 
@@ -318,16 +282,13 @@ Chain Chain::fromJson(const std::string& json, const std::string& source)
 
 Chain Chain::fromJsonFile(const std::string& path)
 {
-    std::string text;
-    try {
-        std::ifstream file;
-        file.exceptions(std::ios::failbit | std::ios::badbit);
-        file.open(path);
-        text.assign(std::istreambuf_iterator<char>(file), {});
-    } catch (const std::ios::failure&) { // a directory too
-        refuse("cannot read the chain file '" + path + "'");
-    }
-    return fromJson(text, path);
+    Chain chain = fromJson(readTextFile(path, "chain file"), path);
+    for (Step& step : chain.steps_)
+        for (size_t i = 0; i < step.values.size(); ++i)
+            if (step.function->arguments[i].type == Argument::Type::File) // beside the chain file
+                step.values[i] =
+                    Value((std::filesystem::path(path).parent_path() / step.values[i].file()).string());
+    return chain;
 }
 
 std::string Chain::text() const
@@ -336,7 +297,7 @@ std::string Chain::text() const
     for (const Step& step : steps_) {
         text.append(text.empty() ? "" : ", ").append(step.function->name);
         for (size_t i = 0; i < step.values.size(); ++i)
-            text.append(" ").append(valueText(step.function->arguments[i], step.values[i]));
+            text.append(" ").append(quoted(valueText(step.function->arguments[i], step.values[i])));
         if (isPartial(step.scope))
             text.append(" @").append(lettersOf(step.scope));
     }
@@ -360,20 +321,25 @@ std::string Chain::json() const
 Chain::Built Chain::build() const
 {
     std::vector<std::unique_ptr<RU_PixelFunction>> made;
+    std::vector<Components> scopes;
     bool oneScope = true;
     bool oneByOne = true; // no function looks at other components
-    Built built{nullptr, {}};
+    Built built;
     for (const Step& step : steps_) {
-        made.push_back(step.function->make(step.values));
-        oneScope = oneScope && step.scope == steps_.front().scope;
+        Made one = step.function->make(step.values);
+        made.push_back(std::move(one.function));
+        built.parts.push_back(std::move(one.parts));
+        Components& scope = scopes.emplace_back(step.scope);
+        scope[3] = scope[3] && !one.keepsAlpha;
+        oneScope = oneScope && scope == scopes.front();
         oneByOne = oneByOne && !made.back()->needAllComponents();
         for (size_t c = 0; c < 4; ++c)
-            built.components[c] = built.components[c] || step.scope[c];
+            built.components[c] = built.components[c] || scope[c];
     }
     // Components that differ cost a table each, and 16-bit ones top out below white. Where all functions
     // share a scope it is enough to leave the other components out.
     for (size_t i = 0; i < made.size() && !(oneScope && oneByOne); ++i)
-        made[i]->setScope(steps_[i].scope.data());
+        made[i]->setScope(scopes[i].data());
     for (size_t i = made.size(); i-- > 1;)
         made[i - 1]->setNext(made[i].release());
     if (!made.empty())

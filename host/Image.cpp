@@ -130,6 +130,21 @@ std::vector<std::string> Plane::channelNames(const std::vector<Channel>& channel
     return names;
 }
 
+Image newImage(int width, int height, int channels, unsigned char format, const std::string& description)
+{
+    OIIO::ImageSpec spec(width, height, channels, OIIO::TypeDesc::UNKNOWN);
+    spec.attribute("ImageDescription", description);
+    spec.attribute("oiio:ColorSpace", format >= PXL_FORMAT_float32 ? "Linear" : "sRGB");
+    spec.attribute("oiio:UnassociatedAlpha", 1);
+    Image image;
+    image.data = image.display = {0, 0, width, height};
+    for (const std::string& name : spec.channelnames)
+        image.channels.push_back({name, format});
+    image.arrange();
+    image.header = std::make_shared<Header>(Header{spec});
+    return image;
+}
+
 std::vector<Plane> groupChannels(const std::vector<Channel>& channels)
 {
     const Roles roles(channels);

@@ -65,6 +65,10 @@ struct Image
     void arrange();
 };
 
+/// A picture of our own, of red, green, blue and perhaps alpha in one format: linear light in half and float,
+/// with the sRGB curve in integers.
+Image newImage(int width, int height, int channels, unsigned char format, const std::string& description);
+
 /// Puts channels into planes, by the layer before the last dot of their names: red, green, blue, luminance
 /// and alpha form one plane, depth another; other channels of a layer fill planes in their order.
 std::vector<Plane> groupChannels(const std::vector<Channel>& channels);

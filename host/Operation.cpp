@@ -14,11 +14,10 @@ Operation Operation::grade(const Chain& chain)
     Operation operation;
     if (chain.isEmpty())
         return operation;
-    Chain::Built built = chain.build();
-    operation.written = built.components;
-    operation.readsAllComponents = built.head->areAllComponentsNeeded();
-    operation.algorithm = std::make_unique<RU_PixelEngine>(built.head.get());
-    operation.functions = std::move(built.head);
+    operation.chain = chain.build();
+    operation.written = operation.chain.components;
+    operation.readsAllComponents = operation.chain.head->areAllComponentsNeeded();
+    operation.algorithm = std::make_unique<RU_PixelEngine>(operation.chain.head.get());
     return operation;
 }
 

@@ -25,7 +25,7 @@ struct Operation
     bool isCopy() const { return algorithm == nullptr; }
     bool isFilter() const { return border > 0; }
 
-    std::unique_ptr<RU_PixelFunction> functions; ///< what the algorithm evaluates; outlives it
+    Chain::Built chain; ///< what the algorithm evaluates; outlives it
     std::unique_ptr<RU_Algorithm> algorithm;
     Components written{};            ///< the components that it writes; others are copied
     bool readsAllComponents = false; ///< also those that it does not write

@@ -3,35 +3,16 @@
 #include <host/Bands.h>
 #include <host/Error.h>
 #include <host/Format.h>
-#include <host/Header.h>
 #include <host/Pipeline.h>
 #include <host/PlatePicture.h>
+#include <host/Text.h>
 #include <host/Writer.h>
 
-#include <algorithm>
-#include <cctype>
 #include <cmath>
-#include <filesystem>
 
 namespace host {
 
 namespace {
-
-Image plateImage(const PlateSettings& settings)
-{
-    const bool linear = settings.format >= PXL_FORMAT_float32;
-    OIIO::ImageSpec spec(settings.width, settings.height, settings.alpha ? 4 : 3, OIIO::TypeDesc::UNKNOWN);
-    spec.attribute("ImageDescription", "kreiluge test plate");
-    spec.attribute("oiio:ColorSpace", linear ? "Linear" : "sRGB");
-    spec.attribute("oiio:UnassociatedAlpha", 1);
-    Image image;
-    image.data = image.display = {0, 0, settings.width, settings.height};
-    for (const std::string& name : spec.channelnames)
-        image.channels.push_back({name, settings.format});
-    image.arrange();
-    image.header = std::make_shared<Header>(Header{spec});
-    return image;
-}
 
 float displayValue(float linear)
 {
@@ -61,7 +42,8 @@ void drawPlate(const std::string& path, const PlateSettings& settings)
     if (settings.width < 16 || settings.height < 16 || settings.width * int64_t{settings.height} > mostPixels)
         refuse("size " + std::to_string(settings.width) + "x" + std::to_string(settings.height) +
                " is not from 16x16 to 4 gigapixels");
-    const Image image = plateImage(settings);
+    const Image image = newImage(settings.width, settings.height, settings.alpha ? 4 : 3, settings.format,
+                                 "kreiluge test plate");
     const PlatePicture picture(settings.width, settings.height);
     const Tiling tiling(image.data, image.rowBytes(), 16);
     Writer writer(path, image);
@@ -92,9 +74,7 @@ void drawPlate(const std::string& path, const PlateSettings& settings)
 
 unsigned char usualFormat(const std::string& path)
 {
-    std::string extension = std::filesystem::path(path).extension().string();
-    std::transform(extension.begin(), extension.end(), extension.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    const std::string extension = extensionOf(path);
     if (extension == ".exr")
         return PXL_FORMAT_half;
     return extension == ".png" || extension == ".tif" || extension == ".tiff" ? PXL_FORMAT_uint16

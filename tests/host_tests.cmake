@@ -6,6 +6,7 @@ add_executable(kreiluge_host_tests
   host_chain.cpp
   host_cook.cpp
   host_files.cpp
+  host_lookups.cpp
   host_pieces.cpp)
 target_include_directories(kreiluge_host_tests PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
 target_link_libraries(kreiluge_host_tests PRIVATE

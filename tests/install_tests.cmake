@@ -18,5 +18,7 @@ set_tests_properties(install.consumer PROPERTIES FIXTURES_REQUIRED installed)
 if(TARGET kreiluge_tool)
   add_test(NAME install.readme COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/readme_shell.sh ${PROJECT_SOURCE_DIR}/README.md
     ${installed}/bin ${CMAKE_CURRENT_BINARY_DIR}/readme)
-  set_tests_properties(install.readme PROPERTIES FIXTURES_REQUIRED installed)
+  add_test(NAME install.colour COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/readme_shell.sh
+    ${PROJECT_SOURCE_DIR}/docs/colour.md ${installed}/bin ${CMAKE_CURRENT_BINARY_DIR}/colour)
+  set_tests_properties(install.readme install.colour PROPERTIES FIXTURES_REQUIRED installed)
 endif()

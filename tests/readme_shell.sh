@@ -1,7 +1,7 @@
 #!/bin/sh
-# Runs the shell lines of a README in an empty directory.
+# Runs the shell lines of a document in an empty directory.
 #
-#   readme_shell.sh README BIN DIRECTORY
+#   readme_shell.sh DOCUMENT BIN DIRECTORY
 #
 # BIN is where the command is, DIRECTORY is made anew.
 set -eu

@@ -23,7 +23,8 @@ class ToolTest(unittest.TestCase):
 
     def run_tool(self, *arguments, code=0):
         result = subprocess.run([KREILUGE, *arguments], cwd=self.path, capture_output=True, text=True, timeout=120)
-        self.assertEqual(result.returncode, code, f"{arguments}: {result.stdout}{result.stderr}")
+        if code is not None:
+            self.assertEqual(result.returncode, code, f"{arguments}: {result.stdout}{result.stderr}")
         return result
 
     def plate(self, name, *arguments):
@@ -34,7 +35,7 @@ class ToolTest(unittest.TestCase):
 
     def test_help_tells_of_every_command(self):
         overview = self.run_tool("--help").stdout
-        for command in ["grade", "edge", "functions", "info", "diff", "plate"]:
+        for command in ["grade", "edge", "functions", "info", "diff", "curve", "plate"]:
             self.assertIn(command, overview)
             self.assertIn("--help", self.run_tool(command, "--help").stdout)
         self.assertRegex(self.run_tool("--version").stdout, r"^kreiluge \d+\.\d+\.\d+\n$")
@@ -68,6 +69,9 @@ class ToolTest(unittest.TestCase):
             (["plate", "-o", "out.exr", "--size", "20"], "1920x1080"),
             (["plate", "-o", "out.exr", "--threads", "x"], "'x' is no whole number from 1 to 8"),
             (["info", "none.exr"], "no such file"),
+            ([*grade, "lut none.cube"], "cannot read the look-up file 'none.cube'"),
+            (["curve", "0 0", "-o", "out.png"], "has one key"),
+            (["curve", "0 0, 1 1", "-o", "out.png", "--size", "9"], "64 to 4096"),
         ]:
             error = self.run_tool(*arguments, code=2).stderr
             self.assertTrue(error.startswith("kreiluge: "), error)
@@ -174,6 +178,15 @@ class ToolTest(unittest.TestCase):
             self.assertEqual(process.returncode, 0)
             used.append(usage.ru_maxrss)
         self.assertLess(used[1] - used[0], 20000, "KiB more for sixteen times the height")
+
+    def test_curves_are_drawn(self):
+        pictures = set()
+        for name, arguments in [("a.png", ["0 0, .5 .8, 1 1"]), ("b.png", ["-1 0, 1 1 | 0 0, 1e9 1 | 0 0, 0 1"]), ("c.tif", ["0:0;0.5:0.8;1:1", "--extend"])]:
+            self.run_tool("curve", *arguments, "-o", name, "--size", "100")
+            info = json.loads(self.run_tool("info", name, "--json").stdout)
+            self.assertEqual(info["planes"], [{"name": "color", "format": "uint8", "channels": ["R", "G", "B"]}])
+            pictures.add(self.run_tool("diff", "a.png", name, code=None).stdout)
+        self.assertEqual(len(pictures), 3)
 
     def test_the_document_lists_the_functions(self):
         self.assertIn(self.run_tool("functions", "--markdown").stdout, DOCUMENT.read_text())

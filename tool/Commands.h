@@ -26,6 +26,7 @@ void addEdge(CLI::App& app, int& exitCode);
 void addFunctions(CLI::App& app);
 void addInfo(CLI::App& app);
 void addDiff(CLI::App& app, int& exitCode);
+void addCurve(CLI::App& app);
 void addPlate(CLI::App& app);
 
 } // namespace tool

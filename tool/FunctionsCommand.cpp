@@ -1,6 +1,8 @@
 #include "Commands.h"
 
 #include <host/Functions.h>
+#include <host/Names.h>
+#include <host/Text.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -12,19 +14,27 @@ namespace {
 
 void printList()
 {
+    constexpr size_t most = 48; // a longer usage has a line of its own
     size_t width = 0;
     for (const host::Function& function : host::functions())
-        width = std::max(width, function.usage().size());
-    for (const host::Function& function : host::functions())
-        std::printf("%-*s  %s\n", static_cast<int>(width), function.usage().c_str(),
+        if (function.usage().size() <= most)
+            width = std::max(width, function.usage().size());
+    for (const host::Function& function : host::functions()) {
+        const std::string usage = function.usage();
+        const bool fits = usage.size() <= width;
+        std::printf("%s%s%*s%s\n", usage.c_str(), fits ? "" : "\n",
+                    static_cast<int>(fits ? width - usage.size() + 2 : width + 2), "",
                     function.summary.c_str());
+    }
 }
 
 void printMarkdown()
 {
     std::printf("| function | result for a value v |\n|---|---|\n");
     for (const host::Function& function : host::functions())
-        std::printf("| `%s` | %s |\n", function.usage().c_str(), function.summary.c_str());
+        std::printf("| `%s` | %s |\n", // a bar would end the column
+                    host::joined(host::splitText(function.usage(), '|'), "\\|").c_str(),
+                    function.summary.c_str());
 }
 
 } // namespace
@@ -36,7 +46,11 @@ void addFunctions(CLI::App& app)
     command->add_flag("--markdown", *markdown, "as a table for documents");
     command->footer(
         "Arguments in brackets may be left out. They are given by position or as name=value. Those of add,\n"
-        "mult, madd and gamma may be one value per component, as in 1:0.9:0.8 or 1:0.9:0.8:1.");
+        "mult, madd and gamma, and the later ones of levels, may be one value per component, as in "
+        "1:0.9:0.8\n"
+        "or 1:0.9:0.8:1. Colours are 1:0.5:0, a matrix is 9 or 16 numbers. Keys are 0 0, 0.5 0.6, 1 1 or, "
+        "also\n"
+        "in name=value, 0:0;0.5:0.6;1:1. A | begins the curve of the next component.");
     command->callback([markdown] { *markdown ? printMarkdown() : printList(); });
 }
 

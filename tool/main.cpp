@@ -80,6 +80,7 @@ int run(int argc, char** argv)
     tool::addFunctions(app);
     tool::addInfo(app);
     tool::addDiff(app, exitCode);
+    tool::addCurve(app);
     tool::addPlate(app);
     try {
         app.parse(argc, argv);
