@@ -65,6 +65,10 @@ Made makeHSV(const Values& v)
 
 Made makeLevels(const Values& v)
 {
+    // Components that differ cost a table each, and 16-bit ones top out below white.
+    if (std::all_of(v.begin() + 6, v.end(), [](const Value& value) { return value.isUniform(); }))
+        return std::make_unique<RU_LevelsFunc>(v[0], v[1], v[2], v[3], v[4], v[5], v[6], v[7], v[8], v[9],
+                                               v[10]);
     return std::make_unique<RU_LevelsFunc>(v[0], v[1], v[2], v[3], v[4], v[5], v[6].four(), v[7].four(),
                                            v[8].four(), v[9].four(), v[10].four());
 }

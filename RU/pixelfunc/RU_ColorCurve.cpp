@@ -3,6 +3,7 @@
 #include <RU/pixelfunc/ru_CurveTable.h>
 
 #include <algorithm>
+#include <new>
 
 namespace {
 
@@ -77,10 +78,19 @@ void RU_ColorCurve::applyWeights(UT_Vector2Array& out, UT_Vector2Array& in) cons
 
 void RU_ColorCurve::create(bool extend)
 {
-    const int64_t count = keyCount();
     extend_ = extend;
     table_.reset();
     controlPoints_.clear();
+    builtCount_ = 0;
+    try {
+        build();
+    } catch (const std::bad_alloc&) { // 0 everywhere
+    }
+}
+
+void RU_ColorCurve::build()
+{
+    const int64_t count = keyCount();
     if (count < 2) {
         controlPoints_.append(count == 1 ? key(0) : UT_Vector2{});
         builtCount_ = 1;
@@ -97,7 +107,7 @@ void RU_ColorCurve::create(bool extend)
         controlPoints_.append(key(i + 1) + in(i + 1));
     }
     controlPoints_.append(key(count - 1));
-    if (extend) {
+    if (extend_) {
         preslope_ = slopeOf(out(0));
         postslope_ = slopeOf(in(count - 1));
     }

@@ -19,12 +19,13 @@ class ru_CurveTable;
 /// key behind, l1 and l2 their lengths, s = l1 / (l1 + l2); their lengths are 0.166666 (l1 + l2), at most half
 /// the way to the neighbour. The end handles are a third (0.33333) of the way to the neighbour long. The weight
 /// draws a key's handles towards the straight lines to its neighbours: 0 is smooth, 1 straight.
-/// Units: values as the images hold them, 0.0 black and 1.0 white; nothing is clamped.
-/// Null: a curve of less than two keys, or one not created yet, is 0 everywhere.
+/// Units: values as the images hold them, 0.0 black and 1.0 white; nothing is clamped. Keys whose differences
+/// overflow a float give NaN.
+/// Null: a curve of less than two keys, one not created yet, or one for which memory ran out, is 0 everywhere.
 /// Threads: evaluate() only reads; any number of threads may call it after create().
-/// Cost: create() takes at most some 0.2 ms per key and makes a table of at most 16 KB per key, which copies of
-/// the curve share. A row takes about as long as a gamma; places near which the curve is vertical or folds back
-/// are solved on each call, some fifty times slower.
+/// Cost: create() takes at most some 0.4 ms per key and makes a table of at most 16 KB per key, which copies of
+/// the curve share. A row takes about as long as a gamma, a value by itself ten times as long as in a row; places
+/// near which the curve is vertical or folds back are solved on each call, some fifty times slower.
 class RU_API RU_ColorCurve
 {
 public:
@@ -58,6 +59,7 @@ public:
 
 private:
     UT_Vector2 key(int64_t index) const { return {keyX_(index), keyY_(index)}; }
+    void build();
     void buildHandles(UT_Vector2Array& out, UT_Vector2Array& in) const;
     void applyWeights(UT_Vector2Array& out, UT_Vector2Array& in) const;
 

@@ -7,25 +7,38 @@
 
 RU_VECTOR_FORMS(RU_ColorReplace, ru_Replace)
 
+namespace {
+
+/// Below this saturation of the key the hues around it mean less and less.
+constexpr float greyish = 0.125f;
+
+/// The most by which saturation and value are multiplied.
+constexpr float mostGain = 4.0f;
+
+/// Far beyond all colours, and still a number to calculate with.
+constexpr float mostTolerance = 1e9f;
+
+} // namespace
+
 RU_ColorReplace::RU_ColorReplace(const float* key, const float* replacement, float inner, float outer)
-    : key_{key[0], key[1], key[2]}, inner_(inner), outer_(std::max(inner, outer))
+    : key_{key[0], key[1], key[2]}, inner_(std::min(inner, mostTolerance)),
+      outer_(std::min(std::max(inner, outer), mostTolerance))
 {
     ru_hsv::fromColour(key_[0], key_[1], key_[2]);
     float to[3] = {replacement[0], replacement[1], replacement[2]};
     ru_hsv::fromColour(to[0], to[1], to[2]);
-    const bool isGrey = !(key_[1] > 0.0f), isBlack = !(key_[2] > 0.0f);
-    scale_[0] = isGrey ? 0.0f : 1.0f;
-    shift_[0] = isGrey ? to[0] : to[0] - key_[0];
-    scale_[1] = isGrey ? 0.0f : to[1] / key_[1];
-    shift_[1] = isGrey ? to[1] : 0.0f;
-    scale_[2] = isBlack ? 1.0f : to[2] / key_[2];
-    shift_[2] = isBlack ? to[2] : 0.0f;
+    scale_[0] = std::min(key_[1] / greyish, 1.0f);
+    shift_[0] = to[0];
+    for (int i = 1; i < 3; ++i) {
+        scale_[i] = to[i] < mostGain * key_[i] ? to[i] / key_[i] : mostGain;
+        shift_[i] = to[i] - scale_[i] * key_[i];
+    }
 }
 
 void RU_ColorReplace::fill(ru_Replace& expression, ru_Present) const
 {
     expression = {{},        key_[0],   key_[1],   key_[2],   inner_,    outer_,   1.0f / (outer_ - inner_),
-                  scale_[0], shift_[0], scale_[1], shift_[1], scale_[2], shift_[2]};
+                  shift_[0], scale_[0], scale_[1], shift_[1], scale_[2], shift_[2]};
 }
 
 void RU_ColorReplace::getPixelShader(UT_String& body)
@@ -48,8 +61,9 @@ void RU_ColorReplace::getPixelShader(UT_String& body)
     body = "if(num_comps < 3) return value;\n"
            "prev = value;\n"
            "value.rgb = toHSV(value.rgb, minv,maxv, s1,hue,sat,rs,gs,bs);\n"
-           "p = abs(value.r - keycolor.x);\n"
-           "p = 2.0 * min(p, 1.0 - p) * min(value.g, keycolor.y);\n"
+           "value.r -= keycolor.x;\n"
+           "value.r -= (abs(value.r) > 0.5) ? sign(value.r) : 0.0;\n"
+           "p = 2.0 * value.r * min(value.g, keycolor.y);\n"
            "p = length(VEC3(p, value.gb - keycolor.yz));\n"
            "s1 = (p <= inner) ? 1.0 : (p >= outer) ? 0.0 : smoothstep(0.0, 1.0, (outer - p) / (outer - "
            "inner));\n"

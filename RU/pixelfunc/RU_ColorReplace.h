@@ -15,10 +15,12 @@ struct ru_Replace;
 /// smoothly (3 t^2 - 2 t^3) in between. An outer tolerance below the inner one counts as equal to it.
 ///
 /// What it is replaced by differs from the replacement colour as the pixel differs from the key: its hue by
-/// the same angle, its saturation (then at most 1) and its value by the same factor. A grey key lends its
-/// pixels the replacement's hue and saturation; a black one adds to its value.
+/// the same angle, less so for keys with a saturation below 1/8, and its saturation (then at most 1) and value by
+/// the same factor. Where that factor, replacement / key, is above 4, it is 4 and the rest is added, so that
+/// dark and greyish keys do not blow up their neighbours.
 ///
 /// Units: colours and tolerances as the pixels have them, in [0, 1] for display images.
+/// NaN and infinite pixels stay as they are.
 /// Components: nothing happens unless red, green and blue are all there; alpha stays.
 class RU_API RU_ColorReplace : public RU_PixelFunction
 {
@@ -36,7 +38,8 @@ private:
     friend struct ru_VectorForms;
     void fill(ru_Replace& expression, unsigned present) const;
 
-    float key_[3]; ///< hue, saturation, value
+    // Of hue, saturation, value.
+    float key_[3];
     float inner_, outer_;
-    float scale_[3], shift_[3]; ///< from a pixel's hue, saturation, value to its replacement's
+    float scale_[3], shift_[3]; ///< from a pixel, its hue as the distance from the key, to its replacement
 };

@@ -23,7 +23,8 @@ enum RU_HSVConvertOp {
 /// l * valScale + valShift, where l = 0.3086 r + 0.6094 g + 0.082 b of the input.
 ///
 /// Absent components: the conversions do nothing unless red, green and blue are all there. Adjusting counts
-/// absent ones as 0; a pixel with red alone is a grey, of which only the value is adjusted. Alpha stays.
+/// absent ones as 0; a pixel without green and blue is a grey, of which only the value is adjusted, with or
+/// without alpha. Alpha stays.
 class RU_API RU_HSVConvertFunc : public RU_PixelFunction
 {
 public:

@@ -92,13 +92,15 @@ void RU_HueCurveFunc::getPixelShader(UT_String& body)
     // Back by the pure hue k: (1 - (1 - k) s) v, also for s > 1.
     UT_String text("if(num_comps < 3 || max(value.r, max(value.g, value.b)) <= 0.0) return value;\n"
                    "value.rgb = toHSV(value.rgb, minv,maxv, s1,hue,sat,rs,gs,bs);\n"
-                   "p = min(value.r, 1.0) * 2048.0;\n"
-                   "i = min(INT(p), 2047);\n"
+                   "p = min(value.r, 1.0) * %n.0;\n"
+                   "i = min(INT(p), %n - 1);\n"
                    "gain = mix(ABS_%t(i, 0), ABS_%t(i + 1, 0), p - FLOAT(i));\n"
-                   "gain.yz *= value.gb;\n"
+                   "gain.z = value.b * (1.0 + (gain.z - 1.0) * min(value.g, 1.0));\n"
+                   "gain.y *= value.g;\n"
                    "value.rgb = VEC3(value.r + gain.x, 1.0, 1.0);\n"
                    "value.rgb = fromHSV(value.rgb, i,hue,sat,val,f,p,q,t);\n"
                    "value.rgb = (VEC3(1.0) - (VEC3(1.0) - value.rgb) * VEC3(gain.y)) * VEC3(gain.z);\n");
     text.substitute("%t", table);
+    text.substitute("%n", std::to_string(ru_HueCurve::steps));
     body = text;
 }

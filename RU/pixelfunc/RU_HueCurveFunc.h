@@ -11,18 +11,22 @@ struct ru_HueCurve;
 ///
 ///     hue          + curve - 0.5, in turns
 ///     saturation   * 2 curve
-///     value        * 2 curve, both from 0 on
+///     value        * 1 + (2 curve - 1) min(saturation, 1), a curve below 0 counting as 0 in both
 ///
-/// so that 0.5 leaves a colour as it is and 1 turns hue by half a circle or doubles the other two. Hue,
-/// saturation and value are those of RU_HSVConvertFunc, but a saturation above 1, which stands for components
-/// below 0, is kept; colours without a component above 0 stay as they are.
+/// so that 0.5 leaves a colour exactly as it is and 1 turns hue by half a circle or doubles the other two. Greys,
+/// whose hue means nothing, keep their value, and what is nearly grey nearly does.
+///
+/// Hue, saturation and value are those of RU_HSVConvertFunc, but a saturation above 1, which stands for
+/// components below 0, is kept. Colours without a component above 0, or too small for the saturation to be a
+/// number, stay as they are; NaN and infinities give NaN.
 ///
 /// Hue is a circle, so the keys of a curve are repeated before 0 and behind 1 and it runs smoothly through
 /// red. A key at 1 is one at 0, and is ignored where that has a key of its own, as keys outside [0, 1] are.
 /// A single key gives a flat curve.
 ///
 /// Components: nothing happens unless red, green and blue are all there; alpha stays.
-/// Ownership: the curves are read by the constructor and may go afterwards; null, or without a key, for none.
+/// Ownership: keys and weights of the curves are read by the constructor; the curves need not have been created
+/// and may go afterwards. Null, or without a key, for none.
 /// Cost: the curves are sampled at 2048 hues, linear in between; the shader reads the same samples.
 class RU_API RU_HueCurveFunc : public RU_PixelFunction
 {

@@ -5,14 +5,6 @@
 
 namespace {
 
-/// The same value for each component.
-struct Four
-{
-    explicit Four(float v) : values{v, v, v, v} {}
-    operator const float*() const { return values; }
-    float values[4];
-};
-
 const RU_LevelsFunc& levelsOf(const RU_PixelFunction* function)
 {
     return static_cast<const RU_LevelsFunc&>(*function);
@@ -43,27 +35,30 @@ void RU_LevelsFunc::Step::row(float* values, int64_t count) const
 RU_LevelsFunc::RU_LevelsFunc(float inBlack, float inWhite, float gamma, float outBlack, float outWhite,
                              float offset, const float* inBlacks, const float* inWhites, const float* gammas,
                              const float* outBlacks, const float* outWhites)
-    : global_(inBlack, inWhite, gamma, outBlack, outWhite), perComponent_(false)
+    : global_(inBlack, inWhite, gamma, outBlack, outWhite), perComponent_(true)
 {
     global_.addend += offset;
-    for (int c = 0; c < 4; ++c) {
-        Step& step = components_[c];
-        step = Step(inBlacks[c], inWhites[c], gammas[c], outBlacks[c], outWhites[c]);
-        perComponent_ |= step != components_[0];
-        const double factor = global_.factor;
-
-        fast_[c].factor = static_cast<float>(step.factor * factor);
-        fast_[c].addend = static_cast<float>(step.addend * factor + global_.addend);
-    }
+    for (int c = 0; c < 4; ++c)
+        set(c, Step(inBlacks[c], inWhites[c], gammas[c], outBlacks[c], outWhites[c]));
 }
 
 RU_LevelsFunc::RU_LevelsFunc(float inBlack, float inWhite, float gamma, float outBlack, float outWhite,
                              float offset, float componentInBlack, float componentInWhite,
                              float componentGamma, float componentOutBlack, float componentOutWhite)
-    : RU_LevelsFunc(inBlack, inWhite, gamma, outBlack, outWhite, offset, Four(componentInBlack),
-                    Four(componentInWhite), Four(componentGamma), Four(componentOutBlack),
-                    Four(componentOutWhite))
+    : global_(inBlack, inWhite, gamma, outBlack, outWhite), perComponent_(false)
 {
+    global_.addend += offset;
+    const Step step(componentInBlack, componentInWhite, componentGamma, componentOutBlack, componentOutWhite);
+    for (int c = 0; c < 4; ++c)
+        set(c, step);
+}
+
+void RU_LevelsFunc::set(int component, const Step& step)
+{
+    const double factor = global_.factor;
+    components_[component] = step;
+    fast_[component].factor = static_cast<float>(step.factor * factor);
+    fast_[component].addend = static_cast<float>(step.addend * factor + global_.addend);
 }
 
 void RU_LevelsFunc::colourMap(float x0, float x1, float y0, float y1, float& factor, float& addend)

@@ -21,7 +21,7 @@ public:
     RU_LevelsFunc(float inBlack, float inWhite, float gamma, float outBlack, float outWhite, float offset,
                   const float* inBlacks, const float* inWhites, const float* gammas, const float* outBlacks,
                   const float* outWhites);
-    /// One component level for all four.
+    /// One component level for all four, which are then treated alike.
     RU_LevelsFunc(float inBlack, float inWhite, float gamma, float outBlack, float outWhite, float offset,
                   float componentInBlack, float componentInWhite, float componentGamma,
                   float componentOutBlack, float componentOutWhite);
@@ -45,7 +45,6 @@ private:
         bool bends() const { return igamma != 1.0f; }
         float operator()(float v) const;
         void row(float* values, int64_t count) const;
-        bool operator==(const Step&) const = default;
 
         float igamma = 1.0f;
         float factor = 1.0f;
@@ -58,6 +57,7 @@ private:
     /// Step by step.
     static float safeLevels(RU_PixelFunction* function, float value, int component);
     static void safeRow(RU_PixelFunction* function, float* values, int64_t count, int component);
+    void set(int component, const Step& step);
     bool bendsComponents() const;
     bool isFast() const;
 

@@ -15,7 +15,7 @@ class CL_Track;
 /// Null: 0 everywhere.
 /// Ownership: the clip stays the caller's and must outlive the function.
 /// Cost: sampled tracks run row by row; keyed ones search their keys for every value. With more than one track
-/// the engine takes pixel by pixel.
+/// no tables are used.
 class RU_API RU_LookupClipFunc : public RU_PixelFunction
 {
 public:

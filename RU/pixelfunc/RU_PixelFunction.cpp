@@ -2,6 +2,7 @@
 
 #include <mutex>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -111,17 +112,28 @@ bool RU_PixelFunction::isComponentDependent() const
     return false;
 }
 
+void RU_PixelFunction::appendToEngine(RU_PixelFunction* function, int64_t entries)
+{
+    if (engineFunctions_.entries() < entries)
+        engineFunctions_.append(function);
+}
+
+// The lists that the builders look at are set last, so that one for which memory ran out is built anew.
+
 void RU_PixelFunction::buildPixelEngine()
 {
     const std::lock_guard guard(lock_);
     if (pixelEngine_.entries() != 0)
         return;
+    UT_PtrArray<RU_ScalarForm> scalars;
+    UT_PtrArray<RU_RowForm> rows;
     for (RU_PixelFunction* f = this; f != nullptr; f = f->next_) {
-        pixelEngine_.append(f->getPixelFunction());
-        rowEngine_.append(f->getRowFunction());
-        if (engineFunctions_.entries() < pixelEngine_.entries())
-            engineFunctions_.append(f);
+        scalars.append(f->getPixelFunction());
+        rows.append(f->getRowFunction());
+        appendToEngine(f, scalars.entries());
     }
+    rowEngine_ = std::move(rows);
+    pixelEngine_ = std::move(scalars);
 }
 
 void RU_PixelFunction::buildVectorEngine()
@@ -129,12 +141,15 @@ void RU_PixelFunction::buildVectorEngine()
     const std::lock_guard guard(lock_);
     if (vectorEngine_.entries() != 0)
         return;
+    UT_PtrArray<RU_VectorForm> vectors;
+    UT_PtrArray<RU_VectorRowForm> rows;
     for (RU_PixelFunction* f = this; f != nullptr; f = f->next_) {
-        vectorEngine_.append(f->getVectorFunction());
-        vectorRowEngine_.append(f->getVectorRowFunction());
-        if (engineFunctions_.entries() < vectorEngine_.entries())
-            engineFunctions_.append(f);
+        vectors.append(f->getVectorFunction());
+        rows.append(f->getVectorRowFunction());
+        appendToEngine(f, vectors.entries());
     }
+    vectorRowEngine_ = std::move(rows);
+    vectorEngine_ = std::move(vectors);
 }
 
 float RU_PixelFunction::processValue(float value, int component) const

@@ -134,6 +134,7 @@ protected:
 
 private:
     void rememberScalarFunction() const;
+    void appendToEngine(RU_PixelFunction* function, int64_t entries);
     void addParameter(const char* qualifier, const char* type, const UT_String& name, int count);
 
     RU_PixelFunction* next_ = nullptr;

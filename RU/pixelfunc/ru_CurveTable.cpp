@@ -12,6 +12,7 @@ namespace {
 
 constexpr int fewestCells = 4;
 constexpr int mostCells = 512;
+constexpr int64_t mostCoefficients = 1 << 30; ///< kernels count them with 32 bits
 constexpr double undefined = std::numeric_limits<double>::quiet_NaN();
 
 using Cell = std::array<double, ru_curveCellSize>;
@@ -168,6 +169,10 @@ ru_CurveTable::ru_CurveTable(const UT_Vector2Array& points, bool extend, float p
         cells_.insert(cells_.end(), {stretch.y.p3, 0.0, 0.0, 0.0});
         if (j > 0)
             starts_.push_back(points_(j).x);
+        if (std::ssize(cells_) > mostCoefficients) { // too many keys: every value is solved for
+            cells_ = {};
+            return;
+        }
     }
     startCount_ = std::ssize(starts_);
     constexpr auto group = static_cast<size_t>(ru_curveStarts);

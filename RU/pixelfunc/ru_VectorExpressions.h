@@ -219,12 +219,14 @@ struct ru_HueCurve : ru_OfColour
         const int at = __builtin_bit_cast(int, shifted) & (steps - 1);
         const float turn = between(turns, at, part);
         const float satGain = between(satGains, at, part), valGain = between(valGains, at, part);
+        const float grown = v * (1.0f + (valGain - 1.0f) * smaller(s, 1.0f));
         float red, green, blue;
-        toWideColour(sixfoldOf(withinTurn(h + turn)), s * satGain, v * valGain, red, green, blue);
-        const bool visible = v > 0.0f;
-        r = visible ? red : r;
-        g = visible ? green : g;
-        b = visible ? blue : b;
+        toWideColour(sixfoldOf(withinTurn(h + turn)), s * satGain, grown, red, green, blue);
+        const bool changes = (turn != 0.0f) | (satGain != 1.0f) | (valGain != 1.0f);
+        const bool touched = changes & (v > 0.0f) & (s < __builtin_inff());
+        r = touched ? red : r;
+        g = touched ? green : g;
+        b = touched ? blue : b;
     }
 };
 
@@ -233,15 +235,18 @@ struct ru_Replace : ru_OfColour
 {
     float keyHue, keySat, keyVal;
     float inner, outer, slope; ///< slope: 1 / (outer - inner)
-    float hueScale, hueShift, satScale, satShift, valScale, valShift;
+    float toHue, hueScale;     ///< what the key becomes, and how much of a pixel's distance is added
+    float satScale, satShift, valScale, valShift;
 
     RU_PIXEL_EXPRESSION(float& r, float& g, float& b) const
     {
         using namespace ru_hsv;
         float h = r, s = g, v = b;
         fromColour(h, s, v);
-        const float apart = __builtin_fabsf(h - keyHue);
-        const float turn = 2.0f * smaller(apart, 1.0f - apart) * smaller(s, keySat);
+        const float way = h - keyHue;
+        const float around = way > 0.5f ? way - 1.0f : way + 1.0f;
+        const float hueApart = __builtin_fabsf(way) > 0.5f ? around : way;
+        const float turn = 2.0f * hueApart * smaller(s, keySat);
         const float satApart = s - keySat, valApart = v - keyVal;
         const float distance = __builtin_sqrtf(turn * turn + satApart * satApart + valApart * valApart);
         const float rise = limited((outer - distance) * slope);
@@ -249,12 +254,12 @@ struct ru_Replace : ru_OfColour
         const float weight = distance <= inner ? 1.0f : smooth;
 
         float red, green, blue;
-        const float sixfold = sixfoldOf(withinTurn(h * hueScale + hueShift));
+        const float sixfold = sixfoldOf(withinTurn(toHue + hueScale * hueApart));
         toColour(sixfold, s * satScale + satShift, v * valScale + valShift, red, green, blue);
         const bool touched = weight > 0.0f;
-        r = touched ? r + weight * (red - r) : r;
-        g = touched ? g + weight * (green - g) : g;
-        b = touched ? b + weight * (blue - b) : b;
+        r = touched ? (1.0f - weight) * r + weight * red : r;
+        g = touched ? (1.0f - weight) * g + weight * green : g;
+        b = touched ? (1.0f - weight) * b + weight * blue : b;
     }
 };
 

@@ -293,9 +293,9 @@ void addHueCurves(VectorCatalogue& list)
         const auto formula = [h = circle[0], s = circle[1], v = circle[2]](Colour c) {
             const Colour hsv = toHSV(c);
             const float satGain = std::max(2 * s.evaluate(hsv.r), 0.0f);
-            const float valGain = std::max(2 * v.evaluate(hsv.r), 0.0f);
+            const float valGain = 1 + (std::max(2 * v.evaluate(hsv.r), 0.0f) - 1) * std::min(hsv.g, 1.0f);
             const Colour to = {hsv.r + h.evaluate(hsv.r) - 0.5f, hsv.g * satGain, hsv.b * valGain};
-            return hsv.b > 0 ? fromWideHSV(to) : c;
+            return hsv.b > 0 && std::isfinite(hsv.g) ? fromWideHSV(to) : c;
         };
         add(list, "HueCurve" + std::to_string(list.size()),
             new RU_HueCurveFunc(keys[0].given.empty() ? nullptr : given, given + 1, given + 2),
@@ -311,17 +311,21 @@ void addReplacements(VectorCatalogue& list)
             const auto [h, s, v] = toHSV(c);
             const auto [hk, sk, vk] = toHSV(key);
             const auto [hr, sr, vr] = toHSV(by);
-            const double apart = std::abs(h - hk), turn = 2 * std::min(apart, 1 - apart) * std::min(s, sk);
+            const double way = h - hk, apart = way > 0.5 ? way - 1 : way < -0.5 ? way + 1 : way;
+            const double turn = 2 * apart * std::min(s, sk);
             const double distance = std::hypot(turn, s - sk, v - vk);
             const double t = std::clamp((outer - distance) / (outer - inner), 0.0, 1.0);
             const auto weight = static_cast<float>(distance <= inner ? 1
                                                    : outer <= inner  ? 0
                                                                      : t * t * (3 - 2 * t));
-            const bool greyKey = sk == 0, blackKey = vk == 0;
-            const Colour to = fromHSV({greyKey ? hr : h - hk + hr, std::min(greyKey ? sr : s / sk * sr, 1.0f),
-                                       blackKey ? v + vr : v / vk * vr});
+            const auto scaled = [](double x, double from, double end) {
+                const double gain = from > 0 ? std::min(end / from, 4.0) : 4.0;
+                return static_cast<float>(end + gain * (x - from));
+            };
+            const auto turned = static_cast<float>(hr + std::min(sk * 8.0, 1.0) * apart);
+            const Colour to = fromHSV({turned, std::min(scaled(s, sk, sr), 1.0f), scaled(v, vk, vr)});
             const auto mixed = [&](float from, float end) {
-                return weight == 0 ? from : from + weight * (end - from);
+                return weight == 0 ? from : (1 - weight) * from + weight * end;
             };
             return Colour{mixed(c.r, to.r), mixed(c.g, to.g), mixed(c.b, to.b)};
         };
@@ -333,7 +337,7 @@ void addReplacements(VectorCatalogue& list)
     replace({0.9f, 0.2f, 0.1f}, {0.1f, 0.3f, 0.8f}, 0.13f, 0.97f); // across red
     replace({0.2f, 0.7f, 0.6f}, {0.9f, 0.9f, 0.9f}, 0.37f, 0.21f); // an outer tolerance that counts as 0.37
     replace(grey(0.4f), {0.3f, 0.6f, 0.1f}, 0.0f, 1.43f);
-    replace(grey(0.0f), {0.6f, 0.1f, 0.3f}, 0.31f, 0.83f);
+    replace({0.01f, 0.01f, 0.0101f}, {0.6f, 0.1f, 0.3f}, 0.31f, 0.83f); // nearly black and grey
 }
 
 } // namespace
