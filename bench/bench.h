@@ -1,6 +1,7 @@
 #pragma once
 
 #include <PXL/PXL_Format.h>
+#include <RU/pixelfunc/RU_ColorCurve.h>
 #include <TIL/TIL_Region.h>
 #include <TIL/TIL_Tile.h>
 #include <TIL/TIL_TileList.h>
@@ -12,19 +13,31 @@
 
 namespace bench {
 
-/// What all contenders of a row work on: one component of a picture, in a tile and once more in a region with
-/// a border of one pixel, and a tile for the result. Peers take the bare memory.
+struct Size
+{
+    const char* name;
+    int width, height;
+};
+constexpr Size hd = {"1080p", 1920, 1080};
+constexpr Size uhd = {"4K", 3840, 2160};
+constexpr Size small = {"256", 256, 256}; ///< stays in the cache
+
+/// What all contenders of a row work on: a picture in tiles and once more in a region with a border of one
+/// pixel, and tiles for the result. Peers take the bare memory, in which the components of a pixel lie side by
+/// side; of a single component it is the tiles' own.
 class Planes
 {
 public:
-    Planes(PXL_Format format, int width, int height);
+    Planes(PXL_Format format, unsigned char components, const Size& size);
     Planes(const Planes&) = delete;
     Planes& operator=(const Planes&) = delete;
 
-    int64_t components() const { return out.itemCount; }
-    size_t bytes() const { return static_cast<size_t>(components() * PXLbytesPerElement(plane.formatCode)); }
-    /// The values in the output, white as 1.
-    std::vector<double> result() const;
+    int components() const { return plane.componentCount; }
+    int64_t values() const { return int64_t(components()) * out.itemCount; }
+    size_t bytes() const { return static_cast<size_t>(values() * PXLbytesPerElement(plane.formatCode)); }
+    /// The values in the output, pixel by pixel, white as 1.
+    std::vector<double> tileResult() const;
+    std::vector<double> bareResult() const;
 
     TIL_Plane plane;
     TIL_TileList in, out;
@@ -33,7 +46,8 @@ public:
     void* output;
 
 private:
-    TIL_Tile tiles_[2];
+    std::vector<TIL_Tile> tiles_;
+    TIL_Buffer pixels_[2];
 };
 
 /// Work to be timed: from the input of some planes to their output.
@@ -41,15 +55,23 @@ using Work = std::function<void()>;
 /// Makes the work and, once and untimed, all that it needs.
 using Maker = std::function<Work(Planes&)>;
 
-/// A line of the table: what the library does to planes of a format.
+/// Lines of the table: what the library does to planes of a format.
 struct Row
 {
     const char* name;
     PXL_Format format;
     Maker ours;
-    bool alsoSmall = false; ///< also on a 256 x 256 tile, which stays in the cache
+    std::vector<Size> sizes = {hd};
+    unsigned char components = 1;
 };
 extern const std::vector<Row> rows;
+
+/// How far a peer gives what we give.
+enum class Agreement {
+    all,
+    allButAlpha, ///< it takes the values for RGBA and leaves every fourth as it is
+    none         ///< the same kind of work, to another end
+};
 
 /// Somebody else's way to do what the row of that name does.
 struct Peer
@@ -57,7 +79,7 @@ struct Peer
     const char* row;
     const char* name;
     Maker make;
-    bool skipsAlpha = false; ///< takes the components for RGBA and leaves every fourth as it is
+    Agreement agreement = Agreement::all;
 };
 
 /// All peers; each source file adds its own: const bool added = addPeers({...});
@@ -70,10 +92,52 @@ constexpr float addValue = 0.1f;
 constexpr float multValue = 0.8f;
 constexpr float sinScale = 12.0f; // several periods
 constexpr float sinShift = 0.5f;
+constexpr float hueShift = 30.0f; // degrees
+constexpr float satScale = 1.2f;
+constexpr float valScale = 0.9f;
+constexpr float levelsBlack = 0.05f;
+constexpr float levelsWhite = 0.9f;
+constexpr float curveKeys[5][2] = {{0.0f, 0.02f}, {0.2f, 0.12f}, {0.5f, 0.55f}, {0.8f, 0.9f}, {1.2f, 1.1f}};
+
+/// A formula that a row computes, on every value by itself.
+using Formula = double (*)(double value);
 
 inline double gammaAdd(double value)
 {
     return std::pow(value, 1.0 / gammaValue) + addValue;
+}
+
+/// The line of levels with a gamma: levelsBlack to 0, levelsWhite to 1.
+struct LevelsLine
+{
+    double factor, addend;
+};
+inline LevelsLine levelsLine()
+{
+    const double black = std::pow(levelsBlack, 1.0 / gammaValue);
+    const double factor = 1.0 / (std::pow(levelsWhite, 1.0 / gammaValue) - black);
+    return {factor, -black * factor};
+}
+
+inline double levelsValue(double value)
+{
+    static const LevelsLine line = levelsLine();
+    return std::pow(value, 1.0 / gammaValue) * line.factor + line.addend;
+}
+
+inline RU_ColorCurve fiveKeyCurve()
+{
+    RU_ColorCurve curve;
+    for (const auto& [x, y] : curveKeys)
+        curve.addPoint(x, y, 0.0f);
+    curve.create(false);
+    return curve;
+}
+
+inline double curveValue(double value)
+{
+    static const RU_ColorCurve curve = fiveKeyCurve();
+    return curve.evaluate(static_cast<float>(value));
 }
 
 /// The code of a value over the full range of T.

@@ -10,7 +10,8 @@
 #include <cstdio>
 #include <cstring>
 #include <fstream>
-#include <memory>
+#include <map>
+#include <tuple>
 
 namespace bench {
 
@@ -37,13 +38,13 @@ Work copy(Planes& planes)
 double difference(const Row& row, const Peer& peer, const Work& theirs, Planes& planes)
 {
     row.ours(planes)();
-    const std::vector<double> expected = planes.result();
+    const std::vector<double> expected = planes.tileResult();
     std::memset(planes.output, 0, planes.bytes());
     theirs();
-    const std::vector<double> actual = planes.result();
+    const std::vector<double> actual = planes.bareResult();
     double most = 0.0;
     for (size_t i = 0; i < actual.size(); ++i)
-        if (!(peer.skipsAlpha && i % 4 == 3))
+        if (!(peer.agreement == Agreement::allButAlpha && i % 4 == 3))
             most = std::max(most, std::abs(actual[i] - expected[i]) / std::max(1.0, std::abs(expected[i])));
     return most;
 }
@@ -53,6 +54,14 @@ double tolerance(PXL_Format format)
 {
     const double step = format == PXL_FORMAT_half ? 0x1p-10 : 1.01 / PXLfullWhite(format);
     return PXLbytesPerElement(format) < 4 ? step : 1e-5;
+}
+
+/// The planes of some shape. Rows share them: each writes all of the output and reads none of it.
+Planes& planesOf(const Row& row, const Size& size)
+{
+    static std::map<std::tuple<PXL_Format, int, std::string>, Planes> made;
+    return made.try_emplace({row.format, row.components, size.name}, row.format, row.components, size)
+        .first->second;
 }
 
 std::string processor()
@@ -70,6 +79,7 @@ struct Line
     struct Entry
     {
         std::string contender;
+        bool otherResult = false;
         std::vector<double> times;
 
         double median()
@@ -114,8 +124,8 @@ public:
     void Finalize() override
     {
         std::printf("CPU time in ns per component, medians; ratio: peer / ours, of the medians and of the "
-                    "minima\n\n");
-        std::printf("%-29s %7s %7s %7s   %-24s %7s %7s %7s\n", "", "ours", "copy", "x copy", "peer", "",
+                    "minima; ~: the same kind of work, to another end\n\n");
+        std::printf("%-29s %7s %7s %7s   %-30s %7s %7s %7s\n", "", "ours", "copy", "x copy", "peer", "",
                     "ratio", "minima");
         for (Line& line : lines) {
             const double ours = line.entries[0].median();
@@ -124,37 +134,40 @@ public:
                 continue;
             std::printf("%-29s %7.3f %7.3f %7.2f", line.row.c_str(), ours, copied, ours / copied);
             for (size_t i = 2; i < line.entries.size(); ++i) {
-                const double theirs = line.entries[i].median();
-                std::printf("%s%*s   %-24s %7.3f %7.1f %7.1f", i > 2 ? "\n" : "", i > 2 ? 53 : 0, "",
-                            line.entries[i].contender.c_str(), theirs, theirs / ours,
-                            line.entries[i].least() / line.entries[0].least());
+                Line::Entry& peer = line.entries[i];
+                const double theirs = peer.median();
+                std::printf("%s%*s %c %-30s %7.3f %7.1f %7.1f", i > 2 ? "\n" : "", i > 2 ? 53 : 0, "",
+                            peer.otherResult ? '~' : ' ', peer.contender.c_str(), theirs, theirs / ours,
+                            peer.least() / line.entries[0].least());
             }
             std::printf("\n");
         }
     }
 };
 
-/// Registers ours, the copy and the peers of a row. A peer has to give what we give before it is timed.
-Line registerRow(const Row& row, const char* size, int width, int height)
+/// Registers ours, the copy and the peers of a row. A peer has to give what we give before it is timed, unless
+/// it never does.
+Line registerRow(const Row& row, const Size& size)
 {
     std::vector<Peer> contenders = {{row.name, "ours", row.ours}, {row.name, "copy", copy}};
     std::copy_if(peers().begin(), peers().end(), std::back_inserter(contenders),
                  [&](const Peer& peer) { return std::strcmp(peer.row, row.name) == 0; });
-    Line line = {std::string(row.name) + '/' + size, {}};
-    const auto planes = std::make_shared<Planes>(row.format, width, height);
+    Line line = {std::string(row.name) + '/' + size.name, {}};
     for (const Peer& contender : contenders) {
-        const bool compare = line.entries.size() >= 2;
-        line.entries.push_back({contender.name, {}});
+        const bool otherResult = contender.agreement == Agreement::none;
+        const bool compare = line.entries.size() >= 2 && !otherResult;
+        line.entries.push_back({contender.name, otherResult, {}});
         const auto run = [=, work = Work()](benchmark::State& state) mutable {
+            Planes& planes = planesOf(row, size);
             if (work == nullptr) {
-                work = contender.make(*planes);
-                const double apart = compare ? difference(row, contender, work, *planes) : 0.0;
+                work = contender.make(planes);
+                const double apart = compare ? difference(row, contender, work, planes) : 0.0;
                 if (!(apart <= tolerance(row.format)))
                     state.SkipWithError(("differs from ours by up to " + std::to_string(apart)).c_str());
             }
             for (auto _ : state)
                 work();
-            state.SetItemsProcessed(state.iterations() * planes->components());
+            state.SetItemsProcessed(state.iterations() * planes.values());
         };
         benchmark::RegisterBenchmark((line.row + '/' + contender.name).c_str(), run)->MeasureProcessCPUTime();
     }
@@ -177,10 +190,8 @@ int main(int argc, char** argv)
     if (benchmark::ReportUnrecognizedArguments(count, arguments.data()))
         return 2;
     bench::Table table;
-    for (const bench::Row& row : bench::rows) {
-        table.lines.push_back(bench::registerRow(row, "1080p", 1920, 1080));
-        if (row.alsoSmall)
-            table.lines.push_back(bench::registerRow(row, "256", 256, 256));
-    }
+    for (const bench::Row& row : bench::rows)
+        for (const bench::Size& size : row.sizes)
+            table.lines.push_back(bench::registerRow(row, size));
     return benchmark::RunSpecifiedBenchmarks(&table) == 0;
 }

@@ -5,11 +5,12 @@
 
 namespace bench::opencv {
 
+/// The components of a pixel as so many columns; reshape() makes channels of them.
 cv::Mat matrix(Planes& planes, void* data, int border = 0)
 {
-    constexpr int types[] = {CV_8U, CV_16U, CV_32S, CV_32F};
-    return {planes.in.height() + 2 * border, planes.in.width() + 2 * border, types[planes.plane.formatCode],
-            data};
+    constexpr int types[] = {CV_8U, CV_16U, CV_32S, CV_32F, CV_16F};
+    return {planes.in.height() + 2 * border, (planes.in.width() + 2 * border) * planes.components(),
+            types[planes.plane.formatCode], data};
 }
 
 /// cv::LUT with a table made beforehand.
@@ -31,6 +32,62 @@ Work power(Planes& planes)
         cv::add(to, addValue, to);
     };
 }
+
+/// cv::pow into the output, then scale and offset in place.
+Work levels(Planes& planes)
+{
+    return [from = matrix(planes, planes.input), to = matrix(planes, planes.output)]() mutable {
+        cv::pow(from, 1.0 / gammaValue, to);
+        to.convertTo(to, -1, levelsLine().factor, levelsLine().addend);
+    };
+}
+
+Work gamma(Planes& planes)
+{
+    return [from = matrix(planes, planes.input), to = matrix(planes, planes.output)]() mutable {
+        cv::pow(from, 1.0 / gammaValue, to);
+    };
+}
+
+/// A change of float pixels from one matrix to another. Halves are converted before and after.
+template <class Change>
+Work pixels(Planes& planes)
+{
+    const cv::Mat from = matrix(planes, planes.input).reshape(planes.components());
+    cv::Mat to = matrix(planes, planes.output).reshape(planes.components());
+    if (from.depth() == CV_32F)
+        return [from, to, change = Change()]() mutable { change(from, to); };
+    return [from, to, change = Change(), wideFrom = cv::Mat(), wideTo = cv::Mat()]() mutable {
+        from.convertTo(wideFrom, CV_32F);
+        wideTo.create(from.size(), wideFrom.type());
+        change(wideFrom, wideTo);
+        wideTo.convertTo(to, CV_16F);
+    };
+}
+
+/// To hue, saturation, value and from there the saturation, into all channels.
+struct Saturation
+{
+    cv::Mat hsv;
+    void operator()(const cv::Mat& from, cv::Mat& to)
+    {
+        constexpr int channels[] = {1, 0, 1, 1, 1, 2};
+        cv::cvtColor(from, hsv, cv::COLOR_RGB2HSV);
+        cv::mixChannels(&hsv, 1, &to, 1, channels, 3);
+    }
+};
+
+struct AdjustHSV
+{
+    cv::Mat hsv, changed;
+    void operator()(const cv::Mat& from, cv::Mat& to)
+    {
+        cv::cvtColor(from, hsv, cv::COLOR_RGB2HSV);
+        cv::transform(hsv, changed, cv::Matx34f(1, 0, 0, hueShift, 0, satScale, 0, 0, 0, 0, valScale, 0));
+        cv::min(changed, cv::Scalar(1e9, 1.0, 1e9), changed); // saturation alone
+        cv::cvtColor(changed, to, cv::COLOR_HSV2RGB);
+    }
+};
 
 /// One pass for scale and offset, then the two limits in place.
 Work scaleLimit(Planes& planes)
@@ -70,6 +127,12 @@ const bool added = [] {
     return addPeers({
         {"gamma_add/uint8", "cv::LUT", table},
         {"gamma_add/float", "cv::pow, add", power},
+        {"gamma/float", "cv::pow", gamma},
+        {"levels/float", "cv::pow, convertTo", levels},
+        {"saturation/float", "cv::cvtColor, mixChannels", pixels<Saturation>},
+        {"saturation/half", "the same between convertTo", pixels<Saturation>},
+        {"hsv_adjust/float", "cv::cvtColor, transform, min", pixels<AdjustHSV>},
+        {"hsv_adjust/half", "the same between convertTo", pixels<AdjustHSV>},
         {"add_mult_limit/float", "cv::convertTo, max, min", scaleLimit},
         {"edge_detect/uint8", "cv::Sobel, abs, add", sobel<CV_16S>},
         {"edge_detect/uint16", "cv::Sobel, abs, add", sobel<CV_32F>},

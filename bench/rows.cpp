@@ -1,12 +1,16 @@
-// The rows of the table, and what one writes without a library.
+// The rows of the table.
 #include <bench/bench.h>
 
 #include <RU/filter/RU_EdgeDetect.h>
 #include <RU/pixelfunc/RU_AddFunc.h>
+#include <RU/pixelfunc/RU_ColorCurveFunc.h>
 #include <RU/pixelfunc/RU_GammaFunc.h>
+#include <RU/pixelfunc/RU_HSVConvertFunc.h>
+#include <RU/pixelfunc/RU_LevelsFunc.h>
 #include <RU/pixelfunc/RU_LimitFunc.h>
 #include <RU/pixelfunc/RU_MultFunc.h>
 #include <RU/pixelfunc/RU_PixelEngine.h>
+#include <RU/pixelfunc/RU_SaturationFunc.h>
 #include <RU/pixelfunc/RU_SinFunc.h>
 
 #include <memory>
@@ -45,6 +49,34 @@ Work sine(Planes& planes)
     return engine(planes, new RU_SinFunc(sinScale, sinShift));
 }
 
+Work gamma(Planes& planes)
+{
+    return engine(planes, new RU_GammaFunc(gammaValue));
+}
+
+Work levels(Planes& planes)
+{
+    return engine(planes, new RU_LevelsFunc(levelsBlack, levelsWhite, gammaValue, 0.0f, 1.0f, 0.0f, 0.0f,
+                                            1.0f, 1.0f, 0.0f, 1.0f));
+}
+
+Work curve(Planes& planes)
+{
+    static RU_ColorCurve curve = fiveKeyCurve();
+    return engine(planes, new RU_ColorCurveFunc(&curve));
+}
+
+Work saturation(Planes& planes)
+{
+    return engine(planes, new RU_SaturationFunc);
+}
+
+Work adjustHSV(Planes& planes)
+{
+    constexpr float sat[] = {satScale, 0.0f}, val[] = {valScale, 0.0f};
+    return engine(planes, new RU_HSVConvertFunc(RU_HSV_ADJUST, hueShift, sat, val, false));
+}
+
 Work edgeDetect(Planes& planes)
 {
     return [edge = std::make_shared<RU_EdgeDetect>(), &planes] {
@@ -52,53 +84,29 @@ Work edgeDetect(Planes& planes)
     };
 }
 
-/// A formula, value by value: float in float, codes in double.
-template <class T, class Compute>
-Work loop(Planes& planes, auto formula)
-{
-    return [&planes, formula] {
-        const T* from = static_cast<const T*>(planes.input);
-        T* to = static_cast<T*>(planes.output);
-        for (int64_t i = 0; i < planes.components(); ++i) {
-            constexpr Compute white = PXL_FormatOf<T>::white;
-            to[i] = encode<T>(formula(static_cast<Compute>(from[i]) / white));
-        }
-    };
-}
-
-template <class T, class Compute>
-Work gammaAddLoop(Planes& planes)
-{
-    return loop<T, Compute>(planes, [](Compute value) {
-        return std::pow(value, Compute{1} / Compute{gammaValue}) + Compute{addValue};
-    });
-}
-
-Work sineLoop(Planes& planes)
-{
-    return loop<float, float>(planes, [](float value) { return std::sin(value * sinScale + sinShift); });
-}
-
-const bool added = addPeers({
-    {"gamma_add/float", "loop over std::pow", gammaAddLoop<float, float>},
-    {"gamma_add/uint32", "loop over std::pow", gammaAddLoop<uint32_t, double>},
-    {"sin/float", "loop over std::sin", sineLoop},
-});
-
 } // namespace
 
 const std::vector<Row> rows = {
-    {"gamma_add/uint8", PXL_FORMAT_uint8, gammaThenAdd, true},
-    {"gamma_add/uint16", PXL_FORMAT_uint16, gammaThenAdd, true},
-    {"gamma_add/half", PXL_FORMAT_half, gammaThenAdd, true},
+    {"gamma_add/uint8", PXL_FORMAT_uint8, gammaThenAdd, {hd, small}},
+    {"gamma_add/uint16", PXL_FORMAT_uint16, gammaThenAdd, {hd, small}},
+    {"gamma_add/half", PXL_FORMAT_half, gammaThenAdd, {hd, small}},
     {"gamma_add/uint32", PXL_FORMAT_uint32, gammaThenAdd},
-    {"gamma_add/float", PXL_FORMAT_float32, gammaThenAdd, true},
-    {"add_mult_limit/float", PXL_FORMAT_float32, addMultLimit, true},
-    {"sin/float", PXL_FORMAT_float32, sine, true},
-    {"edge_detect/uint8", PXL_FORMAT_uint8, edgeDetect, true},
+    {"gamma_add/float", PXL_FORMAT_float32, gammaThenAdd, {hd, small}},
+    {"add_mult_limit/float", PXL_FORMAT_float32, addMultLimit, {hd, small}},
+    {"sin/float", PXL_FORMAT_float32, sine, {hd, small}},
+    {"gamma/float", PXL_FORMAT_float32, gamma, {uhd, small}, 3},
+    {"levels/float", PXL_FORMAT_float32, levels, {uhd, small}, 3},
+    {"levels/half", PXL_FORMAT_half, levels, {uhd, small}, 3},
+    {"curve/float", PXL_FORMAT_float32, curve, {uhd, small}, 3},
+    {"curve/half", PXL_FORMAT_half, curve, {uhd, small}, 3},
+    {"saturation/float", PXL_FORMAT_float32, saturation, {uhd, small}, 3},
+    {"saturation/half", PXL_FORMAT_half, saturation, {uhd, small}, 3},
+    {"hsv_adjust/float", PXL_FORMAT_float32, adjustHSV, {uhd, small}, 3},
+    {"hsv_adjust/half", PXL_FORMAT_half, adjustHSV, {uhd, small}, 3},
+    {"edge_detect/uint8", PXL_FORMAT_uint8, edgeDetect, {hd, small}},
     {"edge_detect/uint16", PXL_FORMAT_uint16, edgeDetect},
     {"edge_detect/half", PXL_FORMAT_half, edgeDetect},
-    {"edge_detect/float", PXL_FORMAT_float32, edgeDetect, true},
+    {"edge_detect/float", PXL_FORMAT_float32, edgeDetect, {hd, small}},
 };
 
 } // namespace bench
