@@ -1,5 +1,7 @@
 #include <RU/pixelfunc/RU_PixelFunction.h>
 
+#include <RU/pixelfunc/ru_VectorForms.h>
+
 #include <mutex>
 #include <string>
 #include <utility>
@@ -36,6 +38,12 @@ const char* glslType(RE_GPUType type, int vectorSize)
 UT_String numbered(const char* name, int index)
 {
     return UT_String(name).append(std::to_string(index));
+}
+
+void copyRows(const float* const* in, float* const* out, int64_t count)
+{
+    for (int c = 0; c < 4; ++c)
+        ru_copyRow(in[c], out[c], count);
 }
 
 } // namespace
@@ -179,11 +187,13 @@ void RU_PixelFunction::processValues(float** components) const
     }
 }
 
-void RU_PixelFunction::processRows(float* const* rows, int64_t count) const
+void RU_PixelFunction::processRows(const float* const* in, float* const* out, int64_t count) const
 {
+    if (vectorRowEngine_.entries() == 0)
+        copyRows(in, out, count);
     for (int64_t i = 0; i < vectorRowEngine_.entries(); ++i) {
         RU_PixelFunction* function = engineFunctions_(i);
-        vectorRowEngine_(i)(function, rows, count, function->scope_);
+        vectorRowEngine_(i)(function, i == 0 ? in : out, out, count, function->scope_);
     }
 }
 
@@ -207,23 +217,25 @@ void RU_PixelFunction::defaultRowFunction(RU_PixelFunction* function, float* val
         values[i] = function->scalarFunction_(function, values[i], component);
 }
 
-void RU_PixelFunction::defaultVectorRowFunction(RU_PixelFunction* function, float* const* rows, int64_t count,
-                                                const bool* scope)
+void RU_PixelFunction::defaultVectorRowFunction(RU_PixelFunction* function, const float* const* in,
+                                                float* const* out, int64_t count, const bool* scope)
 {
+    copyRows(in, out, count);
     const RU_RowForm form = function->getRowFunction();
     for (int c = 0; c < 4; ++c)
-        if (rows[c] != nullptr && scope[c])
-            form(function, rows[c], count, c);
+        if (out[c] != nullptr && scope[c])
+            form(function, out[c], count, c);
 }
 
-void RU_PixelFunction::pixelByPixel(RU_PixelFunction* function, float* const* rows, int64_t count,
-                                    const bool* scope)
+void RU_PixelFunction::pixelByPixel(RU_PixelFunction* function, const float* const* in, float* const* out,
+                                    int64_t count, const bool* scope)
 {
+    copyRows(in, out, count);
     const RU_VectorForm form = function->getVectorFunction();
     for (int64_t i = 0; i < count; ++i) {
         float* pixel[4];
         for (int c = 0; c < 4; ++c)
-            pixel[c] = rows[c] != nullptr ? rows[c] + i : nullptr;
+            pixel[c] = out[c] != nullptr ? out[c] + i : nullptr;
         form(function, pixel, scope);
     }
 }

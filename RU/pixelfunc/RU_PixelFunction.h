@@ -19,10 +19,11 @@ using RU_ScalarForm = float (*)(RU_PixelFunction* function, float value, int com
 using RU_VectorForm = void (*)(RU_PixelFunction* function, float** components, const bool* scope);
 /// `count` values of one component, changed in place: the scalar form on each, bit for bit.
 using RU_RowForm = void (*)(RU_PixelFunction* function, float* values, int64_t count, int component);
-/// `count` pixels, changed in place: rows of red, green, blue and alpha values, null where a component is
-/// absent. The vector form on each pixel, bit for bit.
-using RU_VectorRowForm = void (*)(RU_PixelFunction* function, float* const* rows, int64_t count,
-                                  const bool* scope);
+/// `count` pixels: rows of red, green, blue and alpha values, null in both where a component is absent. A row
+/// of `out` is that of `in` or apart from all of them; what the function does not change is copied. The vector
+/// form on each pixel, bit for bit.
+using RU_VectorRowForm = void (*)(RU_PixelFunction* function, const float* const* in, float* const* out,
+                                  int64_t count, const bool* scope);
 
 /// The base of the colour operations that form chains: add, gamma, log and so on.
 ///
@@ -83,8 +84,8 @@ public:
     void processRow(float* values, int64_t count, int component) const;
     /// The chain on one pixel. Unchanged before buildVectorEngine().
     void processValues(float** components) const;
-    /// The chain on `count` pixels in place; processValues() on each, bit for bit.
-    void processRows(float* const* rows, int64_t count) const;
+    /// The chain on `count` pixels; processValues() on each, bit for bit.
+    void processRows(const float* const* in, float* const* out, int64_t count) const;
 
     // Shaders. `head` collects what the functions of its chain declare.
 
@@ -107,11 +108,11 @@ protected:
     static void defaultVectorFunction(RU_PixelFunction* function, float** components, const bool* scope);
     static void defaultRowFunction(RU_PixelFunction* function, float* values, int64_t count, int component);
     /// The row form on each component.
-    static void defaultVectorRowFunction(RU_PixelFunction* function, float* const* rows, int64_t count,
-                                         const bool* scope);
+    static void defaultVectorRowFunction(RU_PixelFunction* function, const float* const* in,
+                                         float* const* out, int64_t count, const bool* scope);
     /// For a class that has a vector form of its own and no rows: that form on each pixel.
-    static void pixelByPixel(RU_PixelFunction* function, float* const* rows, int64_t count,
-                             const bool* scope);
+    static void pixelByPixel(RU_PixelFunction* function, const float* const* in, float* const* out,
+                             int64_t count, const bool* scope);
 
     // For getPixelShader(). `vectorSize` is 1 to 4; names get the function's index appended.
 

@@ -30,13 +30,12 @@ RU_INLINE float limited(float v) // NaN becomes 0
 RU_INLINE float hue(float r, float g, float b, float largest, float smallest)
 {
     const bool red = largest == r, green = largest == g;
-    const bool minR = smallest == r, minG = smallest == g, minB = smallest == b;
-    const float afterGreen = green ? (minB ? r : b) : (minR ? g : r);
-    const float component = red ? (minG ? b : g) : afterGreen;
-    const float baseAfterGreen = green ? (minB ? 1.0f : 3.0f) : (minR ? 3.0f : 5.0f);
-    const float base = red ? (minG ? 5.0f : 1.0f) : baseAfterGreen;
-    const float wayAfterGreen = green ? (minB ? 1.0f : -1.0f) : (minR ? 1.0f : -1.0f);
-    const float way = red ? (minG ? 1.0f : -1.0f) : wayAfterGreen;
+    const float next = red ? g : green ? b : r, last = red ? b : green ? r : g; // around the circle
+    const bool fromLast = smallest == next;
+    const float component = fromLast ? last : next;
+    const float up = red ? 5.0f : green ? 1.0f : 3.0f, down = red ? 1.0f : green ? 3.0f : 5.0f;
+    const float base = fromLast ? up : down;
+    const float way = fromLast ? 1.0f : -1.0f;
     const float range = largest - smallest;
     const float part = (largest - component) / range;
     const float turned = (base + way * part) * sixth;
@@ -69,24 +68,28 @@ RU_INLINE double remainderOfSix(float x)
     return rest - __builtin_trunc(rest / 6.0) * 6.0;
 }
 
-/// Back, for a hue given as its sixfold in [0, 6]. At 6 itself, to which rounding can lead, it is red as at 0.
-/// A saturation above 1 stands for components below 0.
+/// (1 - s * d) * v, and v at a distance of 0 whatever the saturation is.
+RU_INLINE float paled(float s, float d, float v)
+{
+    const float part = d != 0.0f ? s * d : 0.0f;
+    return (1.0f - part) * v;
+}
+
+/// Back, for a hue given as its sixfold in [0, 6]. Each component has a sixth of a turn in which it falls off to
+/// either side of the third where it is full; its distance from there, at most 1, is exact. A hue that is NaN
+/// leaves red full, blue at its lowest and green NaN. A saturation above 1 stands for components below 0.
 RU_INLINE void toWideColour(float sixfold, float s, float v, float& r, float& g, float& b)
 {
-    const float sector = __builtin_floorf(sixfold);
-    const bool one = sector == 1.0f, two = sector == 2.0f, three = sector == 3.0f;
-    const bool four = sector == 4.0f, five = sector == 5.0f;
-    const float part = sixfold - sector;
-    const float low = (1.0f - s) * v;
-    const float way = (one | three | five) ? part : 1.0f - part;
-    const float between = (1.0f - s * way) * v;
-    const float red = (two | three) ? low : (one | four) ? between : v;
-    const float green = (four | five) ? low : (one | two) ? v : between;
-    const float blue = (three | four) ? v : (two | five) ? between : low;
+    const float fromRed = smaller(5.0f - sixfold, sixfold - 1.0f);
+    const float fromGreen = larger(sixfold - 3.0f, 1.0f - sixfold);
+    const float fromBlue = larger(sixfold - 5.0f, 3.0f - sixfold);
+    const float red = limited(fromRed);
+    const float green = smaller(larger(fromGreen, 0.0f), 1.0f); // NaN stays
+    const float blue = larger(smaller(1.0f, fromBlue), 0.0f);   // NaN becomes 1
     const bool coloured = s > 0.0f;
-    r = coloured ? red : v;
-    g = coloured ? green : v;
-    b = coloured ? blue : v;
+    r = coloured ? paled(s, red, v) : v;
+    g = coloured ? paled(s, green, v) : v;
+    b = coloured ? paled(s, blue, v) : v;
 }
 
 /// The same with a saturation of at most 1.

@@ -72,18 +72,21 @@ public:
     /// Reads `count` pixels from `offset` on, at most ru_chunk, and runs the chain on them.
     void evaluate(int64_t offset, int64_t count)
     {
-        float* components[4] = {};
+        const float* in[4] = {};
+        float* out[4] = {};
         for (int c = 0; c < 4; ++c) {
             values_[c] = computesInOutput_[c] ? rows_.target(output_[c] + offset, scratch_[c]) : scratch_[c];
             if (input_[c] == nullptr)
                 continue;
-            if (isConstant_[c])
+            out[c] = values_[c];
+            if (isConstant_[c]) {
                 std::fill_n(values_[c], count, constant_[c]);
-            else
-                rows_.load(input_[c] + offset, values_[c], count);
-            components[c] = values_[c];
+                in[c] = values_[c];
+            } else {
+                in[c] = rows_.read(input_[c] + offset, values_[c], count);
+            }
         }
-        chain_.processRows(components, count);
+        chain_.processRows(in, out, count);
     }
 
     /// What evaluate() came to for a component.

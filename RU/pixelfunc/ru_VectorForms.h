@@ -6,6 +6,13 @@
 #include <algorithm>
 #include <type_traits>
 
+/// Null for an absent component.
+inline void ru_copyRow(const float* in, float* out, int64_t count)
+{
+    if (in != out)
+        std::copy_n(in, count, out);
+}
+
 struct ru_VectorFormPair
 {
     RU_VectorForm pixel;
@@ -21,36 +28,49 @@ struct ru_VectorForms
 
     static void pixel(RU_PixelFunction* function, float** components, const bool* scope)
     {
-        rows(function, components, 1, scope);
+        rows(function, components, components, 1, scope);
     }
 
-    static void rows(RU_PixelFunction* function, float* const* components, int64_t count, const bool* scope)
+    static void rows(RU_PixelFunction* function, const float* const* in, float* const* out, int64_t count,
+                     const bool* scope)
     {
-        ru_Present present = 0;
-        for (int c = 0; c < 4; ++c)
-            present |= components[c] != nullptr ? 1u << c : 0u;
+        ru_Present present = 0, written = 0;
+        for (int c = 0; c < 4; ++c) {
+            present |= in[c] != nullptr ? 1u << c : 0u;
+            written |= in[c] != nullptr && scope[c] && c < Expression::width ? 1u << c : 0u;
+        }
         if ((present & Expression::needed) != Expression::needed)
+            written = 0;
+        for (int c = 0; c < 4; ++c)
+            if ((written >> c & 1) == 0)
+                ru_copyRow(in[c], out[c], count);
+        if (written == 0)
             return;
         Expression expression{};
         if constexpr (!std::is_empty_v<Expression>)
             static_cast<const Function&>(*function).fill(expression, present);
-        const ru_PixelKernel<Expression>& kernel = ru_vectorRows();
-
-        static constexpr float zeros[chunk] = {};
-        float spare[chunk]; // takes what is not to be written
-        for (int64_t start = 0; start < count; start += chunk) {
-            const float* in[4];
-            float* out[4];
-            for (int c = 0; c < 4; ++c) {
-                const int source = expression.source(c, present);
-                in[c] = source < 4 ? components[source] + start : zeros;
-                out[c] = components[c] != nullptr && scope[c] ? components[c] + start : spare;
-            }
-            kernel.run(expression, in, out, std::min(chunk, count - start));
-        }
+        run(expression, present, written, in, out, count);
     }
 
 private:
+    static void run(const Expression& expression, ru_Present present, ru_Present written,
+                    const float* const* in, float* const* out, int64_t count)
+    {
+        const ru_PixelKernel<Expression>& kernel = ru_vectorRows();
+        static constexpr float zeros[chunk] = {};
+        float spare[chunk]; // takes what is not to be written
+        for (int64_t start = 0; start < count; start += chunk) {
+            const float* from[4];
+            float* to[4];
+            for (int c = 0; c < 4; ++c) {
+                const int source = expression.source(c, present);
+                from[c] = source < 4 ? in[source] + start : zeros;
+                to[c] = (written >> c & 1) != 0 ? out[c] + start : spare;
+            }
+            kernel.run(expression, from, to, std::min(chunk, count - start));
+        }
+    }
+
     static constexpr int64_t chunk = 512;
 };
 

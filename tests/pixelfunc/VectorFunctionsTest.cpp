@@ -123,14 +123,17 @@ TEST_P(Vectors, RowsAreThePixelFormAtEveryLength)
                 }
                 for (auto* row : {&rows[c], &wanted[c]})
                     row->insert(row->end(), 32, -7.0f); // nobody writes there
-                chain[c] = rows[c];
+                chain[c].assign(rows[c].size(), -7.0f);
                 rowPointers[c] = present[c] ? rows[c].data() : nullptr;
                 chainPointers[c] = present[c] ? chain[c].data() : nullptr;
+                if (!present[c])
+                    chain[c] = rows[c];
             }
+            // From rows to others, then in place.
             function.setScope(scope.data());
-            function.getVectorRowFunction()(&function, rowPointers, static_cast<int64_t>(count),
+            function.processRows(rowPointers, chainPointers, static_cast<int64_t>(count));
+            function.getVectorRowFunction()(&function, rowPointers, rowPointers, static_cast<int64_t>(count),
                                             scope.data());
-            function.processRows(chainPointers, static_cast<int64_t>(count));
             for (size_t c = 0; c < 4; ++c)
                 ASSERT_TRUE(std::ranges::equal(rows[c], wanted[c], sameFloat) &&
                             std::ranges::equal(chain[c], wanted[c], sameFloat))
