@@ -23,8 +23,8 @@ constexpr Size uhd = {"4K", 3840, 2160};
 constexpr Size small = {"256", 256, 256}; ///< stays in the cache
 
 /// What all contenders of a row work on: a picture in tiles and once more in a region with a border of one
-/// pixel, and tiles for the result. Peers take the bare memory, in which the components of a pixel lie side by
-/// side; of a single component it is the tiles' own.
+/// pixel, and tiles for the result. Peers take the bare memory, in which the components of a pixel lie side
+/// by side; of a single component it is the tiles' own.
 class Planes
 {
 public:

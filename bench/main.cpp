@@ -145,8 +145,8 @@ public:
     }
 };
 
-/// Registers ours, the copy and the peers of a row. A peer has to give what we give before it is timed, unless
-/// it never does.
+/// Registers ours, the copy and the peers of a row. A peer has to give what we give before it is timed,
+/// unless it never does.
 Line registerRow(const Row& row, const Size& size)
 {
     std::vector<Peer> contenders = {{row.name, "ours", row.ours}, {row.name, "copy", copy}};

@@ -12,8 +12,8 @@ namespace host {
 
 using Json = nlohmann::ordered_json;
 
-/// Reads the text of an argument: 0.5, 1:0.9:0.8, none, on, keys as in 0:0;0.5:0.6:1;1:1 with | between curves,
-/// a path. Throws a usage error that says what was expected.
+/// Reads the text of an argument: 0.5, 1:0.9:0.8, none, on, keys as in 0:0;0.5:0.6:1;1:1 with | between
+/// curves, a path. Throws a usage error that says what was expected.
 Value readValue(const Argument& argument, const std::string& text);
 
 /// Puts the words of keys together: 0 0, 0.5 0.6, 1 1 | 0 0, 1 1 is 0:0;0.5:0.6;1:1|0:0;1:1.

@@ -135,8 +135,8 @@ std::string lostValues(const Image& image, const OIIO::ImageOutput& output, cons
     return {};
 }
 
-/// Makes an empty file of a new name beside `target`, with its extension and, when it exists, its permissions;
-/// empty when that is not possible.
+/// Makes an empty file of a new name beside `target`, with its extension and, when it exists, its
+/// permissions; empty when that is not possible.
 std::string makeTemporary(const fs::path& target)
 {
     std::random_device random;

@@ -59,7 +59,8 @@ public:
     {
     }
 
-    /// Computes a component; each input row is read once and handed up through the three. False when interrupted.
+    /// Computes a component; each input row is read once and handed up through the three. False when
+    /// interrupted.
     bool run(const T* source, T* target, int thread)
     {
         const Work* top = read(source, 0);

@@ -39,7 +39,8 @@ struct Whole
     uint64_t bits;
 };
 
-/// For |v| < 2^51. Halves go to the even neighbour. Any other v gives some number, NaN for infinities and NaN.
+/// For |v| < 2^51. Halves go to the even neighbour. Any other v gives some number, NaN for infinities and
+/// NaN.
 RU_INLINE Whole nearestWhole(double v)
 {
     constexpr double aligned = 0x1.8p52;

@@ -2,16 +2,16 @@
 
 #include <RU/framework/ru_Math.h>
 
-/// Sine, tangent, the hyperbolic functions and their like for floats, made as log, exp and pow are: in double,
-/// rounded once, the same bits in every form. Errors against the exact result, for every float, in units of
-/// the last place of the float result:
+/// Sine, tangent, the hyperbolic functions and their like for floats, made as log, exp and pow are: in
+/// double, rounded once, the same bits in every form. Errors against the exact result, for every float, in
+/// units of the last place of the float result:
 ///
 ///     ru_sin  0.501      ru_asin  0.505      ru_sinh  0.501
 ///     ru_tan  0.501      ru_acos  0.505      ru_cosh  0.501
 ///                        ru_atan  0.511      ru_tanh  0.501
 ///
-/// Special cases are those of C. Nothing branches but ru_sin and ru_tan, on whether an angle is moderate: what
-/// runs over many values asks isModerate() first.
+/// Special cases are those of C. Nothing branches but ru_sin and ru_tan, on whether an angle is moderate:
+/// what runs over many values asks isModerate() first.
 
 namespace ru_math {
 
@@ -31,8 +31,8 @@ RU_INLINE bool isModerate(float x)
     return int(magnitude < 0x1p23f) | int(!(magnitude < infinity));
 }
 
-/// A moderate x in steps of pi / parts, which is 1 or 2. The first part of pi has 29 bits and n at most 23, so
-/// that their product is exact and its difference from x too. The second is positive: -0 stays -0.
+/// A moderate x in steps of pi / parts, which is 1 or 2. The first part of pi has 29 bits and n at most 23,
+/// so that their product is exact and its difference from x too. The second is positive: -0 stays -0.
 RU_INLINE Angle angleOfModerate(double x, double parts)
 {
     constexpr double perPi = 0x1.45f306dc9c883p-2;
@@ -112,8 +112,8 @@ struct Hyperbolic
     double sinh, cosh;
 };
 
-/// Both for magnitude >= 0 and NaN. With 2^t for e^magnitude and t = k + f, they are sums of products of those
-/// of k and of f, the latter minimax polynomials for |f| <= 1/2; relative error 2^-33.
+/// Both for magnitude >= 0 and NaN. With 2^t for e^magnitude and t = k + f, they are sums of products of
+/// those of k and of f, the latter minimax polynomials for |f| <= 1/2; relative error 2^-33.
 RU_INLINE Hyperbolic hyperbolicOf(double magnitude)
 {
     constexpr double limit = 150.0; // sinh and cosh of it are infinite as floats

@@ -16,24 +16,25 @@ class ru_CurveTable;
 /// count from the next create() on.
 ///
 /// Interior handles lie along T = s d1 + (1 - s) d2, d1 and d2 the directions from the key before and to the
-/// key behind, l1 and l2 their lengths, s = l1 / (l1 + l2); their lengths are 0.166666 (l1 + l2), at most half
-/// the way to the neighbour. The end handles are a third (0.33333) of the way to the neighbour long. The weight
-/// draws a key's handles towards the straight lines to its neighbours: 0 is smooth, 1 straight.
+/// key behind, l1 and l2 their lengths, s = l1 / (l1 + l2); their lengths are 0.166666 (l1 + l2), at most
+/// half the way to the neighbour. The end handles are a third (0.33333) of the way to the neighbour long. The
+/// weight draws a key's handles towards the straight lines to its neighbours: 0 is smooth, 1 straight.
 /// Units: values as the images hold them, 0.0 black and 1.0 white; nothing is clamped. Keys whose differences
 /// overflow a float give NaN.
-/// Null: a curve of less than two keys, one not created yet, or one for which memory ran out, is 0 everywhere.
+/// Null: a curve of less than two keys, one not created yet, or one for which memory ran out, is 0
+/// everywhere.
 /// Threads: evaluate() only reads; any number of threads may call it after create().
-/// Cost: create() takes at most some 0.4 ms per key and makes a table of at most 16 KB per key, which copies of
-/// the curve share. A row takes about as long as a gamma, a value by itself ten times as long as in a row; places
-/// near which the curve is vertical or folds back are solved on each call, some fifty times slower.
+/// Cost: create() takes at most some 0.4 ms per key and makes a table of at most 16 KB per key, which copies
+/// of the curve share. A row takes about as long as a gamma, a value by itself ten times as long as in a row;
+/// places near which the curve is vertical or folds back are solved on each call, some fifty times slower.
 class RU_API RU_ColorCurve
 {
 public:
     /// Behind all keys that have no greater x.
     void addPoint(float x, float y, float weight);
 
-    /// Builds the curve from the keys. With `extend` it goes on straight outside the keys, in the direction of
-    /// the end handles; otherwise it is flat there. Vertical handles extend with a slope of 1e20 or -1e20.
+    /// Builds the curve from the keys. With `extend` it goes on straight outside the keys, in the direction
+    /// of the end handles; otherwise it is flat there. Vertical handles extend with a slope of 1e20 or -1e20.
     void create(bool extend);
 
     /// Back to a curve as constructed.

@@ -15,9 +15,9 @@ struct ru_Replace;
 /// smoothly (3 t^2 - 2 t^3) in between. An outer tolerance below the inner one counts as equal to it.
 ///
 /// What it is replaced by differs from the replacement colour as the pixel differs from the key: its hue by
-/// the same angle, less so for keys with a saturation below 1/8, and its saturation (then at most 1) and value by
-/// the same factor. Where that factor, replacement / key, is above 4, it is 4 and the rest is added, so that
-/// dark and greyish keys do not blow up their neighbours.
+/// the same angle, less so for keys with a saturation below 1/8, and its saturation (then at most 1) and
+/// value by the same factor. Where that factor, replacement / key, is above 4, it is 4 and the rest is added,
+/// so that dark and greyish keys do not blow up their neighbours.
 ///
 /// Units: colours and tolerances as the pixels have them, in [0, 1] for display images.
 /// NaN and infinite pixels stay as they are.

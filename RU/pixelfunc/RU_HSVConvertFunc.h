@@ -18,9 +18,9 @@ enum RU_HSVConvertOp {
 /// and smallest of red, green and blue. On the way back any hue is taken, s counts as at most 1, and s <= 0
 /// gives the grey v.
 ///
-/// Adjusting: h + hueShift / 360, turned back to one turn; s * satScale + satShift, limited to [0, 1];
-/// v * valScale + valShift, without a limit. With preserveLuminance the result is then scaled to the luminance
-/// l * valScale + valShift, where l = 0.3086 r + 0.6094 g + 0.082 b of the input.
+/// Adjusting: h + hueShift / 360, turned back to one turn; s * satScale + satShift, limited to [0, 1]; v *
+/// valScale + valShift, without a limit. With preserveLuminance the result is then scaled to the luminance l
+/// * valScale + valShift, where l = 0.3086 r + 0.6094 g + 0.082 b of the input.
 ///
 /// Absent components: the conversions do nothing unless red, green and blue are all there. Adjusting counts
 /// absent ones as 0; a pixel without green and blue is a grey, of which only the value is adjusted, with or

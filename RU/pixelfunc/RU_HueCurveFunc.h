@@ -13,8 +13,8 @@ struct ru_HueCurve;
 ///     saturation   * 2 curve
 ///     value        * 1 + (2 curve - 1) min(saturation, 1), a curve below 0 counting as 0 in both
 ///
-/// so that 0.5 leaves a colour exactly as it is and 1 turns hue by half a circle or doubles the other two. Greys,
-/// whose hue means nothing, keep their value, and what is nearly grey nearly does.
+/// so that 0.5 leaves a colour exactly as it is and 1 turns hue by half a circle or doubles the other two.
+/// Greys, whose hue means nothing, keep their value, and what is nearly grey nearly does.
 ///
 /// Hue, saturation and value are those of RU_HSVConvertFunc, but a saturation above 1, which stands for
 /// components below 0, is kept. Colours without a component above 0, or too small for the saturation to be a
@@ -25,8 +25,8 @@ struct ru_HueCurve;
 /// A single key gives a flat curve.
 ///
 /// Components: nothing happens unless red, green and blue are all there; alpha stays.
-/// Ownership: keys and weights of the curves are read by the constructor; the curves need not have been created
-/// and may go afterwards. Null, or without a key, for none.
+/// Ownership: keys and weights of the curves are read by the constructor; the curves need not have been
+/// created and may go afterwards. Null, or without a key, for none.
 /// Cost: the curves are sampled at 2048 hues, linear in between; the shader reads the same samples.
 class RU_API RU_HueCurveFunc : public RU_PixelFunction
 {

@@ -2,8 +2,8 @@
 
 #include <RU/pixelfunc/RU_PixelFunction.h>
 
-/// The length of the vector of the components that are there, alpha included, in all of them: the square root of
-/// the sum of their squares.
+/// The length of the vector of the components that are there, alpha included, in all of them: the square root
+/// of the sum of their squares.
 class RU_API RU_LengthFunc : public RU_PixelFunction
 {
 public:

@@ -7,15 +7,15 @@
 class CL_Clip;
 class CL_Track;
 
-/// The value that a track of a channel clip has at time v: component c in track c modulo their number, 0 where
-/// that track is missing.
+/// The value that a track of a channel clip has at time v: component c in track c modulo their number, 0
+/// where that track is missing.
 ///
 /// The shader departs from it on purpose: it looks up blue for the green result, and green for the blue one.
 ///
 /// Null: 0 everywhere.
 /// Ownership: the clip stays the caller's and must outlive the function.
-/// Cost: sampled tracks run row by row; keyed ones search their keys for every value. With more than one track
-/// no tables are used.
+/// Cost: sampled tracks run row by row; keyed ones search their keys for every value. With more than one
+/// track no tables are used.
 class RU_API RU_LookupClipFunc : public RU_PixelFunction
 {
 public:

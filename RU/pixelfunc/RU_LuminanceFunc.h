@@ -4,8 +4,8 @@
 
 struct ru_WeightedSum;
 
-/// The luminance of linear light in red, green and blue: 0.3086 r + 0.6094 g + 0.082 b. Nothing unless all three
-/// are there; alpha stays.
+/// The luminance of linear light in red, green and blue: 0.3086 r + 0.6094 g + 0.082 b. Nothing unless all
+/// three are there; alpha stays.
 class RU_API RU_LuminanceFunc : public RU_PixelFunction
 {
 public:

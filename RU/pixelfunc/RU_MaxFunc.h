@@ -2,8 +2,8 @@
 
 #include <RU/pixelfunc/RU_PixelFunction.h>
 
-/// The largest of the components that are there, alpha included, in all of them. A later one counts only where
-/// it is strictly larger.
+/// The largest of the components that are there, alpha included, in all of them. A later one counts only
+/// where it is strictly larger.
 class RU_API RU_MaxFunc : public RU_PixelFunction
 {
 public:

@@ -2,8 +2,8 @@
 
 #include <RU/pixelfunc/RU_PixelFunction.h>
 
-/// The smallest of the components that are there, alpha included, in all of them. A later one counts only where
-/// it is strictly smaller.
+/// The smallest of the components that are there, alpha included, in all of them. A later one counts only
+/// where it is strictly smaller.
 class RU_API RU_MinFunc : public RU_PixelFunction
 {
 public:

@@ -4,8 +4,8 @@
 
 struct ru_WeightedSum;
 
-/// The luminance of television's primaries in red, green and blue: 0.299 r + 0.587 g + 0.114 b. Nothing unless
-/// all three are there; alpha stays. The shader weighs blue with 0.144, on purpose.
+/// The luminance of television's primaries in red, green and blue: 0.299 r + 0.587 g + 0.114 b. Nothing
+/// unless all three are there; alpha stays. The shader weighs blue with 0.144, on purpose.
 class RU_API RU_NTSCLuminanceFunc : public RU_PixelFunction
 {
 public:

@@ -20,8 +20,8 @@ using RU_VectorForm = void (*)(RU_PixelFunction* function, float** components, c
 /// `count` values of one component, changed in place: the scalar form on each, bit for bit.
 using RU_RowForm = void (*)(RU_PixelFunction* function, float* values, int64_t count, int component);
 /// `count` pixels: rows of red, green, blue and alpha values, null in both where a component is absent. A row
-/// of `out` is that of `in` or apart from all of them; what the function does not change is copied. The vector
-/// form on each pixel, bit for bit.
+/// of `out` is that of `in` or apart from all of them; what the function does not change is copied. The
+/// vector form on each pixel, bit for bit.
 using RU_VectorRowForm = void (*)(RU_PixelFunction* function, const float* const* in, float* const* out,
                                   int64_t count, const bool* scope);
 

@@ -2,8 +2,8 @@
 
 #include <RU/pixelfunc/RU_PixelFunction.h>
 
-/// The saturation in red, green and blue: (M - m) / M of their largest M and smallest m, 0 unless M > 0. Nothing
-/// unless all three are there; alpha stays.
+/// The saturation in red, green and blue: (M - m) / M of their largest M and smallest m, 0 unless M > 0.
+/// Nothing unless all three are there; alpha stays.
 class RU_API RU_SaturationFunc : public RU_PixelFunction
 {
 public:

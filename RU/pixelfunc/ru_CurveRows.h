@@ -4,9 +4,9 @@
 
 #include <cstdint>
 
-/// A curve as a table, for the evaluation of values. Stretches lie between neighbouring keys; each is cut into
-/// cells of equal width in x, and y is a cubic polynomial of the place in the cell, 0 to 1. The coefficients
-/// of a cell that no cubic fits are NaN.
+/// A curve as a table, for the evaluation of values. Stretches lie between neighbouring keys; each is cut
+/// into cells of equal width in x, and y is a cubic polynomial of the place in the cell, 0 to 1. The
+/// coefficients of a cell that no cubic fits are NaN.
 struct ru_CurveView
 {
     /// Per stretch: its x, cells per unit of x, and the number of its first cell.
@@ -14,8 +14,8 @@ struct ru_CurveView
     /// Per cell: its coefficients, from the constant on. A stretch has one more cell behind its last, which
     /// holds the y at its end: rounding may lead there.
     const double* cells;
-    /// The x of all stretches but the first, and NaN up to `startCount`: a multiple of ru_curveStarts, or, if more
-    /// than ru_curveCounted, a power of two with at least one NaN.
+    /// The x of all stretches but the first, and NaN up to `startCount`: a multiple of ru_curveStarts, or, if
+    /// more than ru_curveCounted, a power of two with at least one NaN.
     const float* starts;
     int64_t startCount;
 
@@ -29,8 +29,8 @@ inline constexpr int ru_curveCellSize = 4;
 inline constexpr int ru_curveStarts = 4;
 inline constexpr int ru_curveCounted = 32;
 
-/// y at v between the ends; NaN where the table has no answer, some number outside. `stretch` is the number of
-/// starts not above v.
+/// y at v between the ends; NaN where the table has no answer, some number outside. `stretch` is the number
+/// of starts not above v.
 RU_INLINE float ru_curveInside(const ru_CurveView& curve, int32_t stretch, float v)
 {
     const float raised = v > curve.firstX ? v : curve.firstX;

@@ -2,8 +2,8 @@
 
 namespace {
 
-// Roots within 0.0005 of 0..1 count as inside. The largest one there is taken, as on the CPU; the roots of the
-// trigonometric form ascend in the order A, A - 6.2832, A + 6.2832.
+// Roots within 0.0005 of 0..1 count as inside. The largest one there is taken, as on the CPU; the roots of
+// the trigonometric form ascend in the order A, A - 6.2832, A + 6.2832.
 constexpr std::string_view text = R"(
 FLOAT quadratic%d(FLOAT b, FLOAT c, FLOAT d)
 {

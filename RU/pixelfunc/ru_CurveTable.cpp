@@ -109,8 +109,8 @@ private:
         return true;
     }
 
-    /// A cell as a cubic of x with the curve's values and slopes at its ends, unless that is not the curve: x turns
-    /// back in between, or places in between are off.
+    /// A cell as a cubic of x with the curve's values and slopes at its ends, unless that is not the curve: x
+    /// turns back in between, or places in between are off.
     Cell fit(double start, double width, double from, double to) const
     {
         bool fits = from < to;

@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <vector>
 
-/// A created curve, ready to be evaluated. Values come from a table that agrees with the curve to 2^-28 of the
-/// range of y between two keys; where no table does, they are solved for. Never changes.
+/// A created curve, ready to be evaluated. Values come from a table that agrees with the curve to 2^-28 of
+/// the range of y between two keys; where no table does, they are solved for. Never changes.
 class ru_CurveTable
 {
 public:

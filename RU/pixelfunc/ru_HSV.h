@@ -75,9 +75,9 @@ RU_INLINE float paled(float s, float d, float v)
     return (1.0f - part) * v;
 }
 
-/// Back, for a hue given as its sixfold in [0, 6]. Each component has a sixth of a turn in which it falls off to
-/// either side of the third where it is full; its distance from there, at most 1, is exact. A hue that is NaN
-/// leaves red full, blue at its lowest and green NaN. A saturation above 1 stands for components below 0.
+/// Back, for a hue given as its sixfold in [0, 6]. Each component has a sixth of a turn in which it falls off
+/// to either side of the third where it is full; its distance from there, at most 1, is exact. A hue that is
+/// NaN leaves red full, blue at its lowest and green NaN. A saturation above 1 stands for components below 0.
 RU_INLINE void toWideColour(float sixfold, float s, float v, float& r, float& g, float& b)
 {
     const float fromRed = smaller(5.0f - sixfold, sixfold - 1.0f);

@@ -44,9 +44,9 @@ bool allConstant(const TIL_TileList& list)
                        [](const TIL_Tile* tile) { return tile == nullptr || tile->isConstant(); });
 }
 
-/// Stretches of pixels, as the chain sees them: a row of values per component, zeros where the input has none.
-/// Float values are computed where the output has them. Constant inputs are read once, up front: the output
-/// may be the same tile.
+/// Stretches of pixels, as the chain sees them: a row of values per component, zeros where the input has
+/// none. Float values are computed where the output has them. Constant inputs are read once, up front: the
+/// output may be the same tile.
 template <class T, bool FullRange>
 class PixelRows
 {

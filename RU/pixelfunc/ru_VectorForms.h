@@ -20,7 +20,8 @@ struct ru_VectorFormPair
 };
 
 /// The vector form of a function class and its rows, from one of its expressions: the function's
-/// `fill(expression, present)` sets the parameters, if there are any, for pixels that have certain components.
+/// `fill(expression, present)` sets the parameters, if there are any, for pixels that have certain
+/// components.
 template <class Function, class Expression>
 struct ru_VectorForms
 {

@@ -13,8 +13,8 @@ struct CL_Key
     float value;
 };
 
-/// A channel: a value over time, from samples at a steady rate or from keys. Linear in between, the end values
-/// outside; NaN takes the first value, and a track without values is 0.
+/// A channel: a value over time, from samples at a steady rate or from keys. Linear in between, the end
+/// values outside; NaN takes the first value, and a track without values is 0.
 class PLATFORM_API CL_Track
 {
 public:

@@ -11,7 +11,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Where this library's own files lie, once per process: relative paths must not follow the working directory.
+/// Where this library's own files lie, once per process: relative paths must not follow the working
+/// directory.
 const fs::path& shareDirectory()
 {
     static const fs::path directory = [] {

@@ -11,7 +11,8 @@ enum UT_KnownPath {
 };
 
 /// Finds a file by a relative name: in the directories that the environment variable KREILUGE_PATH lists,
-/// separated by colons, then in share/kreiluge of the tree that this library lies in, wherever that was moved.
+/// separated by colons, then in share/kreiluge of the tree that this library lies in, wherever that was
+/// moved.
 ///
 /// Threads: any. Each search reads the environment and the directories anew.
 class PLATFORM_API UT_PathSearch
