@@ -68,7 +68,7 @@ void RU_ColorCurveFunc::declarePoints()
             width = std::max(width, curve->controlPoints().entries());
 
     // All four components have their rows, however many curves there are: the shader steps through them.
-    shaderPoints_.assign(static_cast<size_t>(2 * maxCurves * width), 0.0f);
+    shaderPoints_.assign(static_cast<size_t>(width * maxCurves * 2), 0.0f);
     float* row = shaderPoints_.data();
     for (int c = 0; c < maxCurves; ++c, row += 2 * width) {
         const RU_ColorCurve* curve = curveOf(c);
@@ -102,12 +102,13 @@ void RU_ColorCurveFunc::getPixelShader(UT_String& body)
     body = "coffset = 0;\n";
     for (int c = 0; c < maxCurves; ++c) {
         if (curveOf(c) != nullptr) {
-            const std::string component = std::string("value.") + "rgba"[c];
-            std::string constants;
-            for (const char* name : {"numsplines", "extend", "preslope", "postslope"})
-                constants += name + std::to_string(curveIndex(c)) + ",";
-            body.append(component + " =\n  CCevalCurve" + index + "(" + component + ",coffset," + constants);
-            body.append("\n                i,splx,sply,\n                a,b,c,d,Q,R,Q3,A,B,r);\n");
+            UT_String call(
+                "value.%c =\n  CCevalCurve%n(value.%c,coffset,numsplines%k,extend%k,preslope%k,postslope%k,\n"
+                "                i,splx,sply,\n                a,b,c,d,Q,R,Q3,A,B,r);\n");
+            call.substitute("%c", std::string_view("rgba").substr(static_cast<size_t>(c), 1));
+            call.substitute("%n", index);
+            call.substitute("%k", std::to_string(curveIndex(c)));
+            body.append(call.view());
         }
         body.append("coffset += 2;\n");
     }

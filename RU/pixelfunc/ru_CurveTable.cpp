@@ -162,8 +162,9 @@ ru_CurveTable::ru_CurveTable(const UT_Vector2Array& points, bool extend, float p
         const std::vector<Cell> cells = Fitter(stretch).cells();
         const double width = stretch.x.p3 - stretch.x.p0;
         const auto count = static_cast<double>(cells.size());
-        const auto before = static_cast<double>(cells_.size() / ru_curveCellSize);
-        stretches_.insert(stretches_.end(), {stretch.x.p0, cells.empty() ? 0.0 : count / width, before});
+        const size_t before = cells_.size() / ru_curveCellSize;
+        stretches_.insert(stretches_.end(),
+                          {stretch.x.p0, cells.empty() ? 0.0 : count / width, static_cast<double>(before)});
         for (const Cell& cell : cells)
             cells_.insert(cells_.end(), cell.begin(), cell.end());
         cells_.insert(cells_.end(), {stretch.y.p3, 0.0, 0.0, 0.0});
