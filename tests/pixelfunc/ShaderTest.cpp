@@ -1,12 +1,15 @@
 #include <CL/CL_Clip.h>
 #include <PXL/PXL_Lookup.h>
 #include <RU/pixelfunc/RU_ColorCurveFunc.h>
+#include <RU/pixelfunc/RU_ColorReplace.h>
+#include <RU/pixelfunc/RU_HueCurveFunc.h>
 #include <RU/pixelfunc/RU_LookupClipFunc.h>
 #include <RU/pixelfunc/RU_LookupTableFunc.h>
 #include <reference/Formats.h>
 #include <reference/Functions.h>
 #include <reference/VectorFunctions.h>
 
+#include <map>
 #include <sstream>
 
 using namespace reference;
@@ -296,4 +299,44 @@ TEST(Shader, ColourCurvesUploadAndCallByComponent)
     RU_ColorCurveFunc none(curves + 1, 1);
     none.declareShader(head, &gpu, 8, body);
     EXPECT_TRUE(body.isEmpty() && gpu.arrays.size() == 1);
+}
+
+TEST(Shader, HueCurvesAndReplacementsHandOverWhatTheyWorkedOut)
+{
+    RU_ColorCurve hue, saturation;
+    for (const float x : {0.0f, 0.25f, 0.75f})
+        hue.addPoint(x, 0.5f + x, 0);
+    saturation.addPoint(0, -1, 0);
+    const float key[] = {0.25f, 1, 0.25f}, blue[] = {0, 0, 0.5f};
+    RU_HueCurveFunc curves(&hue, &saturation, nullptr);
+    RU_ColorReplace replace(key, blue, 0.2f, 0.1f);
+    for (RU_PixelFunction* function : std::initializer_list<RU_PixelFunction*>{&curves, &replace}) {
+        RU_PixelFunction head;
+        RecordingGPU gpu;
+        UT_String body;
+        function->declareShader(head, &gpu, 7, body);
+        EXPECT_TRUE(head.usesNumCompsGlobal());
+        for (const char* shared : {"VEC3 toHSV(", "VEC3 fromHSV("})
+            EXPECT_NE(head.getAddedFunctionCode().view().find(shared), std::string_view::npos) << shared;
+        if (function == &curves) { // turns, and factors of saturation and value
+            ASSERT_EQ(gpu.arrays.size(), 1u);
+            EXPECT_EQ(gpu.arrays[0].name, "huecurve7");
+            EXPECT_EQ(gpu.arrays[0].shape, (std::array{int{RE_GPU_FLOAT32}, 3, 2049, 1}));
+            const auto* table = static_cast<const float*>(gpu.arrays[0].data[0]);
+            for (const auto& [at, turn] : {std::pair(0, 0.0f), {512, 0.25f}, {1536, 0.75f}, {2048, 0.0f}})
+                EXPECT_EQ(std::vector(table + 3 * at, table + 3 * at + 3), (std::vector{turn, 0.0f, 1.0f}));
+            EXPECT_NE(body.view().find("ABS_huecurve7(i + 1, 0)"), std::string_view::npos);
+        } else {
+            std::map<std::string, std::vector<float>> constants;
+            for (const auto& constant : gpu.constants)
+                constants[constant.name] = constant.values;
+            const std::map<std::string, std::vector<float>> expected = {
+                {"keycolor7", {2 * 0.1666667f, 0.75f, 1}},
+                {"inner7", {0.2f}},
+                {"outer7", {0.2f}},
+                {"scale7", {1, 1 / 0.75f, 0.5f}},
+                {"shift7", {4 * 0.1666667f, 0, 0}}};
+            EXPECT_EQ(constants, expected);
+        }
+    }
 }

@@ -1,5 +1,10 @@
+#include <RU/pixelfunc/RU_ColorCurve.h>
 #include <RU/pixelfunc/RU_HSVConvertFunc.h>
+#include <RU/pixelfunc/RU_HueCurveFunc.h>
 #include <RU/pixelfunc/RU_HueFunc.h>
+#include <RU/pixelfunc/RU_MaxFunc.h>
+#include <RU/pixelfunc/RU_MinFunc.h>
+#include <RU/pixelfunc/ru_VectorExpressions.h>
 #include <reference/Formats.h>
 #include <reference/Random.h>
 #include <reference/VectorFunctions.h>
@@ -174,4 +179,74 @@ TEST(VectorCases, ColoursComeBackFromHSV)
         for (size_t c = 0; c < 4; ++c)
             ASSERT_NEAR(out[c], in[c], 16 * 0x1p-23) << c << " of " << ::testing::PrintToString(in);
     }
+}
+
+TEST(VectorCases, LaterComponentsWinOnlyWhereStrictlyBeyond)
+{
+    RU_MaxFunc max;
+    RU_MinFunc min;
+    for (const auto& [first, second] : {std::pair(0.0f, -0.0f), {-0.0f, 0.0f}, {NAN, 1.0f}, {1.0f, NAN}})
+        for (RU_PixelFunction* function : std::initializer_list<RU_PixelFunction*>{&max, &min}) {
+            const Floats got = vectorForm(*function, {first, second, second, second}, flags(15), flags(15));
+            EXPECT_TRUE(sameFloat(got[0], first) && sameFloat(got[1], first)) << first << ", " << second;
+        }
+}
+
+// Those whose formula leaves some tolerance.
+TEST(VectorCases, EveryInstructionSetGivesTheSameBits)
+{
+    Random random(seed);
+    std::vector<Floats> pixels = colours();
+    const std::vector<float> special = specialFloats();
+    for (size_t i = 0; i < 20 * special.size(); ++i)
+        pixels[i][i % 3] = special[i / 20];
+    std::vector<float> tables[3];
+    for (int i = 0; i <= 3 * ru_HueCurve::steps + 2; ++i)
+        tables[i % 3].push_back(static_cast<float>(random.between(-0.5, 1.5)));
+    const auto expectSame = [&]<class Expression>(const Expression& expression) {
+        std::vector<float> wanted[4];
+        for (const PXL_InstructionSet set : runnableSets()) {
+            std::vector<float> rows[4];
+            float* pointers[4];
+            for (size_t c = 0; c < 4; ++c) {
+                for (const Floats& pixel : pixels)
+                    rows[c].push_back(pixel[c]);
+                pointers[c] = rows[c].data();
+            }
+            const ru_PixelKernel<Expression>& kernel = ru_vectorRows(set);
+            kernel.run(expression, pointers, pointers, std::ssize(pixels));
+            for (size_t c = 0; c < 4; ++c) {
+                if (set == PXL_InstructionSet::baseline)
+                    wanted[c] = rows[c];
+                EXPECT_TRUE(std::ranges::equal(rows[c], wanted[c], sameFloat))
+                    << PXLinstructionSetName(set) << ", component " << c;
+            }
+        }
+    };
+    expectSame(ru_HueCurve{{}, tables[0].data(), tables[1].data(), tables[2].data()});
+    expectSame(ru_Replace{{}, 0.3f, 0.6f, 0.7f, 0.1f, 0.9f, 1.25f, 0.8f, 0.9f, 1.3f, -0.1f, 0.7f, 0.2f});
+}
+
+TEST(VectorCases, HueCurvesKeepWhatTheyShould)
+{
+    RU_ColorCurve flat, red;
+    for (const float x : {0.1f, 0.6f})
+        flat.addPoint(x, 0.5f, 0);
+    RU_HueCurveFunc none(&flat, &flat, &flat);
+    for (const Floats& colour : colours())
+        for (const float size : {1.0f, -1.0f, 1e37f, 1e-37f}) {
+            Floats in = colour;
+            for (float& v : in)
+                v *= std::abs(v) < 9.0f ? size : 1.0f;
+            const Floats out = vectorForm(none, in, flags(15), flags(15));
+            ASSERT_TRUE(std::ranges::equal(out, in, sameFloat)) << ::testing::PrintToString(in);
+        }
+
+    red.addPoint(0, 1, 0); // doubles the value of reds, of greyish ones less and less
+    red.addPoint(0.5f, 0.5f, 0);
+    RU_HueCurveFunc brighter(nullptr, nullptr, &red);
+    EXPECT_EQ(vectorForm(brighter, {0.5f, 0, 0, 1}, flags(15), flags(15))[0], 1.0f);
+    EXPECT_EQ(vectorForm(brighter, {0.5f, 0.5f, 0.5f, 1}, flags(15), flags(15))[0], 0.5f);
+    for (const float c : vectorForm(brighter, {0.5001f, 0.5f, 0.5f, 0.5f}, flags(15), flags(15)))
+        EXPECT_NEAR(c, 0.5f, 3e-4f);
 }

@@ -3,11 +3,8 @@
 #include <RU/pixelfunc/RU_PixelFunction.h>
 
 #include <RU/pixelfunc/RU_AddFunc.h>
-#include <RU/pixelfunc/RU_GammaFunc.h>
-#include <RU/pixelfunc/RU_HueFunc.h>
 #include <RU/pixelfunc/RU_MAddFunc.h>
 #include <RU/pixelfunc/RU_MultFunc.h>
-#include <RU/pixelfunc/RU_SaturationFunc.h>
 #include <RU/pixelfunc/RU_ScaleFunc.h>
 #include <reference/VectorFunctions.h>
 
@@ -70,19 +67,6 @@ struct KnownChain
     bool dependent() const { return (*chain)->isComponentDependent(); }
     bool perPixel() const { return (*chain)->areAllComponentsNeeded(); }
     double component(double v, int c) const { return exact({v, v, v, v})[static_cast<size_t>(c)]; }
-
-    /// What rounding on the way may do to component c: as much as a few units in the last place of the pixel.
-    double error(const Pixel& p, size_t c) const
-    {
-        const double result = exact(p)[c];
-        double sum = 1e-6 * (1.0 + std::abs(result));
-        for (size_t k = 0; perPixel() && k < 4; ++k) {
-            Pixel near = p;
-            near[k] *= 1.0 + 5e-7;
-            sum += std::abs(exact(near)[c] - result);
-        }
-        return sum;
-    }
 };
 
 /// One for each way that the engine has to treat chains.
@@ -102,33 +86,17 @@ inline std::vector<KnownChain> knownChains()
     };
     auto* const partial = new RU_AddFunc(0.25f);
     partial->setScope(redAndBlue);
-    static constexpr bool green[] = {false, true, false, false};
-    auto* const exchange = new Swap;
-    auto* const saturation = new RU_SaturationFunc;
-    auto* const hue = new RU_HueFunc;
-    saturation->setScope(green);
-    hue->setScope(redAndBlue);
     return {
         {"alike", chain({new RU_ScaleFunc(1.5f, 0.375f), new RU_AddFunc(-0.0625f)}),
          each([](double v, size_t) { return (v - 0.375) * 1.5 + 0.375 - 0.0625; })},
         {"different", chain({new RU_MAddFunc(mult, add)}),
          each([](double v, size_t c) { return v * mult[c] + add[c]; })},
         {"scoped", chain({partial}), each([](double v, size_t c) { return redAndBlue[c] ? v + 0.25 : v; })},
-        {"pixels", chain({new RU_MultFunc(0.875f), exchange, new RU_AddFunc(0.125f)}),
-         [](Pixel p) {
+        {"pixels", chain({new RU_MultFunc(0.875f), new Swap, new RU_AddFunc(0.125f)}), [](Pixel p) {
              if (p[0] == p[0] && p[1] == p[1])
                  std::swap(p[0], p[1]);
              for (double& v : p)
                  v = v * 0.875 + 0.125;
-             return p;
-         }},
-        {"colours", chain({new RU_GammaFunc(2.0f), saturation, hue, new RU_AddFunc(-0.0625f)}), [](Pixel p) {
-             for (double& v : p)
-                 v = std::copysign(std::sqrt(std::abs(v)), v);
-             p[1] = saturationOf(p)[1];
-             p = {hueOf(p)[0], p[1], hueOf(p)[2], p[3]};
-             for (double& v : p)
-                 v -= 0.0625;
              return p;
          }}};
 }

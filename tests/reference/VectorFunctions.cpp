@@ -208,11 +208,11 @@ void addReductions(VectorCatalogue& list)
 
 void addHues(VectorCatalogue& list)
 {
-    add(list, "Saturation", new RU_SaturationFunc, saturationOf,
+    add(list, "Saturation", new RU_SaturationFunc, onColours([](Colour c) { return grey(toHSV(c).g); }),
         {"minv = min(value.r, min(value.g, value.b));\n  maxv = max(value.r, max(value.g, value.b));\n"
          "  value.rgb = (maxv > 0) ? ((maxv - minv)/maxv) : 0.0;\n"},
         {"FLOAT maxv", "FLOAT minv"});
-    add(list, "Hue", new RU_HueFunc, hueOf,
+    add(list, "Hue", new RU_HueFunc, onColours([](Colour c) { return grey(toHSV(c).r); }),
         {"  minv = min(value.r, min(value.g, value.b));\n  maxv = max(value.r, max(value.g, value.b));\n"
          "  s1 = maxv - minv;\n  if(s1 > 0) {\n    rs = (maxv - value.r) / s1;\n"
          "    gs = (maxv - value.g) / s1;\n    bs = (maxv - value.b) / s1;\n    if(maxv == value.r)\n"
@@ -341,16 +341,6 @@ void addReplacements(VectorCatalogue& list)
 }
 
 } // namespace
-
-Pixel saturationOf(Pixel pixel)
-{
-    return onColours([](Colour c) { return grey(toHSV(c).g); })(pixel);
-}
-
-Pixel hueOf(Pixel pixel)
-{
-    return onColours([](Colour c) { return grey(toHSV(c).r); })(pixel);
-}
 
 const std::vector<VectorFunction>& vectorFunctions()
 {

@@ -27,9 +27,6 @@ inline void PrintTo(const VectorFunction& function, std::ostream* out)
     *out << function.name;
 }
 
-Pixel saturationOf(Pixel pixel);
-Pixel hueOf(Pixel pixel);
-
 /// Every class, with parameters that reach each of its cases.
 const std::vector<VectorFunction>& vectorFunctions();
 
