@@ -11,36 +11,26 @@
 
 namespace reference {
 
-/// A parameter of a shader function: one value for all components, or one for each.
-struct Constant
-{
-    std::string name;
-    std::vector<float> values;
-};
-
 /// A pixel function with certain parameters, and what is expected of it.
 struct Function
 {
     std::string kernel; ///< "ru_Add"
-    std::string parameters;
     std::shared_ptr<RU_PixelFunction> object;
-    bool perComponent;
 
     /// The result for a value of a component. Steps that round on the way do so here too.
     std::function<double(float v, int c)> exact;
-    double ulp;         ///< allowed error in units of the last place; 0: the very number
-    double least = 0.0; ///< errors of results below this count as those of one this large
-
-    std::string shader;
-    std::vector<Constant> constants;
+    double ulp; ///< allowed error in units of the last place; 0: the very number
 
     /// The kernel of an instruction set on a row.
     void (*run)(const RU_PixelFunction&, PXL_InstructionSet, float* values, int64_t count, int component);
+
+    bool perComponent = false;
+    double least = 0.0; ///< errors of results below this count as those of one this large
 };
 
 inline void PrintTo(const Function& function, std::ostream* out)
 {
-    *out << function.kernel << function.parameters;
+    *out << function.kernel;
 }
 
 /// The catalogue: every class, with parameters that reach each of its cases.

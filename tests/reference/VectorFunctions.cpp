@@ -126,25 +126,19 @@ struct Adjustment
     }
 };
 
-using Texts = std::vector<std::string>;
 using VectorCatalogue = std::vector<VectorFunction>;
 
 void add(VectorCatalogue& list, const std::string& name, RU_PixelFunction* function,
-         std::function<Pixel(Pixel)> exact, Texts shader, Texts locals = {},
-         std::vector<Constant> constants = {})
+         std::function<Pixel(Pixel)> exact, double tolerance = 0.0)
 {
-    list.push_back({name, std::shared_ptr<RU_PixelFunction>(function), std::move(exact), 0.0,
-                    std::move(shader), std::move(locals), std::move(constants)});
+    list.push_back({name, std::shared_ptr<RU_PixelFunction>(function), std::move(exact), tolerance});
 }
 
 void addSums(VectorCatalogue& list)
 {
     add(list, "NTSCLuminance", new RU_NTSCLuminanceFunc,
-        onColours([](Colour c) { return grey(0.299f * c.r + 0.587f * c.g + 0.114f * c.b); }),
-        {"if(num_comps >= 3)\n"
-         "    value = VEC4(VEC3(dot(value.rgb, VEC3(0.299,0.587,0.144))),                 value.a);"});
-    add(list, "Luminance", new RU_LuminanceFunc, onColours([](Colour c) { return grey(luminance(c)); }),
-        {"if(num_comps >= 3)\n    value=VEC4(VEC3(dot(value.rgb,VEC3(0.3086,0.6094,0.082))),\nvalue.a);"});
+        onColours([](Colour c) { return grey(0.299f * c.r + 0.587f * c.g + 0.114f * c.b); }));
+    add(list, "Luminance", new RU_LuminanceFunc, onColours([](Colour c) { return grey(luminance(c)); }));
     static const UT_Matrix4 xform = {
         {{0.5f, 0.3f, -0.2f, 9}, {1.1f, -0.7f, 0.1f, 9}, {0, 0.4f, 2, 9}, {0.2f, -3, 0, 9}}};
     const auto point = [](Pixel p) {
@@ -154,10 +148,7 @@ void addSums(VectorCatalogue& list)
                                 : NAN;
         return p;
     };
-    add(list, "Vector", new RU_VectorFunc(xform), point,
-        {"if(num_comps < 4)\n    value = TRANSFORM_POINT(xform, VEC4(value.xyz, 1.0f));\n"
-         "else\n    value = TRANSFORM_POINT(xform, value);\n"},
-        {}, {{"xform", {xform.m[0], xform.m[0] + 16}}});
+    add(list, "Vector", new RU_VectorFunc(xform), point);
     const auto squares = [](const auto& there) {
         float sum = 0;
         for (const float v : there)
@@ -168,9 +159,8 @@ void addSums(VectorCatalogue& list)
     const auto normal = [=](const auto& there, float v) {
         return squares(there) > 0 ? v * (1.0f / std::sqrt(squares(there))) : v;
     };
-    add(list, "Length", new RU_LengthFunc, onPresent(length), {"value = VEC4(length(value));"});
-    add(list, "Normalize", new RU_NormalizeFunc, onPresent(normal),
-        {"value = (length(value) > 0.0) ? normalize(value) : value;"});
+    add(list, "Length", new RU_LengthFunc, onPresent(length));
+    add(list, "Normalize", new RU_NormalizeFunc, onPresent(normal));
 }
 
 void addReductions(VectorCatalogue& list)
@@ -181,85 +171,40 @@ void addReductions(VectorCatalogue& list)
             const float value = known ? orZero(p[static_cast<size_t>(index)]) : 0.0f;
             return onPresent([=](const auto&, float) { return value; })(p);
         };
-        add(list, "Component" + std::to_string(index + 1), new RU_ComponentFunc(index), one,
-            {known ? std::string("value = VEC4(value.") + "rgba"[index] + ");" : ""});
+        add(list, "Component" + std::to_string(index + 1), new RU_ComponentFunc(index), one);
     }
     add(list, "Max", new RU_MaxFunc,
-        onPresent([](const auto& there, float) { return *std::max_element(there.begin(), there.end()); }),
-        {"if(num_comps == 2) value.rg = VEC2(max(value.r,value.g));\nelse if(num_comps == 3)\n"
-         "   value.rgb = VEC3(max(max(value.r,value.g), value.b));\nelse if(num_comps == 4)\n"
-         "   value.rgba=VEC4(max(max(value.r,value.g),max(value.b,value.a)));\n"});
+        onPresent([](const auto& there, float) { return *std::max_element(there.begin(), there.end()); }));
     add(list, "Min", new RU_MinFunc,
-        onPresent([](const auto& there, float) { return *std::min_element(there.begin(), there.end()); }),
-        {"if(num_comps == 2) value.rg = VEC2(min(value.r,value.g));\nelse if(num_comps == 3)\n"
-         "   value.rgb = VEC3(min(min(value.r,value.g), value.b));\nelse if(num_comps == 4)\n"
-         "   value.rgba=VEC4(min(min(value.r,value.g),min(value.b,value.a)));\n"});
+        onPresent([](const auto& there, float) { return *std::min_element(there.begin(), there.end()); }));
     const auto mean = [](const auto& there, float) {
         float sum = 0;
         for (const float v : there)
             sum += v;
         return sum / static_cast<float>(there.size());
     };
-    add(list, "Average", new RU_AverageFunc, onPresent(mean),
-        {"if(num_comps == 2) value.rg = VEC2((value.r+value.g)*0.5f);\nelse if(num_comps == 3)\n"
-         "   value.rgb = vec3((value.r+value.g+value.b)*0.333333);\nelse if(num_comps == 4)\n"
-         "   value = VEC4((value.r+value.g+value.b+value.a)*0.25f);\n"});
-}
-
-void addHues(VectorCatalogue& list)
-{
-    add(list, "Saturation", new RU_SaturationFunc, onColours([](Colour c) { return grey(toHSV(c).g); }),
-        {"minv = min(value.r, min(value.g, value.b));\n  maxv = max(value.r, max(value.g, value.b));\n"
-         "  value.rgb = (maxv > 0) ? ((maxv - minv)/maxv) : 0.0;\n"},
-        {"FLOAT maxv", "FLOAT minv"});
-    add(list, "Hue", new RU_HueFunc, onColours([](Colour c) { return grey(toHSV(c).r); }),
-        {"  minv = min(value.r, min(value.g, value.b));\n  maxv = max(value.r, max(value.g, value.b));\n"
-         "  s1 = maxv - minv;\n  if(s1 > 0) {\n    rs = (maxv - value.r) / s1;\n"
-         "    gs = (maxv - value.g) / s1;\n    bs = (maxv - value.b) / s1;\n    if(maxv == value.r)\n"
-         "       hue = (minv == value.g) ? (5.0 + bs) : (1.0 - gs);\n    else if(maxv == value.g)\n"
-         "       hue = (minv == value.b) ? (1.0 + rs) : (3.0 - bs);\n    else\n"
-         "       hue = (minv == value.r) ? (3.0 + gs) : (5.0 - rs);\n    hue *= 0.1666667;\n"
-         "    if(hue == 1.0)\n       hue = 0.0;\n  } else hue = 0;\n  value.rgb = vec3(hue, hue, hue);\n"},
-        {"FLOAT minv", "FLOAT maxv", "FLOAT hue", "FLOAT s1", "FLOAT rs", "FLOAT gs", "FLOAT bs"});
+    add(list, "Average", new RU_AverageFunc, onPresent(mean));
 }
 
 void addConversions(VectorCatalogue& list)
 {
-    const Texts locals = {"VEC4 prev", "FLOAT lum", "FLOAT lum2", "FLOAT minv", "FLOAT maxv", "FLOAT hue",
-                          "FLOAT sat", "FLOAT rs",  "FLOAT gs",   "FLOAT bs",   "FLOAT s1"};
-    Texts all = locals;
-    all.insert(all.end(), {"INT i", "FLOAT val", "FLOAT f", "FLOAT p", "FLOAT q", "FLOAT t"});
-    const std::string to = "value.rgb = toHSV(value.rgb, minv,maxv, s1,hue,sat,rs,gs,bs);\n";
-    const std::string from = "value.rgb = fromHSV(value.rgb, i,hue,sat,val,f,p,q,t);\n";
+    add(list, "Saturation", new RU_SaturationFunc, onColours([](Colour c) { return grey(toHSV(c).g); }));
+    add(list, "Hue", new RU_HueFunc, onColours([](Colour c) { return grey(toHSV(c).r); }));
     const float ignored[] = {7, 7};
-    add(list, "ToHSV", new RU_HSVConvertFunc(RU_RGB_TO_HSV, 90, ignored, ignored, true), onColours(toHSV),
-        {"num_comps < 3", to}, locals);
-    add(list, "FromHSV", new RU_HSVConvertFunc(RU_HSV_TO_RGB, 90, ignored, ignored, true), onColours(fromHSV),
-        {"num_comps < 3", from}, all);
-
-    Texts text = {to,
-                  "if(num_comps > 1) {\n  value.r = mod(value.r + hueshift* 0.002777778f, 1.0f);\n"
-                  "  if(value.r < 0.0f) value.r += 1.0;\n"
-                  "  value.g = clamp(value.g * satscale + satshift, 0.0f, 1.0f);\n}\n",
-                  "value.b * valscale + valshift", from};
+    add(list, "ToHSV", new RU_HSVConvertFunc(RU_RGB_TO_HSV, 90, ignored, ignored, true), onColours(toHSV));
+    add(list, "FromHSV", new RU_HSVConvertFunc(RU_HSV_TO_RGB, 90, ignored, ignored, true),
+        onColours(fromHSV));
     const float sat[] = {1.7f, -0.2f}, val[] = {0.8f, 0.15f}, dark[] = {-1.5f, 0.25f};
     for (const bool keep : {false, true}) {
         const auto adjust = [&](int op, float degrees, const float* s, const float* v) {
             const Adjustment a{degrees, s ? s[0] : 1, s ? s[1] : 0, v ? v[0] : 1, v ? v[1] : 0, keep};
             add(list, "Adjust" + std::to_string(list.size()),
-                new RU_HSVConvertFunc(static_cast<RU_HSVConvertOp>(op), degrees, s, v, keep), a, text, all,
-                {{"hueshift", {degrees}},
-                 {"satscale", {a.satScale}},
-                 {"satshift", {a.satShift}},
-                 {"valscale", {a.valScale}},
-                 {"valshift", {a.valShift}}});
+                new RU_HSVConvertFunc(static_cast<RU_HSVConvertOp>(op), degrees, s, v, keep), a);
         };
         adjust(2, 0, nullptr, nullptr);
         adjust(2, 75.3f, sat, val);
         adjust(3, -200, nullptr, val);
         adjust(-1, 1234.5f, sat, dark);
-        text.push_back("lum2 = 0.3086*value.r + 0.6094*value.g + 0.082*value.b;\n  if(lum2 != 0.0) {\n"
-                       "     lum = lum * valscale + valshift;\n     value.rgb *= lum / lum2;\n  }\n");
     }
 }
 
@@ -299,8 +244,7 @@ void addHueCurves(VectorCatalogue& list)
         };
         add(list, "HueCurve" + std::to_string(list.size()),
             new RU_HueCurveFunc(keys[0].given.empty() ? nullptr : given, given + 1, given + 2),
-            onColours(formula), {});
-        list.back().tolerance = 2e-4; // the curves are sampled
+            onColours(formula), 2e-4); // the curves are sampled
     }
 }
 
@@ -331,8 +275,7 @@ void addReplacements(VectorCatalogue& list)
         };
         const float from[] = {key.r, key.g, key.b}, to[] = {by.r, by.g, by.b};
         add(list, "Replace" + std::to_string(list.size()), new RU_ColorReplace(from, to, inner, outer),
-            onColours(formula), {});
-        list.back().tolerance = 3e-6;
+            onColours(formula), 3e-6);
     };
     replace({0.9f, 0.2f, 0.1f}, {0.1f, 0.3f, 0.8f}, 0.13f, 0.97f); // across red
     replace({0.2f, 0.7f, 0.6f}, {0.9f, 0.9f, 0.9f}, 0.37f, 0.21f); // an outer tolerance that counts as 0.37
@@ -348,7 +291,6 @@ const std::vector<VectorFunction>& vectorFunctions()
         VectorCatalogue list;
         addSums(list);
         addReductions(list);
-        addHues(list);
         addConversions(list);
         addHueCurves(list);
         addReplacements(list);

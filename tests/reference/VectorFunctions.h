@@ -16,10 +16,6 @@ struct VectorFunction
     std::shared_ptr<RU_PixelFunction> object;
     std::function<Pixel(Pixel)> exact; ///< in steps that round to float
     double tolerance;                  ///< for a pixel around 1; 0: the very number
-
-    std::vector<std::string> shader; ///< the whole text, pieces of it in their order, or nothing that matters
-    std::vector<std::string> locals; ///< "FLOAT minv"
-    std::vector<Constant> constants;
 };
 
 inline void PrintTo(const VectorFunction& function, std::ostream* out)
