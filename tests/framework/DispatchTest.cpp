@@ -36,32 +36,15 @@ struct Recording : Base
     explicit Recording(RU_Algorithm* algorithm) : Base(algorithm) { ++living; }
     ~Recording() { --living; }
 
-    int generate(TIL_TileList* out, float time, int thread, void* context)
-    {
-        return record({out}, time, thread, context);
-    }
-    int pixelAdjust(TIL_TileList* out, const TIL_TileList* in, float time, int thread, void* context)
-    {
-        return record({out, in}, time, thread, context);
-    }
-    int filter(TIL_Region* out, const TIL_Region* in, float time, int thread, void* context)
-    {
-        return record({out, in}, time, thread, context);
-    }
-    int filter(TIL_TileList* out, const TIL_Region* in, float time, int thread, void* context)
-    {
-        return record({out, in}, time, thread, context);
-    }
-    int binary(TIL_Region* out, const TIL_Region* a, const TIL_Region* b, float time, int thread,
-               void* context)
-    {
-        return record({out, a, b}, time, thread, context);
-    }
-    int binary(TIL_TileList* out, const TIL_Region* a, const TIL_Region* b, float time, int thread,
-               void* context)
-    {
-        return record({out, a, b}, time, thread, context);
-    }
+    using List = TIL_TileList;
+    using Region = TIL_Region;
+    using In = const TIL_Region;
+    int generate(List* o, float t, int n, void* c) { return record({o}, t, n, c); }
+    int pixelAdjust(List* o, const List* i, float t, int n, void* c) { return record({o, i}, t, n, c); }
+    int filter(Region* o, In* i, float t, int n, void* c) { return record({o, i}, t, n, c); }
+    int filter(List* o, In* i, float t, int n, void* c) { return record({o, i}, t, n, c); }
+    int binary(Region* o, In* a, In* b, float t, int n, void* c) { return record({o, a, b}, t, n, c); }
+    int binary(List* o, In* a, In* b, float t, int n, void* c) { return record({o, a, b}, t, n, c); }
     int record(std::vector<const void*> images, float time, int thread, void* context)
     {
         last = {{Family, PXL_FormatOf<T>::code, F}, images, time, thread, context, this->algorithm_};

@@ -40,9 +40,13 @@ public:
     void setConstant(const char* name, RE_GPUType type, int size, const void* data, int count,
                      bool normalize) override
     {
-        const auto* values = static_cast<const float*>(data);
         const int elements = (type == RE_GPU_MATRIX4 ? 16 : size) * count;
-        constants.push_back({name, type, {values, values + elements}, count, normalize});
+        const auto* floats = static_cast<const float*>(data);
+        const auto* integers = static_cast<const int*>(data);
+        std::vector<float> values(floats, floats + elements);
+        if (type == RE_GPU_INT32)
+            values.assign(integers, integers + elements);
+        constants.push_back({name, type, values, count, normalize});
     }
     void setArray2D(const char* name, RE_GPUType type, int size, int width, int height,
                     const void* data) override
@@ -94,27 +98,77 @@ struct TypeNamer : RU_PixelFunction
     }
 };
 
-/// Values of constants, then declarations and body unless they are those of the function before.
-std::string shaderOf(const std::string& name, RU_PixelFunction& function, std::string& before)
+/// Functions that upload tables.
+struct Uploads
+{
+    PXL_Lookup table{0, 1, 2, {1, 2, 3, 4, 5, 6}};
+    CL_Clip three, single;
+    RU_ColorCurve shorter, longer, hue, saturation;
+    RU_ColorCurve* curves[3] = {&shorter, nullptr, &longer};
+
+    RU_LookupTableFunc lookup{&table};
+    RU_LookupClipFunc clip{&three}, oneTrack{&single}, noClip{nullptr};
+    RU_ColorCurveFunc colourCurves{curves, 3}, noCurves{curves + 1, 1};
+    std::unique_ptr<RU_HueCurveFunc> hueCurves;
+
+    Uploads()
+    {
+        three.append(std::make_unique<CL_Track>(std::vector<CL_Key>{{0, 1}, {2, 3}, {5, 4}}));
+        three.append(nullptr);
+        three.append(std::make_unique<CL_Track>(10.0f, 4.0f, std::vector<float>{7, 8}));
+        single.append(std::make_unique<CL_Track>(std::vector<CL_Key>{{0, 1}}));
+        for (const float x : {0.0f, 1.0f, 2.0f}) {
+            longer.addPoint(x, 10 + x, 1);
+            if (x < 2)
+                shorter.addPoint(x, 20 + x, 1);
+        }
+        shorter.create(false);
+        longer.create(true);
+        for (const float x : {0.0f, 0.25f, 0.75f})
+            hue.addPoint(x, 0.5f + x, 0);
+        saturation.addPoint(0, -1, 0);
+        hueCurves = std::make_unique<RU_HueCurveFunc>(&hue, &saturation, nullptr);
+    }
+};
+
+/// The array that a function uploads.
+std::vector<float> arrayOf(RU_PixelFunction& function)
 {
     RU_PixelFunction head;
     RecordingGPU gpu;
     UT_String body;
     function.declareShader(head, &gpu, 7, body);
-    std::ostringstream constants;
-    constants.precision(7);
+    const RecordingGPU::ArrayCall& array = gpu.arrays.at(0);
+    const auto* data = static_cast<const float*>(array.data[0]);
+    return {data, data + array.shape[1] * array.shape[2] * array.shape[3]};
+}
+
+/// Lists values of constants and sizes of arrays, then declarations and body unless they are those of the function
+/// before, then functions that it brings along unless they are shared or in the list already.
+void list(std::string& shaders, std::string& before, const std::string& name, RU_PixelFunction& function)
+{
+    RU_PixelFunction head;
+    RecordingGPU gpu;
+    UT_String body;
+    function.declareShader(head, &gpu, 7, body);
+    std::ostringstream values;
+    values.precision(7);
     for (const auto& constant : gpu.constants) {
         EXPECT_FALSE(constant.normalize);
-        constants << "; " << constant.name;
+        values << "; " << constant.name;
         for (const float value : constant.values)
-            constants << " " << value;
+            values << " " << value;
     }
+    for (const auto& [array, shape, data] : gpu.arrays)
+        values << "; " << array << " " << shape[2] << " x " << shape[3] << ", type " << shape[0] << ", "
+               << shape[1];
     std::string text = head.getParameterDeclarations().buffer() + std::string("\n") + body.buffer();
+    const std::string code = head.getAddedFunctionCode().buffer();
+    for (const std::string shared : {"toHSV(", "fromHSV("})
+        EXPECT_TRUE(text.find(" " + shared) == text.npos || code.find("VEC3 " + shared) != code.npos) << name;
     text += text.back() == '\n' ? "" : "\n";
-    const std::string_view code = head.getAddedFunctionCode().view();
-    for (const std::string called : {"toHSV(", "fromHSV("})
-        EXPECT_TRUE(text.find(" " + called) == text.npos || code.find("VEC3 " + called) != code.npos) << name;
-    return "-- " + name + constants.str() + "\n" + (std::exchange(before, text) == text ? "" : text);
+    shaders += "-- " + name + values.str() + "\n" + (std::exchange(before, text) == text ? "" : text);
+    shaders += code.find("HSV(") == code.npos && shaders.find(code) == shaders.npos ? code : "";
 }
 
 } // namespace
@@ -124,9 +178,22 @@ TEST(Shader, EveryFunctionHasItsTextAndConstants)
 {
     std::string shaders, before;
     for (const Function& function : functions())
-        shaders += shaderOf(function.kernel, *function.object, before);
+        list(shaders, before, function.kernel, *function.object);
     for (const VectorFunction& function : vectorFunctions())
-        shaders += shaderOf(function.name, *function.object, before);
+        list(shaders, before, function.name, *function.object);
+    Uploads uploads;
+    TypeNamer types;
+    RU_PixelFunction base;
+    const std::pair<const char*, RU_PixelFunction*> others[] = {{"LookupTable", &uploads.lookup},
+                                                                {"LookupClip", &uploads.clip},
+                                                                {"LookupClip", &uploads.oneTrack},
+                                                                {"LookupClip", &uploads.noClip},
+                                                                {"ColorCurve", &uploads.colourCurves},
+                                                                {"ColorCurve", &uploads.noCurves},
+                                                                {"types", &types},
+                                                                {"base", &base}};
+    for (const auto& [name, function] : others)
+        list(shaders, before, name, *function);
     std::ifstream file(KREILUGE_TESTS "/reference/shaders.txt");
     const std::string expected{std::istreambuf_iterator<char>(file), {}};
     const std::string now = ::testing::TempDir() + "shaders.txt";
@@ -168,135 +235,18 @@ TEST(Shader, DeclarationsGoToTheHeadUnderIndexedNames)
     EXPECT_EQ(gpu.constants.back().name, "three13");
 }
 
-TEST(Shader, TypesHaveTheNamesOfThePrelude)
+TEST(Shader, TablesAreUploadedWhole)
 {
-    using Names = std::vector<std::string>; // by the size of the vector
-    const Names none(4), integers = {"INT", "IVEC2", "IVEC3", "IVEC4"},
-                         floats = {"FLOAT", "VEC2", "VEC3", "VEC4"};
-    const Names matrices[] = {{"MATRIX2", "", "", ""}, {"MATRIX3", "", "", ""}, {"MATRIX4", "", "", ""}};
-    std::ostringstream expected;
-    for (const Names& names : {none, none, integers, integers, integers, integers, integers, integers, floats,
-                               none, floats, matrices[0], matrices[1], matrices[2], none})
-        for (const std::string& name : names)
-            expected << name << " v0;\n";
-    RU_PixelFunction head, base;
-    UT_String body("text");
-    TypeNamer().declareShader(head, nullptr, 0, body);
-    EXPECT_EQ(head.getLocalDeclarations().view(), expected.str());
-    base.declareShader(head, nullptr, 0, body);
-    EXPECT_TRUE(body.isEmpty()) << "the base does nothing";
-}
-
-TEST(Shader, LookupsUploadTheirTables)
-{
-    PXL_Lookup table(0, 1, 2, {1, 2, 3, 4, 5, 6});
-    CL_Clip clip;
-    clip.append(std::make_unique<CL_Track>(std::vector<CL_Key>{{0, 1}, {2, 3}, {5, 4}}));
-    clip.append(nullptr);
-    clip.append(std::make_unique<CL_Track>(10.0f, 4.0f, std::vector<float>{7, 8}));
-    RU_LookupTableFunc tableFunction(&table);
-    RU_LookupClipFunc clipFunction(&clip);
-    RU_PixelFunction head;
-    RecordingGPU gpu;
-    UT_String body;
-    tableFunction.declareShader(head, &gpu, 7, body);
-    clipFunction.declareShader(head, &gpu, 8, body);
-    ASSERT_EQ(gpu.arrays.size(), 2u);
-    const RecordingGPU::ArrayCall samples{"lookup7", {RE_GPU_FLOAT32, 1, 3, 2}, {table.data()}};
-    EXPECT_EQ(gpu.arrays[0], samples);
-    EXPECT_EQ(gpu.arrays[1].name, "clip8");
-    EXPECT_EQ(gpu.arrays[1].shape, (std::array<int, 4>{RE_GPU_FLOAT32, 2, 3, 3}));
-    const auto* keys = static_cast<const float*>(gpu.arrays[1].data[0]);
-    EXPECT_EQ(std::vector(keys, keys + 18), (std::vector<float>{0, 1, 2, 3, 5, 4, 0, 0, 0, //
-                                                                0, 0, 0, 10, 7, 10.25f, 8, 0, 0}));
-    // Blue is looked up for green, and green for blue.
-    EXPECT_EQ(body.view(), "value = VEC4(clipTrack8(value.r, 0, 3),\n"
-                           "             0.0f,\n"
-                           "             clipTrack8(value.g, 2, 2),\n"
-                           "             clipTrack8(value.a, 0, 3));\n");
-    EXPECT_EQ(head.getAddedFunctionCode().view().find("FLOAT clipTrack8(FLOAT time, INT track, INT keys)\n"),
-              0u);
-
-    RU_LookupClipFunc(nullptr).declareShader(head, &gpu, 9, body);
-    EXPECT_EQ(gpu.arrays.size(), 2u);
-    CL_Clip single;
-    single.append(std::make_unique<CL_Track>(std::vector<CL_Key>{{0, 1}}));
-    RU_LookupClipFunc(&single).declareShader(head, &gpu, 9, body);
-    EXPECT_NE(body.view().find("clipTrack9(value.b, 0, 1),\n             clipTrack9(value.g, 0, 1)"),
-              std::string_view::npos);
-}
-
-TEST(Shader, ColourCurvesUploadAndCallByComponent)
-{
-    RU_ColorCurve shorter, longer;
-    for (const float x : {0.0f, 1.0f, 2.0f}) {
-        longer.addPoint(x, 10 + x, 1);
-        if (x < 2)
-            shorter.addPoint(x, 20 + x, 1);
-    }
-    shorter.create(false);
-    longer.create(true);
-    RU_ColorCurve* curves[] = {&shorter, nullptr, &longer};
-    RU_ColorCurveFunc function(curves, 3);
-    RU_PixelFunction head;
-    RecordingGPU gpu;
-    UT_String body;
-    function.declareShader(head, &gpu, 7, body);
-
-    const auto call = [](const std::string& component, const std::string& k) {
-        return "value." + component + " =\n  CCevalCurve7(value." + component + ",coffset,numsplines" + k +
-               ",extend" + k + ",preslope" + k + ",postslope" + k +
-               ",\n                i,splx,sply,\n                a,b,c,d,Q,R,Q3,A,B,r);\n";
-    };
-    const std::string step = "coffset += 2;\n";
-    EXPECT_EQ(body.view(), "coffset = 0;\n" + call("r", "0") + step + step + call("b", "2") + step +
-                               call("a", "2") + step);
-
-    ASSERT_EQ(gpu.constants.size(), 8u);
-    const char* names[] = {"numsplines", "extend", "preslope", "postslope"};
-    for (size_t i = 0; i < 8; ++i)
-        EXPECT_EQ(gpu.constants[i].name, names[i % 4] + std::string(i < 4 ? "07" : "27"));
-    const auto number = [&](size_t i) { return std::bit_cast<int>(gpu.constants[i].values[0]); };
-    EXPECT_TRUE(number(0) == 4 && number(1) == 0 && number(4) == 7 && number(5) == 1);
-    EXPECT_EQ(gpu.constants[6].values, std::vector{longer.preslope()});
-
+    Uploads uploads;
+    EXPECT_EQ(arrayOf(uploads.lookup), std::vector(uploads.table.data(), uploads.table.data() + 6));
+    EXPECT_EQ(arrayOf(uploads.clip), (std::vector<float>{0, 1, 2, 3, 5, 4, 0, 0, 0, //
+                                                         0, 0, 0, 10, 7, 10.25f, 8, 0, 0}));
     // x and y of each component's curve, also where there is none.
-    ASSERT_EQ(gpu.arrays.size(), 1u);
-    EXPECT_EQ(gpu.arrays[0].name, "points7");
-    EXPECT_EQ(gpu.arrays[0].shape, (std::array{int{RE_GPU_FLOAT32}, 1, 7, 8}));
-    const auto* points = static_cast<const float*>(gpu.arrays[0].data[0]);
+    const std::vector<float> points = arrayOf(uploads.colourCurves);
     const float lasts[] = {1, 21, 0, 0, 2, 12, 2, 12};
-    for (int row = 0; row < 8; ++row)
+    for (size_t row = 0; row < 8; ++row)
         EXPECT_EQ(points[row * 7 + (row < 2 ? 3 : 6)], lasts[row]) << row;
-
-    const std::string_view code = head.getAddedFunctionCode().view(),
-                           locals = head.getLocalDeclarations().view();
-    for (const char* part : {"FLOAT quadratic7(", "FLOAT CCevalCurve7(", "ABS_points7(i, coffset)", "0.00005",
-                             "0.0005", "+ 6.2832", "- 6.2832", "r*r*r*r"})
-        EXPECT_NE(code.find(part), code.npos) << part;
-    for (const char* local : {"INT coffset7;", "VEC4 splx7;", "FLOAT Q37;", "FLOAT B7;", "INT i7;"})
-        EXPECT_NE(locals.find(local), locals.npos) << local;
-
-    RU_ColorCurveFunc none(curves + 1, 1);
-    none.declareShader(head, &gpu, 8, body);
-    EXPECT_TRUE(body.isEmpty() && gpu.arrays.size() == 1);
-}
-
-TEST(Shader, HueCurvesUploadTheirSamples)
-{
-    RU_ColorCurve hue, saturation;
-    for (const float x : {0.0f, 0.25f, 0.75f})
-        hue.addPoint(x, 0.5f + x, 0);
-    saturation.addPoint(0, -1, 0);
-    RU_HueCurveFunc function(&hue, &saturation, nullptr);
-    RU_PixelFunction head;
-    RecordingGPU gpu;
-    UT_String body;
-    function.declareShader(head, &gpu, 7, body);
-    ASSERT_EQ(gpu.arrays.size(), 1u);
-    EXPECT_EQ(gpu.arrays[0].name, "huecurve7");
-    EXPECT_EQ(gpu.arrays[0].shape, (std::array{int{RE_GPU_FLOAT32}, 3, 2049, 1}));
-    const auto* table = static_cast<const float*>(gpu.arrays[0].data[0]); // turn, saturation, value
+    const std::vector<float> turns = arrayOf(*uploads.hueCurves); // and factors of saturation and value
     for (const auto& [at, turn] : {std::pair(0, 0.0f), {512, 0.25f}, {1536, 0.75f}, {2048, 0.0f}})
-        EXPECT_EQ(std::vector(table + 3 * at, table + 3 * at + 3), (std::vector{turn, 0.0f, 1.0f}));
+        EXPECT_EQ(std::vector(&turns[3 * at], &turns[3 * at] + 3), (std::vector{turn, 0.0f, 1.0f})) << at;
 }
