@@ -8,6 +8,7 @@
 
 #include <cstring>
 #include <filesystem>
+#include <random>
 #include <string>
 #include <unistd.h>
 #include <vector>
@@ -50,13 +51,9 @@ struct TestImage
     /// Filled with bytes that look random, so that floats hold NaN, infinities and subnormals too.
     explicit TestImage(const OIIO::ImageSpec& header) : spec(header), bytes(spec.image_bytes(true))
     {
-        uint64_t state = 88172645463325252u;
-        for (char& byte : bytes) {
-            state ^= state << 13;
-            state ^= state >> 7;
-            state ^= state << 17;
-            byte = static_cast<char>(state >> 32);
-        }
+        std::mt19937 random;
+        for (char& byte : bytes)
+            byte = static_cast<char>(random());
     }
 
     template <class T>
@@ -90,16 +87,9 @@ struct TestImage
 
 inline OIIO::TypeDesc typeOfFormat(unsigned char format)
 {
-    switch (format) {
-    case PXL_FORMAT_uint8:
-        return OIIO::TypeDesc::UINT8;
-    case PXL_FORMAT_uint16:
-        return OIIO::TypeDesc::UINT16;
-    case PXL_FORMAT_uint32:
-        return OIIO::TypeDesc::UINT32;
-    case PXL_FORMAT_half:
-        return OIIO::TypeDesc::HALF;
-    default:
-        return OIIO::TypeDesc::FLOAT;
-    }
+    static_assert(PXL_FORMAT_uint8 == 0 && PXL_FORMAT_half == 4);
+    using OIIO::TypeDesc;
+    constexpr TypeDesc::BASETYPE types[] = {TypeDesc::UINT8, TypeDesc::UINT16, TypeDesc::UINT32,
+                                            TypeDesc::FLOAT, TypeDesc::HALF};
+    return types[format];
 }
