@@ -1,4 +1,3 @@
-#include <RU/gpgpu/RU_ShaderSources.h>
 #include <RU/gpgpu/ru_ShaderFile.h>
 #include <UT/UT_PathSearch.h>
 #include <gtest/gtest.h>
@@ -124,15 +123,4 @@ TEST_F(ShaderSources, AreReadOnceByManyThreads)
     for (std::thread& thread : threads)
         thread.join();
     EXPECT_EQ(got, std::vector(8, text));
-}
-
-TEST_F(ShaderSources, ConversionsDefineTheirFunctions)
-{
-    UT_String to, from;
-    RUgetToHSVConvertGPU(to);
-    RUgetFromHSVConvertGPU(from);
-    EXPECT_NE(to.view().find("VEC3 toHSV(VEC3 value, out FLOAT minv, out FLOAT maxv, out FLOAT s1,"),
-              std::string_view::npos);
-    EXPECT_NE(from.view().find("VEC3 fromHSV(VEC3 value, out INT i, out FLOAT hue, out FLOAT sat,"),
-              std::string_view::npos);
 }

@@ -164,8 +164,11 @@ void list(std::string& shaders, std::string& before, const std::string& name, RU
                << shape[1];
     std::string text = head.getParameterDeclarations().buffer() + std::string("\n") + body.buffer();
     const std::string code = head.getAddedFunctionCode().buffer();
-    for (const std::string shared : {"toHSV(", "fromHSV("})
-        EXPECT_TRUE(text.find(" " + shared) == text.npos || code.find("VEC3 " + shared) != code.npos) << name;
+    const std::pair<const char*, const char*> shared[] = {
+        {" toHSV(", "VEC3 toHSV(VEC3 value, out FLOAT minv, out FLOAT maxv, out FLOAT s1, out FLOAT hue,"},
+        {" fromHSV(", "VEC3 fromHSV(VEC3 value, out INT i, out FLOAT hue, out FLOAT sat,"}};
+    for (const auto& [called, defined] : shared)
+        EXPECT_TRUE(text.find(called) == text.npos || code.find(defined) != code.npos) << name;
     text += text.back() == '\n' ? "" : "\n";
     shaders += "-- " + name + values.str() + "\n" + (std::exchange(before, text) == text ? "" : text);
     shaders += code.find("HSV(") == code.npos && shaders.find(code) == shaders.npos ? code : "";
