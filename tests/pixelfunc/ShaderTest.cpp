@@ -251,5 +251,7 @@ TEST(Shader, TablesAreUploadedWhole)
         EXPECT_EQ(points[row * 7 + (row < 2 ? 3 : 6)], lasts[row]) << row;
     const std::vector<float> turns = arrayOf(*uploads.hueCurves); // and factors of saturation and value
     for (const auto& [at, turn] : {std::pair(0, 0.0f), {512, 0.25f}, {1536, 0.75f}, {2048, 0.0f}})
-        EXPECT_EQ(std::vector(&turns[3 * at], &turns[3 * at] + 3), (std::vector{turn, 0.0f, 1.0f})) << at;
+        EXPECT_EQ(std::vector(turns.data() + 3 * at, turns.data() + 3 * at + 3),
+                  (std::vector{turn, 0.0f, 1.0f}))
+            << at;
 }
