@@ -90,10 +90,36 @@ TEST(ColorCurve, KeepsKeysSortedAndBuildsAfresh)
     expectPoints(curveOf({}, true), {{0, 0}}, 0);
     const RU_ColorCurve single = curveOf({{2, 3, 0}}, true);
     expectPoints(single, {{2, 3}}, 0);
-    expectPoints(curveOf({{1, 2, 0}, {1, 2, 0}, {1, 2, 1}}, true), std::vector<Point>(7, {1, 2}), 0);
     float values[] = {2.0f, NAN};
     single.evaluate(values, 2);
     EXPECT_TRUE(values[0] == 0.0f && values[1] == 0.0f && single.evaluate(2.0f) == 0.0f);
+}
+
+TEST(ColorCurve, HasTheControlPointsWorkedOutByHand)
+{
+    constexpr double k = 0.33333, m = 6 * 0.166666;
+    expectPoints(curveOf({{0, 0, 0}, {1, 1, 0}}, false), {{0, 0}, {k, k}, {1 - k, 1 - k}, {1, 1}}, 3e-7);
+
+    // l1 = 1, l2 = 5, s = 1/6, T = (2/3, 2/3): half of l1 limits the incoming handle, m the outgoing one.
+    const double first = k / std::sqrt(26.0), lastX = 6 + 2 * m / 3, lastY = 8 + 2 * m / 3;
+    const double last = 5 * k / std::hypot(lastX, lastY);
+    const std::vector<Point> kinked = {
+        {3, 0}, {3 + 5 * first, -first},    {4 - 1 / 3.0, -1 / 3.0},
+        {4, 0}, {4 + 2 * m / 3, 2 * m / 3}, {7 - last * lastX, 4 - last * lastY},
+        {7, 4}};
+    expectPoints(curveOf({{3, 0, 0}, {4, 0, 0}, {7, 4, 0}}, false), kinked, 5e-7);
+
+    // Weights draw handles to the straight lines: half, all the way, beyond.
+    std::vector<Point> drawn = kinked;
+    drawn[2] = {4 - 1 / 6.0 - k / 2, -1 / 6.0};
+    drawn[4] = {4 + m / 3 + k * 1.5, m / 3 + k * 2};
+    drawn[1] = {3 + k, 0};
+    drawn[5] = {7 - 2 * 3 * k + last * lastX, 4 - 2 * 4 * k + last * lastY};
+    expectPoints(curveOf({{3, 0, 1}, {4, 0, 0.5}, {7, 4, 2}}, false), drawn, 5e-7);
+
+    const UT_Vector2Array startPoints = curveOf({{1, 0, 0}, {1, 2, 0}, {2, 2, 0}}, false).controlPoints();
+    EXPECT_EQ(startPoints(1), startPoints(0));
+    expectPoints(curveOf({{1, 2, 0}, {1, 2, 0}, {1, 2, 1}}, true), std::vector<Point>(7, {1, 2}), 0);
 }
 
 TEST(ColorCurve, IsStraightFlatOrSlopedWhereItShouldBe)
