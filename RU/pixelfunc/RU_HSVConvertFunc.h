@@ -6,7 +6,7 @@ struct ru_AdjustHSV;
 struct ru_AdjustHSVKeepingLuminance;
 struct ru_VectorFormPair;
 
-enum RU_HSVConvertOp {
+enum RU_HSVConvertOp : int {
     RU_RGB_TO_HSV = 0,
     RU_HSV_TO_RGB = 1,
     RU_HSV_ADJUST = 2 ///< and every other value
