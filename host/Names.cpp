@@ -54,8 +54,8 @@ void refuseName(const std::string& what, const std::string& name, const std::vec
 std::string joined(const std::vector<std::string>& names, const char* separator)
 {
     std::string text;
-    for (const std::string& name : names)
-        text += (text.empty() ? "" : separator) + name;
+    for (size_t i = 0; i < names.size(); ++i)
+        text += (i == 0 ? "" : separator) + names[i];
     return text;
 }
 

@@ -4,6 +4,8 @@
 #include <host/Header.h>
 #include <host/Names.h>
 
+#include <OpenImageIO/filesystem.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
@@ -19,8 +21,77 @@ namespace host {
 
 namespace fs = std::filesystem;
 
+namespace {
+
+/// The temporary file, as the libraries of the file formats write to it. What goes wrong is kept here and looks
+/// done to them: some end the program on a full disk, others leave half a file without a word.
+class WatchedFile : public OIIO::Filesystem::IOProxy
+{
+public:
+    explicit WatchedFile(const std::string& path)
+        : IOProxy(path, Write), file_(std::fopen(path.c_str(), "wb")), error_(file_ == nullptr ? errno : 0)
+    {
+    }
+    ~WatchedFile() override { finish(); }
+
+    const char* proxytype() const override { return "watched"; }
+    size_t size() const override { return static_cast<size_t>(size_); }
+
+    bool seek(int64_t offset) override
+    {
+        note(error_ == 0 && ::fseeko(file_, offset, SEEK_SET) != 0);
+        m_pos = offset;
+        return true;
+    }
+
+    size_t write(const void* bytes, size_t count) override
+    {
+        note(error_ == 0 && std::fwrite(bytes, 1, count, file_) != count);
+        m_pos += static_cast<int64_t>(count);
+        size_ = std::max(size_, m_pos);
+        return count;
+    }
+
+    size_t pwrite(const void* bytes, size_t count, int64_t offset) override
+    {
+        const int64_t here = m_pos;
+        seek(offset);
+        write(bytes, count);
+        seek(here);
+        return count;
+    }
+
+    /// The first error, as errno has it; 0 for none.
+    int firstError() const { return error_; }
+
+    /// Stores what waits to be; the object takes no more.
+    int finish()
+    {
+        if (file_ != nullptr) {
+            const int result = std::fclose(file_);
+            note(result != 0 && error_ == 0);
+        }
+        file_ = nullptr;
+        return error_;
+    }
+
+private:
+    void note(bool failed)
+    {
+        if (failed)
+            error_ = errno;
+    }
+
+    std::FILE* file_;
+    int64_t size_ = 0;
+    int error_;
+};
+
+} // namespace
+
 struct Writer::File
 {
+    std::unique_ptr<WatchedFile> watched; ///< for file formats that can do with it; outlives the output
     std::unique_ptr<OIIO::ImageOutput> output;
 };
 
@@ -156,6 +227,20 @@ std::string makeTemporary(const fs::path& target)
     return {};
 }
 
+/// Whether a file that was written unwatched can be read to its last row.
+bool isComplete(const std::string& path)
+{
+    const auto input = OIIO::ImageInput::open(path);
+    const OIIO::ImageSpec spec = input != nullptr ? input->spec() : OIIO::ImageSpec();
+    std::vector<char> row(spec.scanline_bytes(true));
+    const bool complete =
+        input != nullptr && input->read_scanline(spec.y + spec.height - 1, 0, OIIO::TypeUnknown, row.data());
+    OIIO::geterror(); // nor may it stay for others
+    if (input != nullptr)
+        input->geterror();
+    return complete;
+}
+
 } // namespace
 
 Writer::Writer(const std::string& path, const Image& image)
@@ -211,8 +296,12 @@ void Writer::open(const Image& image)
         fail(std::string(file_->output->format_name()) +
                  " stores all channels in one format and these differ; choose one with --depth",
              Error::Kind::Output);
-    if (!file_->output->open(temporary_, spec))
-        fail(file_->output->geterror());
+    const bool readsBack = file_->output->format_name() == std::string("tiff"); // links its directories so
+    if (file_->output->supports("ioproxy") && !readsBack) {
+        file_->watched = std::make_unique<WatchedFile>(temporary_);
+        file_->output->set_ioproxy(file_->watched.get());
+    }
+    check(file_->output->open(temporary_, spec));
     top_ = image.data.y;
     rowsPerCall_ = rowsPerCall(file_->output->format_name(), file_->output->spec());
 }
@@ -227,8 +316,7 @@ void Writer::tryOnePixel(const Image& image)
     const std::vector<char> blank(static_cast<size_t>(pixel.pixelBytes) + 16);
     file_->output->write_scanline(0, 0, OIIO::TypeUnknown, blank.data());
     const OIIO::ImageSpec stored = file_->output->spec();
-    if (!file_->output->close())
-        fail(file_->output->geterror());
+    close();
     if (const std::string loss = lostValues(image, *file_->output, stored); !loss.empty())
         fail(loss, Error::Kind::Output);
 }
@@ -253,25 +341,46 @@ void Writer::write(const Band& band, int yBegin, int yEnd, const std::function<v
     for (int y = yBegin; y < yEnd;) {
         checkStopped();
         const int next = std::min(yEnd, y + rowsPerCall_ - (y - top_) % rowsPerCall_);
-        if (!file_->output->write_scanlines(y, next, 0, OIIO::TypeUnknown, band.row(y)))
-            fail(file_->output->geterror());
+        check(file_->output->write_scanlines(y, next, 0, OIIO::TypeUnknown, band.row(y)));
         y = next;
     }
 }
 
 void Writer::commit()
 {
-    if (!file_->output->close())
-        fail(file_->output->geterror());
+    close();
+    if (file_->watched == nullptr && !isComplete(temporary_))
+        fail("the file came out incomplete; is the disk full?");
     if (std::rename(temporary_.c_str(), target_.c_str()) != 0)
         fail(std::strerror(errno));
     file_->output.reset();
 }
 
+void Writer::close()
+{
+    check(file_->output->close());
+    if (file_->watched != nullptr)
+        file_->watched->finish();
+    check(true);
+}
+
+/// Throws when the file layer or the file itself has failed.
+void Writer::check(bool done)
+{
+    const std::string reason = done ? "" : file_->output->geterror();
+    if (const int error = file_->watched != nullptr ? file_->watched->firstError() : 0; error != 0)
+        fail(std::strerror(error));
+    if (!done)
+        fail(reason);
+}
+
 void Writer::fail(const std::string& reason, Error::Kind kind) const
 {
-    throw Error(kind,
-                "cannot write '" + path_ + "': " + (reason.empty() ? "unknown reason" : firstLine(reason)));
+    std::string text = reason.empty() ? "unknown reason" : firstLine(reason);
+    const size_t place = temporary_.empty() ? std::string::npos : text.find(temporary_); // which nobody knows
+    if (place != std::string::npos)
+        text.replace(place, temporary_.size(), path_);
+    throw Error(kind, "cannot write '" + path_ + "': " + text);
 }
 
 } // namespace host

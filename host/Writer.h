@@ -35,6 +35,8 @@ public:
 
 private:
     void open(const Image& image);
+    void close();
+    void check(bool done);
     void abandon();
     void tryOnePixel(const Image& image);
     void noteLosses(const Image& image);

@@ -65,7 +65,8 @@ std::string exampleOf(const host::Argument& argument)
                                                   {Type::Colour, "1:0.5:-0.1"},
                                                   {Type::Matrix, "0:1:0:0;0:0:1:0;1:0:0:0;0.1:0:0:1"},
                                                   {Type::OptionalCurve, "0:0.5;0.3:1:0.5"},
-                                                  {Type::Curves, "0:0;1:1|0:1;1:0|0:0;0.5:0.2:1;1:1"}};
+                                                  {Type::Curves, "0:0;1:1|0:1;1:0|0:0;0.5:0.2:1;1:1"},
+                                                  {Type::File, "'\"a b\".cube'"}};
     const auto found = examples.find(argument.type);
     return found != examples.end() ? found->second : "0.25";
 }
@@ -77,7 +78,7 @@ TEST(Chain, EveryFunctionSurvivesBothForms)
         for (const host::Argument& argument : function.arguments)
             text.append(" ").append(exampleOf(argument));
         const Chain chain = Chain::fromText(text + ", " + text + " @gb");
-        EXPECT_EQ(Chain::fromText(chain.text()).text(), chain.text());
+        EXPECT_EQ(Chain::fromText(chain.text()).json(), chain.json());
         EXPECT_EQ(Chain::fromJson(chain.json(), "json").text(), chain.text());
         const bool builds = function.name != "lut"; // for want of a file
         EXPECT_TRUE(!builds || chain.build().head != nullptr) << text;

@@ -90,13 +90,17 @@ class ToolTest(unittest.TestCase):
         self.assertEqual(self.names(), ["cut.exr", "in.exr", "text.exr"])
 
     def test_a_full_disk_is_an_error(self):
-        self.plate("in.exr")
-        limited = f"ulimit -f 16; exec '{KREILUGE}' grade in.exr -o out.exr abs"
-        result = subprocess.run(["bash", "-c", limited], cwd=self.path, capture_output=True, text=True)
-        self.assertEqual(result.returncode, 4, result.stderr)
+        names = ["out.exr", "out.jpg", "out.png", "out.sgi", "out.tif"]
+        for name in names:
+            (self.path / name).write_text("old")
+            limited = f"ulimit -f 16; exec '{KREILUGE}' plate -o {name} --depth {'half' if name == 'out.exr' else 'uint8'}"
+            result = subprocess.run(["bash", "-c", limited], cwd=self.path, capture_output=True, text=True)
+            self.assertEqual(result.returncode, 4, result.stderr)
+            self.assertTrue(result.stderr.splitlines()[-1].startswith(f"kreiluge: cannot write '{name}': "), result.stderr)
+            self.assertEqual((self.path / name).read_text(), "old")
         with open("/dev/full", "w") as full:
             self.assertEqual(subprocess.run([KREILUGE, "functions"], stdout=full, stderr=full).returncode, 4)
-        self.assertEqual(self.names(), ["in.exr"])
+        self.assertEqual(self.names(), names)
 
     def test_every_depth_grades_and_copies(self):
         for name, depth in [("a.png", "uint8"), ("a.tif", "uint16"), ("b.tif", "uint32"), ("a.exr", "half"), ("b.exr", "float")]:
