@@ -37,7 +37,7 @@ struct Word
     std::string text;
     size_t equals = std::string::npos; ///< between an argument's name and its value
     bool isScope = false;
-    bool isKey = false; ///< begins like a number, or parts curves
+    bool isKey = false; ///< begins like a number, is nan or inf, or parts curves
 };
 
 /// The words of a chain, by the commas between them.
@@ -71,6 +71,9 @@ std::vector<std::vector<Word>> chainWords(const std::string& text)
     }
     if (quote != 0)
         refuse("a quote is not closed in '" + text + "'");
+    for (std::vector<Word>& words : parts)
+        for (Word& word : words)
+            word.isKey = word.isKey || isNotFinite(word.text);
     return parts;
 }
 
@@ -139,19 +142,38 @@ public:
 
     void named(const std::string& argument, const std::string& text) { set(indexOf(argument), text); }
 
+    void json(const std::string& key, const Json& value)
+    {
+        if (key == "scope") {
+            if (!value.is_string())
+                refuse(name() + ": 'scope': expected letters as in \"rgb\" instead of " + value.dump());
+            scope(value.get<std::string>());
+            return;
+        }
+        const Argument& argument = arguments()[indexOf(key)];
+        if (argument.type == Argument::Type::File && (!value.is_string() || value == ""))
+            refuse(name() + ": '" + key + "': expected a path instead of " + value.dump());
+        named(key, textOfJson(value));
+    }
+
+    /// A word of keys; `first` of those behind a comma.
     void key(const std::string& word, bool first)
     {
-        if (keys_.isEmpty())
+        if (keys_.empty())
             claim(indexOf(keysName()));
-        keys_.add(word, first);
+        else
+            keys_ += first ? ',' : ' ';
+        keys_ += word;
     }
 
     bool takesKeys() const { return step_.function->takesKeys(); }
 
     [[noreturn]] void refuseNumber(const std::string& word) const
     {
+        const auto isCurve = [](const Argument& a) { return a.type == Argument::Type::OptionalCurve; };
+        const bool hasCurves = std::any_of(arguments().begin(), arguments().end(), isCurve);
         refuse(name() + ": '" + word + "' after a comma is no function, and '" + name() +
-               "' has no list of numbers");
+               (hasCurves ? "' has keys with ';' between them, or in quotes" : "' has no list of numbers"));
     }
 
     void scope(const std::string& text)
@@ -164,8 +186,8 @@ public:
 
     Step finish()
     {
-        if (!keys_.isEmpty())
-            read(indexOf(keysName()), keys_.text());
+        if (!keys_.empty())
+            read(indexOf(keysName()), keys_);
         for (size_t i = 0; i < given_.size(); ++i) {
             const Argument& argument = arguments()[i];
             if (!given_[i] && argument.required)
@@ -215,7 +237,7 @@ private:
 
     Step step_;
     std::vector<bool> given_;
-    KeyWords keys_;
+    std::string keys_; ///< as it was written
     bool scoped_ = false;
 };
 
@@ -232,9 +254,10 @@ Chain Chain::fromText(const std::string& text)
         if (goesOn && !step->takesKeys())
             step->refuseNumber(words.front().text);
         if (!goesOn) {
+            StepReader next(words.front().text);
             if (step)
                 chain.steps_.push_back(step->finish());
-            step.emplace(words.front().text);
+            step = std::move(next);
         }
         for (size_t i = goesOn ? 0 : 1; i < words.size(); ++i) {
             const Word& word = words[i];
@@ -260,16 +283,14 @@ Chain Chain::fromJson(const std::string& json, const std::string& source)
         if (!list.is_array())
             refuse("expected a list of functions, or an object with one under \"chain\"");
         Chain chain;
+        chain.source_ = source;
         for (const Json& item : list) {
             if (!item.is_object() || !item.contains("function") || !item["function"].is_string())
                 refuse("expected an object with a name under \"function\" instead of " + item.dump());
             StepReader step(item["function"].get<std::string>());
-            for (const auto& [key, value] : item.items()) {
-                if (key == "scope")
-                    step.scope(textOfJson(value));
-                else if (key != "function")
-                    step.named(key, textOfJson(value));
-            }
+            for (const auto& [key, value] : item.items())
+                if (key != "function")
+                    step.json(key, value);
             chain.steps_.push_back(step.finish());
         }
         return chain;
@@ -318,6 +339,22 @@ std::string Chain::json() const
     return list.dump(2);
 }
 
+/// Makes the function of a step. What is wrong with a file that it needs is the fault of that which names it.
+Made Chain::make(const Step& step) const
+{
+    try {
+        Made made = step.function->make(step.values);
+        if ((made.keepsAlpha || step.function->leavesAlpha) && !step.scope[0] && !step.scope[1] &&
+            !step.scope[2])
+            refuse(step.function->name + ": it leaves alpha alone, and its scope names nothing else");
+        return made;
+    } catch (const Error& error) {
+        if (source_.empty())
+            throw;
+        throw Error(error.kind(), "'" + source_ + "': " + error.what());
+    }
+}
+
 Chain::Built Chain::build() const
 {
     std::vector<std::unique_ptr<RU_PixelFunction>> made;
@@ -326,7 +363,7 @@ Chain::Built Chain::build() const
     bool oneByOne = true; // no function looks at other components
     Built built;
     for (const Step& step : steps_) {
-        Made one = step.function->make(step.values);
+        Made one = make(step);
         made.push_back(std::move(one.function));
         built.parts.push_back(std::move(one.parts));
         Components& scope = scopes.emplace_back(step.scope);

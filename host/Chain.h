@@ -57,7 +57,10 @@ private:
     };
     class StepReader;
 
+    Made make(const Step& step) const;
+
     std::vector<Step> steps_;
+    std::string source_; ///< the file that it was read from, if any
 };
 
 } // namespace host

@@ -34,6 +34,8 @@ namespace {
 
 using Type = Argument::Type;
 
+constexpr bool leavesAlpha = true;
+
 Argument components(const char* name, float preset)
 {
     return {name, Type::PerComponent, false, preset};
@@ -65,12 +67,31 @@ Made makeHSV(const Values& v)
 
 Made makeLevels(const Values& v)
 {
+    enum { // as in the row of levels below
+        inBlack,
+        inWhite,
+        gamma,
+        outBlack,
+        outWhite,
+        offset,
+        inBlacks,
+        inWhites,
+        gammas,
+        outBlacks,
+        outWhites
+    };
+    const float* each = v[gammas].four();
+    if (v[gamma] == 0.0f || std::find(each, each + 4, 0.0f) != each + 4)
+        refuse("levels: a gamma of 0; expected another number");
+    const auto make = [&v](auto... ofComponents) {
+        return std::make_unique<RU_LevelsFunc>(v[inBlack], v[inWhite], v[gamma], v[outBlack], v[outWhite],
+                                               v[offset], ofComponents...);
+    };
     // Components that differ cost a table each, and 16-bit ones top out below white.
-    if (std::all_of(v.begin() + 6, v.end(), [](const Value& value) { return value.isUniform(); }))
-        return std::make_unique<RU_LevelsFunc>(v[0], v[1], v[2], v[3], v[4], v[5], v[6], v[7], v[8], v[9],
-                                               v[10]);
-    return std::make_unique<RU_LevelsFunc>(v[0], v[1], v[2], v[3], v[4], v[5], v[6].four(), v[7].four(),
-                                           v[8].four(), v[9].four(), v[10].four());
+    if (std::all_of(v.begin() + inBlacks, v.end(), [](const Value& value) { return value.isUniform(); }))
+        return make(float{v[inBlacks]}, float{v[inWhites]}, float{v[gammas]}, float{v[outBlacks]},
+                    float{v[outWhites]});
+    return make(v[inBlacks].four(), v[inWhites].four(), each, v[outBlacks].four(), v[outWhites].four());
 }
 
 Made makeCurve(const Values& v)
@@ -104,6 +125,9 @@ Made makeHueCurve(const Values& v)
 
 Made makeReplace(const Values& v)
 {
+    if (v[2] < 0.0f || v[3] < v[2])
+        refuse("replace: inner is " + numberText(v[2]) + " and outer " + numberText(v[3]) +
+               "; expected an inner of 0 or more and an outer not below it");
     return std::make_unique<RU_ColorReplace>(v[0].four(), v[1].four(), v[2], v[3]);
 }
 
@@ -121,8 +145,16 @@ Made makeLookUp(const Values& v)
 std::vector<Function> colourFunctions()
 {
     return {
-        {"luminance", "0.3086 red + 0.6094 green + 0.082 blue, in all three", {}, plain<RU_LuminanceFunc>},
-        {"ntsc", "0.299 red + 0.587 green + 0.114 blue, in all three", {}, plain<RU_NTSCLuminanceFunc>},
+        {"luminance",
+         "0.3086 red + 0.6094 green + 0.082 blue, in all three",
+         {},
+         plain<RU_LuminanceFunc>,
+         leavesAlpha},
+        {"ntsc",
+         "0.299 red + 0.587 green + 0.114 blue, in all three",
+         {},
+         plain<RU_NTSCLuminanceFunc>,
+         leavesAlpha},
         {"component",
          "one component, in all",
          {{"component", Type::Choice, true, 0.0f, {"r", "g", "b", "a"}}},
@@ -135,28 +167,41 @@ std::vector<Function> colourFunctions()
         {"saturation",
          "(max - min) / max of red, green and blue, in all three",
          {},
-         plain<RU_SaturationFunc>},
+         plain<RU_SaturationFunc>,
+         leavesAlpha},
         {"vector",
          "the row red, green, blue, 1 times a matrix of 3 or 4 rows",
          {required("matrix", Type::Matrix)},
-         makeVector},
-        {"hue", "the hue in red, green and blue: 0 red, 1/3 green, 2/3 blue", {}, plain<RU_HueFunc>},
-        {"tohsv", "hue, saturation and value in red, green and blue", {}, convertHSV<RU_RGB_TO_HSV>},
-        {"fromhsv", "back from hue, saturation and value", {}, convertHSV<RU_HSV_TO_RGB>},
+         makeVector,
+         leavesAlpha},
+        {"hue",
+         "the hue in red, green and blue: 0 red, 1/3 green, 2/3 blue",
+         {},
+         plain<RU_HueFunc>,
+         leavesAlpha},
+        {"tohsv",
+         "hue, saturation and value in red, green and blue",
+         {},
+         convertHSV<RU_RGB_TO_HSV>,
+         leavesAlpha},
+        {"fromhsv", "back from hue, saturation and value", {}, convertHSV<RU_HSV_TO_RGB>, leavesAlpha},
         {"hsv",
          "turns the hue by degrees; scales and shifts saturation and value",
          {number("hue", 0), number("sat", 1), number("satshift", 0), number("val", 1), number("valshift", 0),
           onOff("preserve", false)},
-         makeHSV},
+         makeHSV,
+         leavesAlpha},
         {"huecurve",
          "curves over the hue: added to it, factors of saturation and value; a height of 0.5 changes nothing",
          {{"hue", Type::OptionalCurve}, {"sat", Type::OptionalCurve}, {"val", Type::OptionalCurve}},
-         makeHueCurve},
+         makeHueCurve,
+         leavesAlpha},
         {"replace",
          "colours within inner of the key become like the replacement, those beyond outer stay",
          {required("key", Type::Colour), required("replacement", Type::Colour), number("inner", 0.1f),
           number("outer", 0.3f)},
-         makeReplace},
+         makeReplace,
+         leavesAlpha},
         {"levels",
          "inblack to outblack, inwhite to outwhite, gamma between; then the offset",
          {number("inblack", 0), number("inwhite", 1), number("gamma", 1), number("outblack", 0),

@@ -8,6 +8,8 @@
 #include <host/Reader.h>
 #include <host/Writer.h>
 
+#include <PXL/PXL_Caps.h>
+
 #include <algorithm>
 #include <chrono>
 #include <cstring>
@@ -249,6 +251,11 @@ void checkStopped(const CancelSwitch* cancel)
 {
     if (isTurned(cancel))
         throw Error(Error::Kind::Cancelled, "stopped");
+}
+
+const char* instructionSet()
+{
+    return PXLinstructionSetName(PXLinstructionSet());
 }
 
 int defaultThreads()

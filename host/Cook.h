@@ -16,6 +16,9 @@ namespace host {
 constexpr int maxThreads = 8;
 int defaultThreads();
 
+/// The name of the instruction set that the library computes with.
+const char* instructionSet();
+
 /// A switch that another thread, or a signal handler, turns to stop a job.
 using CancelSwitch = std::atomic<bool>;
 

@@ -4,6 +4,7 @@
 #include <host/Curves.h>
 #include <host/Error.h>
 #include <host/Format.h>
+#include <host/Plate.h>
 #include <host/Writer.h>
 
 #include <algorithm>
@@ -73,7 +74,7 @@ public:
 
     float scale() const { return static_cast<float>(side_) / 512.0f; }
     int side() const { return side_; }
-    const float* row(int y) const { return &pixels_[index(0, y)].r; }
+    const Colour* row(int y) const { return &pixels_[index(0, y)]; }
 
     Point place(float x, float y) const
     {
@@ -85,53 +86,99 @@ public:
     /// A line through points; lines that cross add their light.
     void line(const std::vector<Point>& points, float width, const Colour& colour)
     {
-        std::vector<float> coverage(pixels_.size());
+        const float reach = 0.5f * width;
+        Shape shape(boxOf(points, reach));
         for (size_t i = 0; i + 1 < points.size(); ++i) {
             const Point &a = points[i], &b = points[i + 1];
-            cover(coverage, std::min(a.x, b.x), std::max(a.x, b.x), std::min(a.y, b.y), std::max(a.y, b.y),
-                  0.5f * width, [&](const Point& p) { return distanceToLine(p, a, b); });
+            cover(shape, boxOf({a, b}, reach), reach,
+                  [&](const Point& p) { return distanceToLine(p, a, b); });
         }
-        light(coverage, colour);
+        paint(
+            shape, [](float under, float own, float coverage) { return std::max(under, own * coverage); },
+            colour);
     }
 
+    /// A dot, over what is there.
     void dot(const Point& at, float radius, const Colour& colour)
     {
-        std::vector<float> coverage(pixels_.size());
-        cover(coverage, at.x, at.x, at.y, at.y, radius, [&](const Point& p) { return distance(p, at); });
-        light(coverage, colour);
+        Shape shape(boxOf({at}, radius));
+        cover(shape, shape.box, radius, [&](const Point& p) { return distance(p, at); });
+        paint(
+            shape, [](float under, float own, float coverage) { return under + (own - under) * coverage; },
+            colour);
     }
 
 private:
+    /// Pixels from `left` and `top` up to but not including `right` and `bottom`.
+    struct Box
+    {
+        int left, right, top, bottom;
+    };
+
+    /// How much of each pixel of a box is covered.
+    struct Shape
+    {
+        explicit Shape(const Box& around)
+            : box(around),
+              coverage(static_cast<size_t>(box.right - box.left) * static_cast<size_t>(box.bottom - box.top))
+        {
+        }
+        float& at(int x, int y)
+        {
+            return coverage[static_cast<size_t>(y - box.top) * static_cast<size_t>(box.right - box.left) +
+                            static_cast<size_t>(x - box.left)];
+        }
+
+        Box box;
+        std::vector<float> coverage;
+    };
+
     size_t index(int x, int y) const
     {
         return static_cast<size_t>(y) * static_cast<size_t>(side_) + static_cast<size_t>(x);
     }
 
-    /// Pixels within `reach` of a shape, which lies in a box.
-    template <class Distance>
-    void cover(std::vector<float>& coverage, float left, float right, float top, float bottom, float reach,
-               Distance distanceTo) const
+    /// The pixels within `reach` of points.
+    Box boxOf(const std::vector<Point>& points, float reach) const
     {
         const auto clamped = [this](float v) { // NaN too
             const auto most = static_cast<float>(side_);
             return static_cast<int>(v > 0.0f ? std::min(v, most) : 0.0f);
         };
-        for (int y = clamped(top - reach - 1.0f); y < clamped(bottom + reach + 2.0f); ++y)
-            for (int x = clamped(left - reach - 1.0f); x < clamped(right + reach + 2.0f); ++x) {
-                float& value = coverage[index(x, y)];
+        Box box{side_, 0, side_, 0};
+        for (const Point& p : points) {
+            box.left = std::min(box.left, clamped(p.x - reach - 1.0f));
+            box.right = std::max(box.right, clamped(p.x + reach + 2.0f));
+            box.top = std::min(box.top, clamped(p.y - reach - 1.0f));
+            box.bottom = std::max(box.bottom, clamped(p.y + reach + 2.0f));
+        }
+        return box;
+    }
+
+    /// Adds the pixels of a box that are within `reach` to a shape.
+    template <class Distance>
+    void cover(Shape& shape, const Box& box, float reach, Distance distanceTo) const
+    {
+        for (int y = box.top; y < box.bottom; ++y)
+            for (int x = box.left; x < box.right; ++x) {
+                float& value = shape.at(x, y);
                 const Point centre{static_cast<float>(x) + 0.5f, static_cast<float>(y) + 0.5f};
                 value = std::max(value, std::clamp(reach + 0.5f - distanceTo(centre), 0.0f, 1.0f));
             }
     }
 
-    void light(const std::vector<float>& coverage, const Colour& colour)
+    /// `mix` of what is there, the colour and how much of it.
+    template <class Mix>
+    void paint(Shape& shape, Mix mix, const Colour& colour)
     {
-        for (size_t i = 0; i < pixels_.size(); ++i) {
-            Colour& pixel = pixels_[i];
-            pixel.r = std::max(pixel.r, colour.r * coverage[i]);
-            pixel.g = std::max(pixel.g, colour.g * coverage[i]);
-            pixel.b = std::max(pixel.b, colour.b * coverage[i]);
-        }
+        for (int y = shape.box.top; y < shape.box.bottom; ++y)
+            for (int x = shape.box.left; x < shape.box.right; ++x) {
+                Colour& pixel = pixels_[index(x, y)];
+                const float coverage = shape.at(x, y);
+                pixel.r = mix(pixel.r, colour.r, coverage);
+                pixel.g = mix(pixel.g, colour.g, coverage);
+                pixel.b = mix(pixel.b, colour.b, coverage);
+            }
     }
 
     int side_;
@@ -157,14 +204,28 @@ void drawGrid(Canvas& canvas, const Range& xRange, const Range& yRange)
     canvas.line({canvas.place(0, 0), canvas.place(1, 1)}, canvas.scale(), {0.28f, 0.28f, 0.31f});
 }
 
+/// The colours are those of a screen; files of floats hold linear light.
+float linearOf(float v)
+{
+    return v <= 0.04045f ? v / 12.92f : std::pow((v + 0.055f) / 1.055f, 2.4f);
+}
+
 void writePicture(const std::string& path, const Canvas& canvas)
 {
     const int side = canvas.side();
-    const Image image = newImage(side, side, 3, PXL_FORMAT_uint8, "colour curves");
+    const unsigned char usual = usualFormat(path);
+    const bool isLinear = usual == PXL_FORMAT_half || usual == PXL_FORMAT_float32;
+    const unsigned char format = isLinear ? usual : static_cast<unsigned char>(PXL_FORMAT_uint8);
+    const Image image = newImage(side, side, 3, format, "colour curves");
     Band band;
     band.reset(image, 0, side);
-    for (int y = 0; y < side; ++y)
-        convertFormat(PXL_FORMAT_float32, canvas.row(y), PXL_FORMAT_uint8, band.row(y), int64_t{3} * side);
+    for (int y = 0; y < side; ++y) {
+        std::vector<Colour> row(canvas.row(y), canvas.row(y) + side);
+        for (Colour& pixel : row)
+            if (isLinear)
+                pixel = {linearOf(pixel.r), linearOf(pixel.g), linearOf(pixel.b)};
+        convertFormat(PXL_FORMAT_float32, row.data(), format, band.row(y), int64_t{3} * side);
+    }
     Writer writer(path, image);
     writer.write(band, 0, side, [] {});
     writer.commit();
@@ -209,9 +270,10 @@ void drawCurves(const std::string& path, const std::vector<CurveKeys>& curves,
         for (int i = 0; i <= samples; ++i)
             points.push_back(canvas.place(xOf(xRange, i), made[c].evaluate(xOf(xRange, i))));
         canvas.line(points, 2.0f * canvas.scale(), colours[c]);
+    }
+    for (size_t c = 0; c < made.size(); ++c)
         for (const CurveKey& key : curves[c])
             canvas.dot(canvas.place(key.x, key.y), 5.0f * canvas.scale(), colours[c]);
-    }
     writePicture(path, canvas);
 }
 

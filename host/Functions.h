@@ -22,7 +22,7 @@ struct Argument
         Switch,         ///< "on" or "off"
         Choice,         ///< one of a few words
         Colour,         ///< numbers for red, green and blue
-        Matrix,         ///< 3 or 4 rows of as many numbers, applied to a row from its left
+        Matrix,         ///< 3 or 4 rows of as many numbers, or 4 of 3, applied to a row from its left
         OptionalCurve,  ///< the keys of a curve, or "none"
         Curves,         ///< the keys of one curve, or of one each for red, green, blue and perhaps alpha
         File            ///< a path
@@ -102,6 +102,7 @@ struct Function
     std::string summary;
     std::vector<Argument> arguments;
     Made (*make)(const Values& values);
+    bool leavesAlpha = false; ///< alone, whatever the arguments are
 
     /// "gamma GAMMA", "log [BASE=10] [REPLACEMENT=none]"
     std::string usage() const;

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cmath>
+#include <set>
 
 namespace host {
 
@@ -29,9 +30,8 @@ public:
     bool next(std::string& line)
     {
         while (number_ < lines_.size()) {
-            line = lines_[number_++];
-            const size_t begin = line.find_first_not_of(" \t\r");
-            if (begin != std::string::npos && line[begin] != '#')
+            line = splitText(lines_[number_++], '#').front();
+            if (!isBlank(line))
                 return true;
         }
         return false;
@@ -40,8 +40,8 @@ public:
     std::vector<float> numbers(const Fields& fields, size_t count) const
     {
         if (fields.size() != count)
-            fail("expected " + std::to_string(count) + " numbers instead of " +
-                 std::to_string(fields.size()));
+            fail("expected " + std::to_string(count) + (count == 1 ? " number" : " numbers") +
+                 " instead of " + std::to_string(fields.size()));
         std::vector<float> numbers;
         for (const std::string& field : fields)
             if (!readNumber(field, numbers.emplace_back()))
@@ -95,7 +95,8 @@ public:
     {
         for (std::string line; lines_.next(line);) {
             const Fields fields = wordsOf(line);
-            if (std::isalpha(static_cast<unsigned char>(fields.front().front())) != 0)
+            const std::string& first = fields.front();
+            if (std::isalpha(static_cast<unsigned char>(first.front())) != 0 && !isNotFinite(first))
                 keyword(fields);
             else
                 row(fields);
@@ -118,6 +119,11 @@ private:
         const Fields rest(fields.begin() + 1, fields.end());
         if (word == "TITLE")
             return;
+        if (!seen_.insert(word).second)
+            lines_.fail("'" + word + "' is given twice");
+        if (seen_.contains("LUT_1D_INPUT_RANGE") &&
+            (seen_.contains("DOMAIN_MIN") || seen_.contains("DOMAIN_MAX")))
+            lines_.fail("LUT_1D_INPUT_RANGE beside DOMAIN_MIN or DOMAIN_MAX; expected one of the two forms");
         if (word == "LUT_3D_SIZE")
             lines_.fail("a 3-D cube; expected a 1-D one, with LUT_1D_SIZE");
         if (word == "LUT_1D_SIZE")
@@ -170,6 +176,7 @@ private:
     }
 
     LineReader lines_;
+    std::set<std::string> seen_; ///< the keywords so far
     size_t size_ = 0;
     std::vector<float> first_{0, 0, 0}, last_{1, 1, 1};
     std::vector<std::vector<float>> rows_;

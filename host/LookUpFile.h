@@ -24,7 +24,7 @@ struct LookUp
 ///
 /// .csv: a column of values over 0 to 1; or x and y; or x, red, green and blue. x grows from row to row.
 /// Columns are parted by semicolons, or else by commas, or else by blanks; a line of names may come first,
-/// and lines that begin with # are left out.
+/// and what follows # in a line is left out.
 LookUp readLookUpFile(const std::string& path);
 
 } // namespace host

@@ -77,6 +77,8 @@ unsigned char usualFormat(const std::string& path)
     const std::string extension = extensionOf(path);
     if (extension == ".exr")
         return PXL_FORMAT_half;
+    if (extension == ".hdr")
+        return PXL_FORMAT_float32;
     return extension == ".png" || extension == ".tif" || extension == ".tiff" ? PXL_FORMAT_uint16
                                                                               : PXL_FORMAT_uint8;
 }

@@ -3,8 +3,11 @@
 #include <host/Error.h>
 
 #include <cctype>
+#include <cerrno>
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -23,7 +26,22 @@ bool readNumber(std::string_view text, float& number)
     if (text.starts_with('+'))
         text.remove_prefix(1);
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    return error == std::errc() && end == text.data() + text.size() && std::isfinite(number);
+    if (end != text.data() + text.size())
+        return false;
+    if (error == std::errc::result_out_of_range) { // too small, or too large
+        number = 0.0f;
+        return std::abs(std::strtod(std::string(text).c_str(), nullptr)) < 1.0;
+    }
+    return error == std::errc() && std::isfinite(number);
+}
+
+bool isNotFinite(std::string_view text)
+{
+    double number = 0.0;
+    if (text.starts_with('+'))
+        text.remove_prefix(1);
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    return error == std::errc() && end == text.data() + text.size() && !std::isfinite(number);
 }
 
 std::vector<std::string> splitText(const std::string& text, char separator)
@@ -57,13 +75,15 @@ std::string extensionOf(const std::string& path)
 
 std::string readTextFile(const std::string& path, const std::string& what)
 {
+    errno = 0;
     try {
         std::ifstream file;
         file.exceptions(std::ios::failbit | std::ios::badbit);
         file.open(path);
         return {std::istreambuf_iterator<char>(file), {}};
     } catch (const std::ios::failure&) { // a directory too
-        refuse("cannot read the " + what + " '" + path + "'");
+        const std::string reason = errno != 0 ? std::string(": ") + std::strerror(errno) : "";
+        refuse("cannot read the " + what + " '" + path + "'" + reason);
     }
 }
 

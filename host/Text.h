@@ -9,8 +9,12 @@ namespace host {
 /// The shortest text that reads back as the same number.
 std::string numberText(float number);
 
-/// Reads a finite number that fills all of `text`; false for anything else.
+/// Reads a finite number that fills all of `text`; false for anything else. What is too small for a float is
+/// 0.
 bool readNumber(std::string_view text, float& number);
+
+/// Whether a text is nan or inf, or another way to write them.
+bool isNotFinite(std::string_view text);
 
 /// What stands between separators, one part more than there are separators.
 std::vector<std::string> splitText(const std::string& text, char separator);

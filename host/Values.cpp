@@ -5,6 +5,7 @@
 #include <host/Text.h>
 
 #include <algorithm>
+#include <cmath>
 #include <optional>
 
 namespace host {
@@ -14,7 +15,8 @@ namespace {
 using Type = Argument::Type;
 
 constexpr size_t mostCurves = 4;
-constexpr const char* keysExample = "as in 0:0;0.5:0.6;1:1";
+constexpr float farthest = 1e18f; ///< from 0 that a key may lie: curves compute with products of distances
+constexpr const char* keysExample = "as in 0:0;0.5:0.6;1:1 or, in quotes, \"0 0, 0.5 0.6, 1 1\"";
 
 std::string expected(const Argument& argument)
 {
@@ -30,7 +32,9 @@ std::string expected(const Argument& argument)
     case Type::Colour:
         return "red, green and blue as in 1:0.5:0";
     case Type::Matrix:
-        return "9 or 16 numbers, row by row, as in 1:0:0:0:1:0:0:0:1";
+        return "9 or 16 numbers in 3 or 4 rows, as in 1:0:0;0:1:0;0:0:1, or 12 in 4 rows";
+    case Type::File:
+        return "a path";
     default:
         return "a number";
     }
@@ -61,37 +65,57 @@ std::optional<Value> readComponents(const std::string& text, float alpha, size_t
     return Value(std::array{numbers[0], numbers[1], numbers[2], numbers[3]});
 }
 
-std::optional<Value> readMatrix(std::string text)
+std::optional<Value> readMatrix(const std::string& text)
 {
-    std::replace(text.begin(), text.end(), ';', ':'); // rows may be told apart
-    const std::vector<float> numbers = readNumbers(text);
-    if (numbers.size() != 9 && numbers.size() != 16)
+    const std::vector<std::string> rows = splitText(text, ';');
+    const std::vector<float> numbers = readNumbers(joined(rows, ":"));
+    if (numbers.size() != 9 && numbers.size() != 12 && numbers.size() != 16)
         return {};
+    const size_t width = numbers.size() == 16 ? 4 : 3;
+    for (const std::string& row : rows)
+        if (rows.size() > 1 && readNumbers(row).size() != width)
+            return {};
     Value::Matrix matrix{};
     matrix[15] = 1.0f;
-    const size_t side = numbers.size() == 9 ? 3 : 4;
     for (size_t i = 0; i < numbers.size(); ++i)
-        matrix[i / side * 4 + i % side] = numbers[i];
+        matrix[i / width * 4 + i % width] = numbers[i];
     return Value(matrix);
 }
 
 CurveKey readKey(const std::string& text)
 {
-    const std::vector<float> numbers = readNumbers(text);
-    if (numbers.size() != 2 && numbers.size() != 3)
-        refuse("'" + text + "' is no key of a curve; expected x and y, as in 0.5:0.6, and perhaps a weight");
-    return {numbers[0], numbers[1], numbers.size() == 3 ? numbers[2] : 0.0f};
+    const std::string words = joined(wordsOf(text), " ");
+    const auto expect = [&words](bool holds, const char* expectation) {
+        if (!holds)
+            refuse("'" + words + "' is no key of a curve; expected " + expectation);
+    };
+    std::vector<float> numbers;
+    bool valid = true;
+    for (const std::string& part : splitText(text, ':')) {
+        const std::vector<std::string> fields = wordsOf(part);
+        valid = valid && !fields.empty();
+        for (const std::string& field : fields)
+            valid = valid && readNumber(field, numbers.emplace_back());
+    }
+    expect(valid && (numbers.size() == 2 || numbers.size() == 3),
+           "x and y, as in 0.5:0.6, and perhaps a weight");
+    const CurveKey key{numbers[0], numbers[1], numbers.size() == 3 ? numbers[2] : 0.0f};
+    expect(std::abs(key.x) <= farthest && std::abs(key.y) <= farthest, "x and y from -1e18 to 1e18");
+    expect(key.weight >= 0.0f && key.weight <= 1.0f, "a weight from 0 to 1");
+    return key;
 }
 
-Value readCurves(const std::string& text, bool several)
+Value readCurves(std::string text, bool several)
 {
+    std::replace(text.begin(), text.end(), ',', ';');
     std::vector<CurveKeys> curves;
     for (const std::string& part : splitText(text, '|')) {
         CurveKeys& keys = curves.emplace_back();
         for (const std::string& key : splitText(part, ';'))
             keys.push_back(readKey(key));
         if (keys.size() < 2)
-            refuse("the curve '" + part + "' has one key; expected two or more, " + keysExample);
+            refuse("the curve '" + joined(wordsOf(part), " ") + "' has one key; expected two or more, " +
+                   keysExample);
     }
     if (!several && curves.size() > 1)
         refuse("'" + text + "' is " + std::to_string(curves.size()) + " curves; expected one, " +
@@ -127,7 +151,7 @@ std::optional<Value> tryRead(const Argument& argument, const std::string& text)
     case Type::Curves:
         return readCurves(text, argument.type == Type::Curves);
     case Type::File:
-        return Value(text);
+        return text.empty() ? std::nullopt : std::optional(Value(text));
     default:
         return readNumeric(text);
     }
@@ -174,13 +198,6 @@ Value readValue(const Argument& argument, const std::string& text)
     if (!value)
         refuse("'" + text + "' is no value for '" + argument.name + "'; expected " + expected(argument));
     return *value;
-}
-
-void KeyWords::add(const std::string& word, bool first)
-{
-    if (!text_.empty() && text_.back() != '|' && word.front() != '|')
-        text_ += first ? ';' : ':';
-    text_ += word;
 }
 
 Json valueJson(const Argument& argument, const Value& value)

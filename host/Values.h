@@ -12,23 +12,9 @@ namespace host {
 
 using Json = nlohmann::ordered_json;
 
-/// Reads the text of an argument: 0.5, 1:0.9:0.8, none, on, keys as in 0:0;0.5:0.6:1;1:1 with | between
-/// curves, a path. Throws a usage error that says what was expected.
+/// Reads the text of an argument: 0.5, 1:0.9:0.8, none, on, a path, keys as in 0:0;0.5:0.6:1;1:1 or "0 0, 0.5
+/// 0.6 1, 1 1" with | between curves. Throws a usage error that says what was expected.
 Value readValue(const Argument& argument, const std::string& text);
-
-/// Puts the words of keys together: 0 0, 0.5 0.6, 1 1 | 0 0, 1 1 is 0:0;0.5:0.6;1:1|0:0;1:1.
-class KeyWords
-{
-public:
-    /// `first`: of those behind a comma.
-    void add(const std::string& word, bool first);
-
-    bool isEmpty() const { return text_.empty(); }
-    const std::string& text() const { return text_; }
-
-private:
-    std::string text_;
-};
 
 /// The text that reads back as the same value; a path may hold anything and is not quoted.
 std::string valueText(const Argument& argument, const Value& value);

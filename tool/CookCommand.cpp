@@ -8,8 +8,6 @@
 #include <host/Frames.h>
 #include <host/Names.h>
 
-#include <PXL/PXL_Caps.h>
-
 #include <nlohmann/json.hpp>
 
 #include <cstdio>
@@ -115,7 +113,7 @@ nlohmann::ordered_json statsJson(const host::CookReport& report)
             {"read", report.readSeconds},
             {"work", report.workSeconds},
             {"write", report.writeSeconds},
-            {"instructions", PXLinstructionSetName(PXLinstructionSet())}};
+            {"instructions", host::instructionSet()}};
 }
 
 void printStats(const host::CookReport& report)
@@ -126,7 +124,7 @@ void printStats(const host::CookReport& report)
     std::printf(
         "  %.3f s, %.1f megapixels a second; read %.3f s, work %.3f s over all threads (%s), write %.3f s\n",
         report.seconds, megapixels / report.seconds, report.readSeconds, report.workSeconds,
-        PXLinstructionSetName(PXLinstructionSet()), report.writeSeconds);
+        host::instructionSet(), report.writeSeconds);
 }
 
 void tellDone(const host::CookReport& report, const CookOptions& o, Progress& progress)

@@ -45,12 +45,11 @@ void addFunctions(CLI::App& app)
     auto markdown = std::make_shared<bool>(false);
     command->add_flag("--markdown", *markdown, "as a table for documents");
     command->footer(
-        "Arguments in brackets may be left out. They are given by position or as name=value. Those of add,\n"
-        "mult, madd and gamma, and the later ones of levels, may be one value per component, as in "
-        "1:0.9:0.8\n"
-        "or 1:0.9:0.8:1. Colours are 1:0.5:0, a matrix is 9 or 16 numbers. Keys are 0 0, 0.5 0.6, 1 1 or, "
-        "also\n"
-        "in name=value, 0:0;0.5:0.6;1:1. A | begins the curve of the next component.");
+        "Arguments in brackets may be left out. They are given by position or as name=value.\n"
+        "Those of add, mult, madd and gamma, and the later ones of levels, may be one value per\n"
+        "component, as in 1:0.9:0.8 or 1:0.9:0.8:1. Colours are 1:0.5:0, a matrix is 1:0:0;0:1:0;0:0:1\n"
+        "or has 4 rows of 3 or 4. Keys are 0 0, 0.5 0.6, 1 1 or, in one word, 0:0;0.5:0.6;1:1; in\n"
+        "name=value the first form stands in quotes. A | begins the curve of the next component.");
     command->callback([markdown] { *markdown ? printMarkdown() : printList(); });
 }
 
