@@ -102,6 +102,9 @@ TEST(Chain, ReadsKeysAsWordsAndAsLists)
         {"curve 0 0 extend=on @g, 1 1", "curve 0:0;1:1 on @g"},
         {"curve extend=on keys=0:0;1:1", "curve 0:0;1:1 on"},
         {"huecurve sat=0:0.5;0.33:0.8", "huecurve none 0:0.5;0.33:0.8 none"},
+        {"huecurve sat='0 .5, 0.33 0.8', abs", "huecurve none 0:0.5;0.33:0.8 none, abs"},
+        {"curve ' 0 0,.5 0.6 : 1;1:1' on", "curve 0:0;0.5:0.6:1;1:1 on"},
+        {"vector 1:0:0;0:1:0;0:0:1;.5:0:1e-99", "vector 1:0:0:0:0:1:0:0:0:0:1:0:0.5:0:0:1"},
     };
     for (const auto& [text, expected] : texts)
         EXPECT_EQ(Chain::fromText(text).text(), expected);
@@ -143,15 +146,24 @@ TEST(Chain, ErrorsNameTheSlipAndTheNearestName)
         {"gamma 2,2", "gamma: '2' after a comma is no function, and 'gamma' has no list of numbers"},
         {"component x", "'x' is no value for 'component'; expected r, g, b, a"},
         {"vector 1:2:3:4", "expected 9 or 16 numbers"},
+        {"vector 1:0;0:0:1:0;0:0:1", "expected 9 or 16 numbers"},
+        {"vector 1:0:0:0;0:1:0:0;0:0:1:0", "or 12 in 4 rows"},
         {"abs \"", "a quote is not closed"},
         {"huecurve 0:0;1:1|0:0;1:1", "is 2 curves; expected one, as in"},
         {"replace 1:0 0:0:1", "expected red, green and blue as in 1:0.5:0"},
         {"curve", "curve: 'keys' is missing; usage: curve KEYS [EXTEND=off]"},
         {"curve 0 0, .5, 1 1", "curve: '.5' is no key of a curve; expected x and y"},
-        {"curve 0 0, 1 1 1 1", "'1:1:1:1' is no key"},
-        {"curve 0 0 | 0 0, 1 1", "the curve '0:0' has one key; expected two or more"},
+        {"curve 0 0, 1 1 1 1", "'1 1 1 1' is no key"},
+        {"curve 0 0 | 0 0, 1 1", "the curve '0 0' has one key; expected two or more"},
         {"curve 0 0, 1 1 | 0 0, 1 1", "is 2 curves; expected one, or one each for red, green, blue"},
         {"curve 0 0, 1 1 keys=0:0;1:1", "'keys' is given twice"},
+        {"curve 0 0, a b", "unknown function 'a'"},
+        {"curve 0 0, 1 nan", "'1 nan' is no key"},
+        {"curve 0 0, 1 -2e18", "expected x and y from -1e18 to 1e18"},
+        {"curve 0 0, 1 1 1.5", "expected a weight from 0 to 1"},
+        {"curve '0 0,, 1 1'", "'' is no key"},
+        {"huecurve sat=0:0.5, 1:0.5", "or, in quotes, \"0 0, 0.5 0.6, 1 1\""},
+        {"huecurve sat=0:0.5;1:1, 1:0.5", "keys with ';' between them, or in quotes"},
         {"curve 0 0, 1 1 maybe", "'maybe' is no value for 'extend'"},
     };
     for (const auto& [text, expected] : texts)
@@ -166,12 +178,35 @@ TEST(Chain, ErrorsNameTheSlipAndTheNearestName)
         {R"([{"function": "add", "add": {"r": 1}}])", "no value"},
         {R"([{"function": "add", "add": [2]}])", "no value"},
         {R"([{"function": "add", "add": 1, "add": 2}])", "'add' is given twice"},
+        {R"([{"function": "lut", "file": null}])", "lut: 'file': expected a path instead of null"},
+        {R"([{"function": "lut", "file": ["a.cube"]}])", "lut: 'file': expected a path"},
+        {R"([{"function": "abs", "scope": null}])", "abs: 'scope': expected letters"},
         {R"([{"function": "add", "ad": 1}])", "did you mean 'add'?"},
     };
     for (const auto& [json, expected] : jsons) {
         const std::string error = errorOf([j = json] { Chain::fromJson(j, "look.json"); });
         EXPECT_NE(error.find(expected), std::string::npos) << json << ": " << error;
         EXPECT_TRUE(error.starts_with("'look.json': ")) << error;
+    }
+}
+
+TEST(Chain, WhatMakesNoSenseIsSaidWhenItIsBuilt)
+{
+    const std::pair<const char*, const char*> texts[] = {
+        {"replace 1:0:0 0:1:0 0.3 0.2", "replace: inner is 0.3 and outer 0.2"},
+        {"replace 1:0:0 0:1:0 -1", "replace: inner is -1"},
+        {"levels gamma=0", "levels: a gamma of 0"},
+        {"levels gammas=1:0:1", "levels: a gamma of 0"},
+        {"abs @a, luminance @a", "luminance: it leaves alpha alone"},
+        {"curve 0 0, 1 1 | 0 0, 1 1 | 0 0, 1 1 @a", "curve: it leaves alpha alone"},
+        {"huecurve '0 0.5, 2 0.5'", "huecurve: a key at 2"},
+    };
+    for (const auto& [text, expected] : texts) {
+        const Chain chain = Chain::fromText(text);
+        EXPECT_TRUE(errorOf([&] { chain.build(); }).starts_with(expected)) << text;
+        const Chain read = Chain::fromJson(chain.json(), "look.json");
+        EXPECT_TRUE(errorOf([&] { read.build(); }).starts_with(std::string("'look.json': ") + expected))
+            << text;
     }
 }
 

@@ -36,10 +36,10 @@ TEST(LookUpFile, ReadsTablesAndKeys)
         float at, last; ///< of the last channel
     } cases[] = {
         {"a.cube", "TITLE \"a # b\"\n# note\nLUT_1D_SIZE 3\n" + cubeRows, 3, true, 0.25f, 0.35f},
-        {"a.CUBE", "LUT_1D_SIZE 3\nDOMAIN_MAX 2 2 2\n" + cubeRows, 3, true, 0.5f, 0.35f},
+        {"a.CUBE", "LUT_1D_SIZE 3 # rows\nDOMAIN_MAX 2 2 2\n" + cubeRows, 3, true, 0.5f, 0.35f},
         {"a.cube", "LUT_1D_INPUT_RANGE -1 1\nLUT_1D_SIZE 3\n" + cubeRows, 3, true, 0.0f, 0.7f},
         {"a.cube", "LUT_1D_SIZE 3\nDOMAIN_MIN 0 0 -2\nDOMAIN_MAX 1 1 2\n" + cubeRows, 3, false, -1.0f, 0.35f},
-        {"a.csv", "1\n2\n4\n", 1, true, 0.75f, 3.0f},
+        {"a.csv", "1 # one\n2\n4\n", 1, true, 0.75f, 3.0f},
         {"a.csv", "\xEF\xBB\xBFx; y\n-1; 3\n0; 5\n1; 4", 1, true, -0.5f, 4.0f},
         {"a.csv", "0,0.333\n0.3333,1\n0.6667,2\n1,3\n", 1, true, 0.5f, 1.5f},
         {"a.csv", "# x r g b\n0 1 2 3\n0.1\t1 2 4\n1 1 2 13\n", 3, false, 0.2f, 5.0f},
@@ -63,6 +63,10 @@ TEST(LookUpFile, ErrorsNameTheLine)
         {"a.cube", "LUT_3D_SIZE 17\n", "a.cube', line 1: a 3-D cube; expected a 1-D one"},
         {"a.cube", "LUT_1D_SIZE 3\n1 2 3\n\n1 2\n", "line 4: expected 3 numbers instead of 2"},
         {"a.cube", "LUT_1D_SIZE 2\n1 2 3\n1 inf 3\n", "line 3: 'inf' is no number"},
+        {"a.cube", "LUT_1D_SIZE 2\nnan 1 1\n", "line 2: 'nan' is no number"},
+        {"a.cube", "LUT_1D_SIZE 2 3\n", "line 1: expected 1 number instead of 2"},
+        {"a.cube", "LUT_1D_SIZE 2\nLUT_1D_SIZE 2\n", "line 2: 'LUT_1D_SIZE' is given twice"},
+        {"a.cube", "DOMAIN_MIN 0 0 0\nLUT_1D_INPUT_RANGE 0 1\n", "line 2: LUT_1D_INPUT_RANGE beside"},
         {"a.cube", "LUT_1D_SIZE 1e9\n", "line 1: '1e9' is no whole number from 2 to 65536"},
         {"a.cube", "LUT_1D_SIZE 4\n" + cubeRows, "promises 4 rows, there are 3"},
         {"a.cube", "LUT_1D_SIZE 2\n" + cubeRows, "one row more than LUT_1D_SIZE promises"},
