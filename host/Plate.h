@@ -22,7 +22,8 @@ struct PlateSettings
 /// with values up to 16; integers hold it with the sRGB curve, clamped.
 void drawPlate(const std::string& path, const PlateSettings& settings);
 
-/// The usual format of a file's extension: half for EXR, float for HDR, uint16 for TIFF and PNG, uint8 for others.
+/// The usual format of a file's extension: half for EXR, float for HDR, uint16 for TIFF and PNG, uint8 for
+/// others.
 unsigned char usualFormat(const std::string& path);
 
 } // namespace host

@@ -23,8 +23,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// The temporary file, as the libraries of the file formats write to it. What goes wrong is kept here and looks
-/// done to them: some end the program on a full disk, others leave half a file without a word.
+/// The temporary file, as the libraries of the file formats write to it. What goes wrong is kept here and
+/// looks done to them: some end the program on a full disk, others leave half a file without a word.
 class WatchedFile : public OIIO::Filesystem::IOProxy
 {
 public:
@@ -65,14 +65,13 @@ public:
     int firstError() const { return error_; }
 
     /// Stores what waits to be; the object takes no more.
-    int finish()
+    void finish()
     {
         if (file_ != nullptr) {
             const int result = std::fclose(file_);
             note(result != 0 && error_ == 0);
         }
         file_ = nullptr;
-        return error_;
     }
 
 private:
@@ -296,8 +295,8 @@ void Writer::open(const Image& image)
         fail(std::string(file_->output->format_name()) +
                  " stores all channels in one format and these differ; choose one with --depth",
              Error::Kind::Output);
-    const bool readsBack = file_->output->format_name() == std::string("tiff"); // links its directories so
-    if (file_->output->supports("ioproxy") && !readsBack) {
+    // TIFF reads its directories again to link them, which the file layer leaves out here.
+    if (file_->output->supports("ioproxy") && file_->output->format_name() != std::string("tiff")) {
         file_->watched = std::make_unique<WatchedFile>(temporary_);
         file_->output->set_ioproxy(file_->watched.get());
     }
