@@ -1,6 +1,6 @@
 #include <RU/pixelfunc/RU_ColorReplace.h>
 
-#include <RU/gpgpu/RU_ShaderSources.h>
+#include <RU/pixelfunc/ru_HSVShader.h>
 #include <RU/pixelfunc/ru_VectorForms.h>
 
 #include <algorithm>
@@ -37,8 +37,18 @@ RU_ColorReplace::RU_ColorReplace(const float* key, const float* replacement, flo
 
 void RU_ColorReplace::fill(ru_Replace& expression, ru_Present) const
 {
-    expression = {{},        key_[0],   key_[1],   key_[2],   inner_,    outer_,   1.0f / (outer_ - inner_),
-                  shift_[0], scale_[0], scale_[1], shift_[1], scale_[2], shift_[2]};
+    expression.keyHue = key_[0];
+    expression.keySat = key_[1];
+    expression.keyVal = key_[2];
+    expression.inner = inner_;
+    expression.outer = outer_;
+    expression.slope = 1.0f / (outer_ - inner_);
+    expression.toHue = shift_[0];
+    expression.hueScale = scale_[0];
+    expression.satScale = scale_[1];
+    expression.satShift = shift_[1];
+    expression.valScale = scale_[2];
+    expression.valShift = shift_[2];
 }
 
 void RU_ColorReplace::getPixelShader(UT_String& body)
@@ -49,25 +59,19 @@ void RU_ColorReplace::getPixelShader(UT_String& body)
     addConstant("outer", RE_GPU_FLOAT32, 1, &outer_, 1);
     addConstant("scale", RE_GPU_FLOAT32, 3, scale_, 1);
     addConstant("shift", RE_GPU_FLOAT32, 3, shift_, 1);
-    for (const char* name : {"minv", "maxv", "hue", "sat", "val", "rs", "gs", "bs", "s1", "f", "p", "q", "t"})
-        addLocal(name, RE_GPU_FLOAT32, 1);
-    addLocal("i", RE_GPU_INT32, 1);
+    ru_declareHSV([this](auto... local) { addLocal(local...); },
+                  [this](auto... shared) { addFunction(shared...); });
     addLocal("prev", RE_GPU_FLOAT32, 4);
-    UT_String shared;
-    RUgetToHSVConvertGPU(shared);
-    addFunction("toHSV", shared.buffer());
-    RUgetFromHSVConvertGPU(shared);
-    addFunction("fromHSV", shared.buffer());
     body = "if(num_comps < 3) return value;\n"
-           "prev = value;\n"
-           "value.rgb = toHSV(value.rgb, minv,maxv, s1,hue,sat,rs,gs,bs);\n"
-           "value.r -= keycolor.x;\n"
-           "value.r -= (abs(value.r) > 0.5) ? sign(value.r) : 0.0;\n"
-           "p = 2.0 * value.r * min(value.g, keycolor.y);\n"
-           "p = length(VEC3(p, value.gb - keycolor.yz));\n"
-           "s1 = (p <= inner) ? 1.0 : (p >= outer) ? 0.0 : smoothstep(0.0, 1.0, (outer - p) / (outer - "
-           "inner));\n"
-           "value.rgb = value.rgb * scale + shift;\n"
-           "value.rgb = fromHSV(value.rgb, i,hue,sat,val,f,p,q,t);\n"
-           "value.rgb = (s1 > 0.0) ? mix(prev.rgb, value.rgb, s1) : prev.rgb;\n";
+           "prev = value;\n";
+    body.append(ru_toHSVText);
+    body.append("value.r -= keycolor.x;\n"
+                "value.r -= (abs(value.r) > 0.5) ? sign(value.r) : 0.0;\n"
+                "p = 2.0 * value.r * min(value.g, keycolor.y);\n"
+                "p = length(VEC3(p, value.gb - keycolor.yz));\n"
+                "s1 = (p <= inner) ? 1.0 : (p >= outer) ? 0.0 : smoothstep(0.0, 1.0, (outer - p) / (outer - "
+                "inner));\n"
+                "value.rgb = value.rgb * scale + shift;\n");
+    body.append(ru_fromHSVText);
+    body.append("value.rgb = (s1 > 0.0) ? mix(prev.rgb, value.rgb, s1) : prev.rgb;\n");
 }

@@ -1,15 +1,12 @@
 #include <RU/pixelfunc/RU_HSVConvertFunc.h>
 
-#include <RU/gpgpu/RU_ShaderSources.h>
+#include <RU/pixelfunc/ru_HSVShader.h>
 #include <RU/pixelfunc/ru_VectorForms.h>
 
 namespace {
 
 /// One 360th.
 constexpr float turnOfDegree = 0.002777778f;
-
-constexpr const char* toHSV = "value.rgb = toHSV(value.rgb, minv,maxv, s1,hue,sat,rs,gs,bs);\n";
-constexpr const char* fromHSV = "value.rgb = fromHSV(value.rgb, i,hue,sat,val,f,p,q,t);\n";
 
 } // namespace
 
@@ -55,9 +52,7 @@ void RU_HSVConvertFunc::fill(ru_AdjustHSVKeepingLuminance& expression, ru_Presen
 {
     fill(static_cast<ru_AdjustHSV&>(expression), present);
     const bool grey = ru_AdjustHSV::redAlone(present);
-    expression.red = grey ? 1.0f : ru_luminanceWeights[0];
-    expression.green = grey ? 0.0f : ru_luminanceWeights[1];
-    expression.blue = grey ? 0.0f : ru_luminanceWeights[2];
+    expression.weights = grey ? ru_Weights{1.0f, 0.0f, 0.0f} : ru_linearLuminance;
 }
 
 void RU_HSVConvertFunc::getPixelShader(UT_String& body)
@@ -79,7 +74,8 @@ void RU_HSVConvertFunc::getPixelShader(UT_String& body)
         addFunction("fromHSV", shared.buffer());
     }
     if (op_ == RU_RGB_TO_HSV || op_ == RU_HSV_TO_RGB)
-        body = UT_String("if(num_comps < 3) return value;\n").append(op_ == RU_RGB_TO_HSV ? toHSV : fromHSV);
+        body = UT_String("if(num_comps < 3) return value;\n")
+                   .append(op_ == RU_RGB_TO_HSV ? ru_toHSVText : ru_fromHSVText);
     else
         adjustmentShader(body);
 }
@@ -93,14 +89,14 @@ void RU_HSVConvertFunc::adjustmentShader(UT_String& body)
     addConstant("valshift", RE_GPU_FLOAT32, 1, &valShift_, 1);
     body = "prev = value;\n"
            "if(num_comps == 1) value.rgb = VEC3(value.r);\n";
-    body.append(toHSV);
+    body.append(ru_toHSVText);
     body.append("if(num_comps > 1) {\n"
                 "  value.r = mod(value.r + hueshift* 0.002777778f, 1.0f);\n"
                 "  if(value.r < 0.0f) value.r += 1.0;\n"
                 "  value.g = clamp(value.g * satscale + satshift, 0.0f, 1.0f);\n"
                 "}\n"
                 "value.b = value.b * valscale + valshift;\n");
-    body.append(fromHSV);
+    body.append(ru_fromHSVText);
     if (preserveLuminance_)
         body.append("lum = (num_comps > 1) ? 0.3086*prev.r + 0.6094*prev.g + 0.082*prev.b : prev.r;\n"
                     "lum2 = 0.3086*value.r + 0.6094*value.g + 0.082*value.b;\n"

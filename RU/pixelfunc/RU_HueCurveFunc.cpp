@@ -1,7 +1,7 @@
 #include <RU/pixelfunc/RU_HueCurveFunc.h>
 
-#include <RU/gpgpu/RU_ShaderSources.h>
 #include <RU/pixelfunc/RU_ColorCurve.h>
+#include <RU/pixelfunc/ru_HSVShader.h>
 #include <RU/pixelfunc/ru_VectorForms.h>
 
 #include <string>
@@ -77,30 +77,23 @@ void RU_HueCurveFunc::fill(ru_HueCurve& expression, ru_Present) const
 void RU_HueCurveFunc::getPixelShader(UT_String& body)
 {
     usesGlobal("num_comps");
-    for (const char* name : {"minv", "maxv", "hue", "sat", "val", "rs", "gs", "bs", "s1", "f", "p", "q", "t"})
-        addLocal(name, RE_GPU_FLOAT32, 1);
-    addLocal("i", RE_GPU_INT32, 1);
+    ru_declareHSV([this](auto... local) { addLocal(local...); },
+                  [this](auto... shared) { addFunction(shared...); });
     addLocal("gain", RE_GPU_FLOAT32, 3);
-    UT_String shared;
-    RUgetToHSVConvertGPU(shared);
-    addFunction("toHSV", shared.buffer());
-    RUgetFromHSVConvertGPU(shared);
-    addFunction("fromHSV", shared.buffer());
     const std::string table = "huecurve" + std::to_string(getFunctionIndex());
     addArray(table.c_str(), RE_GPU_FLOAT32, 3, static_cast<int>(turns_.size()), 1, shaderTable_.data());
 
     // Back by the pure hue k: (1 - (1 - k) s) v, also for s > 1.
-    UT_String text("if(num_comps < 3 || max(value.r, max(value.g, value.b)) <= 0.0) return value;\n"
-                   "value.rgb = toHSV(value.rgb, minv,maxv, s1,hue,sat,rs,gs,bs);\n"
-                   "p = min(value.r, 1.0) * %n.0;\n"
+    body = "if(num_comps < 3 || max(value.r, max(value.g, value.b)) <= 0.0) return value;\n";
+    UT_String text("p = min(value.r, 1.0) * %n.0;\n"
                    "i = min(INT(p), %n - 1);\n"
                    "gain = mix(ABS_%t(i, 0), ABS_%t(i + 1, 0), p - FLOAT(i));\n"
                    "gain.z = value.b * (1.0 + (gain.z - 1.0) * min(value.g, 1.0));\n"
                    "gain.y *= value.g;\n"
                    "value.rgb = VEC3(value.r + gain.x, 1.0, 1.0);\n"
-                   "value.rgb = fromHSV(value.rgb, i,hue,sat,val,f,p,q,t);\n"
-                   "value.rgb = (VEC3(1.0) - (VEC3(1.0) - value.rgb) * VEC3(gain.y)) * VEC3(gain.z);\n");
+                   "%fvalue.rgb = (VEC3(1.0) - (VEC3(1.0) - value.rgb) * VEC3(gain.y)) * VEC3(gain.z);\n");
     text.substitute("%t", table);
     text.substitute("%n", std::to_string(ru_HueCurve::steps));
-    body = text;
+    text.substitute("%f", ru_fromHSVText);
+    body.append(ru_toHSVText).append(text.view());
 }

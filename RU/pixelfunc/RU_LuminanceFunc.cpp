@@ -6,9 +6,7 @@ RU_VECTOR_FORMS(RU_LuminanceFunc, ru_WeightedSum)
 
 void RU_LuminanceFunc::fill(ru_WeightedSum& expression, ru_Present) const
 {
-    expression.red = ru_luminanceWeights[0];
-    expression.green = ru_luminanceWeights[1];
-    expression.blue = ru_luminanceWeights[2];
+    expression.weights = ru_linearLuminance;
 }
 
 void RU_LuminanceFunc::getPixelShader(UT_String& body)

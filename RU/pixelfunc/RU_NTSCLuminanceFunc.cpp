@@ -6,9 +6,7 @@ RU_VECTOR_FORMS(RU_NTSCLuminanceFunc, ru_WeightedSum)
 
 void RU_NTSCLuminanceFunc::fill(ru_WeightedSum& expression, ru_Present) const
 {
-    expression.red = 0.299f;
-    expression.green = 0.587f;
-    expression.blue = 0.114f;
+    expression.weights = {0.299f, 0.587f, 0.114f};
 }
 
 void RU_NTSCLuminanceFunc::getPixelShader(UT_String& body)

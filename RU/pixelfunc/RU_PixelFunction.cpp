@@ -1,6 +1,6 @@
 #include <RU/pixelfunc/RU_PixelFunction.h>
 
-#include <RU/pixelfunc/ru_VectorForms.h>
+#include <RU/pixelfunc/ru_ChainRows.h>
 
 #include <mutex>
 #include <string>

@@ -60,12 +60,12 @@ RU_INLINE void fromColour(float& r, float& g, float& b)
 }
 
 /// The remainder of x / 6 with the sign of x, exact for every float: in steps whose quotients a double holds.
-RU_INLINE double remainderOfSix(float x)
+RU_INLINE float remainderOfSix(float x)
 {
     double rest = x;
     rest -= __builtin_trunc(rest / (6.0 * 0x1p76)) * (6.0 * 0x1p76);
     rest -= __builtin_trunc(rest / (6.0 * 0x1p26)) * (6.0 * 0x1p26);
-    return rest - __builtin_trunc(rest / 6.0) * 6.0;
+    return static_cast<float>(rest - __builtin_trunc(rest / 6.0) * 6.0);
 }
 
 /// (1 - s * d) * v, and v at a distance of 0 whatever the saturation is.

@@ -41,14 +41,23 @@ struct ru_OfPresentAlone : ru_OfPresent
     }
 };
 
-/// The weights of red, green and blue in the luminance of linear light.
-inline constexpr float ru_luminanceWeights[3] = {0.3086f, 0.6094f, 0.082f};
-
-/// Luminance by weights.
-struct ru_WeightedSum : ru_OfColour
+/// What red, green and blue count for in a luminance.
+struct ru_Weights
 {
     float red, green, blue;
-    RU_PIXEL_EXPRESSION(float& r, float& g, float& b) const { r = g = b = red * r + green * g + blue * b; }
+    [[gnu::always_inline]] inline float sum(float r, float g, float b) const
+    {
+        return red * r + green * g + blue * b;
+    }
+};
+
+/// Of linear light.
+inline constexpr ru_Weights ru_linearLuminance = {0.3086f, 0.6094f, 0.082f};
+
+struct ru_WeightedSum : ru_OfColour
+{
+    ru_Weights weights;
+    RU_PIXEL_EXPRESSION(float& r, float& g, float& b) const { r = g = b = weights.sum(r, g, b); }
 };
 
 /// One component for all, 0 where it is absent: what is read is what is written.
@@ -149,7 +158,7 @@ struct ru_FromHSV : ru_OfColour
 {
     RU_PIXEL_EXPRESSION(float& r, float& g, float& b) const
     {
-        const float rest = static_cast<float>(ru_hsv::remainderOfSix(r * 6.0f));
+        const float rest = ru_hsv::remainderOfSix(r * 6.0f);
         ru_hsv::toColour(rest < 0.0f ? rest + 6.0f : rest, g, b, r, g, b);
     }
 };
@@ -178,13 +187,12 @@ struct ru_AdjustHSV : ru_OfPresent
 /// The same, and the luminance is then brought to what value alone would have made of it.
 struct ru_AdjustHSVKeepingLuminance : ru_AdjustHSV
 {
-    float red, green, blue; ///< weights of the input's luminance
+    ru_Weights weights; ///< of the input
     RU_PIXEL_EXPRESSION(float& r, float& g, float& b) const
     {
-        const float before = red * r + green * g + blue * b;
+        const float before = weights.sum(r, g, b);
         ru_AdjustHSV::operator()(r, g, b);
-        const float after =
-            ru_luminanceWeights[0] * r + ru_luminanceWeights[1] * g + ru_luminanceWeights[2] * b;
+        const float after = ru_linearLuminance.sum(r, g, b);
         const float ratio = (before * valScale + valShift) / after;
         const float scale = after != 0.0f ? ratio : 1.0f;
         r *= scale;

@@ -1,17 +1,10 @@
 #pragma once
 
-#include <RU/pixelfunc/RU_PixelFunction.h>
+#include <RU/pixelfunc/ru_ChainRows.h>
 #include <RU/pixelfunc/ru_VectorExpressions.h>
 
 #include <algorithm>
 #include <type_traits>
-
-/// Null for an absent component.
-inline void ru_copyRow(const float* in, float* out, int64_t count)
-{
-    if (in != out)
-        std::copy_n(in, count, out);
-}
 
 struct ru_VectorFormPair
 {
@@ -58,9 +51,9 @@ private:
                     const float* const* in, float* const* out, int64_t count)
     {
         const ru_PixelKernel<Expression>& kernel = ru_vectorRows();
-        static constexpr float zeros[chunk] = {};
-        float spare[chunk]; // takes what is not to be written
-        for (int64_t start = 0; start < count; start += chunk) {
+        static constexpr float zeros[ru_chunk] = {};
+        float spare[ru_chunk]; // takes what is not to be written
+        for (int64_t start = 0; start < count; start += ru_chunk) {
             const float* from[4];
             float* to[4];
             for (int c = 0; c < 4; ++c) {
@@ -68,11 +61,9 @@ private:
                 from[c] = source < 4 ? in[source] + start : zeros;
                 to[c] = (written >> c & 1) != 0 ? out[c] + start : spare;
             }
-            kernel.run(expression, from, to, std::min(chunk, count - start));
+            kernel.run(expression, from, to, std::min(ru_chunk, count - start));
         }
     }
-
-    static constexpr int64_t chunk = 512;
 };
 
 /// Defines the two getters of a function class that has one expression.
