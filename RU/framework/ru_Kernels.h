@@ -8,6 +8,13 @@
 /// such a function for everybody, perhaps the AVX one); their own helpers are RU_INLINE and inside RU_ISA.
 #define RU_INLINE [[gnu::always_inline]] static inline
 
+/// Before a loop: rows that it reads and writes overlap only where they are the same.
+#if defined(__clang__)
+#define RU_EACH_ALONE _Pragma("clang loop vectorize(assume_safety)")
+#else
+#define RU_EACH_ALONE _Pragma("GCC ivdep")
+#endif
+
 /// What every table of kernels starts from.
 struct ru_KernelTable
 {

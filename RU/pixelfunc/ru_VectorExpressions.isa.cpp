@@ -1,12 +1,5 @@
 #include <RU/pixelfunc/ru_VectorExpressions.h>
 
-/// Before a loop: rows that it reads and writes overlap only where they are the same.
-#if defined(__clang__)
-#define RU_EACH_ALONE _Pragma("clang loop vectorize(assume_safety)")
-#else
-#define RU_EACH_ALONE _Pragma("GCC ivdep")
-#endif
-
 namespace RU_ISA {
 
 template <class Expression>
