@@ -7,23 +7,25 @@
 // which full is 1. The columns: enumerator, name, formula, the alphas that it reads, and what is done without
 // the source's alpha, without the destination's, and without both: an operation, or exactly COPY (d = s),
 // KEEP (d = d) or ZERO (d = 0). ERASE is d * (1 - sA).
+// clang-format off
 #define RU_FOR_EACH_COMPOSITE_TYPE(X)                                                                        \
     X(OVER, "over", s + (1 - sA) * d, SOURCE, COPY, OVER, COPY)                                              \
     X(UNDER, "under", d + (1 - dA) * s, DESTINATION, UNDER, KEEP, KEEP)                                      \
-    X(ATOP, "atop", s* dA + (1 - sA) * d, BOTH, INSIDE, OVER, COPY)                                          \
-    X(INSIDE, "inside", s* dA, DESTINATION, INSIDE, COPY, COPY)                                              \
-    X(OUTSIDE, "outside", s*(1 - dA), DESTINATION, OUTSIDE, ZERO, ZERO)                                      \
+    X(ATOP, "atop", s * dA + (1 - sA) * d, BOTH, INSIDE, OVER, COPY)                                         \
+    X(INSIDE, "inside", s * dA, DESTINATION, INSIDE, COPY, COPY)                                             \
+    X(OUTSIDE, "outside", s * (1 - dA), DESTINATION, OUTSIDE, ZERO, ZERO)                                    \
     X(SCREEN, "screen", s + d - s * d, NEITHER, SCREEN, SCREEN, SCREEN)                                      \
     X(ADD, "add", s + d, NEITHER, ADD, ADD, ADD)                                                             \
     X(SUBTRACT, "subtract", d - s, NEITHER, SUBTRACT, SUBTRACT, SUBTRACT)                                    \
     X(DIFFERENCE, "difference", abs(s - d), NEITHER, DIFFERENCE, DIFFERENCE, DIFFERENCE)                     \
-    X(MULTIPLY, "multiply", s* d, NEITHER, MULTIPLY, MULTIPLY, MULTIPLY)                                     \
+    X(MULTIPLY, "multiply", s * d, NEITHER, MULTIPLY, MULTIPLY, MULTIPLY)                                    \
     X(MINIMUM, "minimum", min(d, s), NEITHER, MINIMUM, MINIMUM, MINIMUM)                                     \
     X(MAXIMUM, "maximum", max(d, s), NEITHER, MAXIMUM, MAXIMUM, MAXIMUM)                                     \
     X(AVERAGE, "average", (s + d) / 2, NEITHER, AVERAGE, AVERAGE, AVERAGE)                                   \
-    X(XOR, "xor", s*(1 - dA) + d * (1 - sA), BOTH, OUTSIDE, ERASE, ZERO)                                     \
+    X(XOR, "xor", s * (1 - dA) + d * (1 - sA), BOTH, OUTSIDE, ERASE, ZERO)                                   \
     X(SUBTRACT_REVERSED, "subtract_reversed", s - d, NEITHER, SUBTRACT_REVERSED, SUBTRACT_REVERSED,          \
       SUBTRACT_REVERSED)
+// clang-format on
 
 enum RU_CompositeType {
 #define RU_COMPOSITE_ENUMERATOR(TYPE, ...) RU_COMP_##TYPE,

@@ -1,0 +1,261 @@
+#pragma once
+
+#include <RU/framework/ru_Codes.h>
+
+#include <cstdint>
+#include <type_traits>
+
+// The two arithmetics that the formulas of compositing are computed in; for *.isa.cpp only. Each has lanes for
+// colours and alphas and the operators on them. Codes come first, exact; a formula that asks for an operator
+// which they lack is computed in float.
+
+namespace RU_ISA {
+
+#define RU_LANE [[gnu::always_inline]] inline
+
+/// In place of an alpha that is not read; has no operators.
+struct NoAlpha
+{
+};
+
+// Codes, in lanes of their own width. What would overflow is kept in parts until it is known what it is for;
+// where it is stored it saturates.
+
+template <class T>
+struct Code
+{
+    T code;
+};
+
+template <class T>
+struct CodeSum
+{
+    T a, b;
+};
+
+template <class T>
+struct CodeDifference
+{
+    T a, b;
+};
+
+template <class T>
+RU_INLINE CodeSum<T> operator+(Code<T> a, Code<T> b)
+{
+    return {a.code, b.code};
+}
+
+template <class T>
+RU_INLINE CodeDifference<T> operator-(Code<T> a, Code<T> b)
+{
+    return {a.code, b.code};
+}
+
+/// The half, rounded up; no formula divides by anything but 2.
+template <class T>
+RU_INLINE Code<T> operator/(CodeSum<T> sum, int)
+{
+    return {static_cast<T>((sum.a + sum.b + 1) >> 1)};
+}
+
+/// Of equal values the first one.
+template <class T>
+RU_INLINE Code<T> min(Code<T> a, Code<T> b)
+{
+    return {a.code <= b.code ? a.code : b.code};
+}
+
+template <class T>
+RU_INLINE Code<T> max(Code<T> a, Code<T> b)
+{
+    return {b.code <= a.code ? a.code : b.code};
+}
+
+template <class T>
+RU_INLINE Code<T> abs(CodeDifference<T> d)
+{
+    return {static_cast<T>((d.a > d.b ? d.a : d.b) - (d.a > d.b ? d.b : d.a))};
+}
+
+// 8-bit codes are multiplied too, in 16-bit lanes. A product counts 255ths of a code. None lies half-way between
+// two codes, so that one that is added to a code, or taken away, may be rounded before.
+
+using Byte = unsigned char;
+
+struct ByteAlpha : Code<Byte>
+{
+    Byte white;
+};
+
+struct ByteProduct
+{
+    uint16_t value;
+};
+
+RU_INLINE Byte rounded(ByteProduct product)
+{
+    const auto t = static_cast<uint16_t>(product.value + 128);
+    return static_cast<Byte>(static_cast<uint16_t>(t + (t >> 8)) >> 8);
+}
+
+RU_INLINE Code<Byte> operator-(int, ByteAlpha alpha) // 1 - alpha
+{
+    return {static_cast<Byte>(alpha.white - alpha.code)};
+}
+
+RU_INLINE ByteProduct operator*(Code<Byte> a, Code<Byte> b)
+{
+    return {static_cast<uint16_t>(a.code * b.code)};
+}
+
+/// Saturates at white times white.
+RU_INLINE ByteProduct operator+(ByteProduct a, ByteProduct b)
+{
+    const auto room = static_cast<uint16_t>(255 * 255 - a.value);
+    return {static_cast<uint16_t>(a.value + (b.value < room ? b.value : room))};
+}
+
+RU_INLINE CodeSum<Byte> operator+(Code<Byte> a, ByteProduct b)
+{
+    return {a.code, rounded(b)};
+}
+
+/// A sum without the product of its parts, which is at most the lesser of them.
+RU_INLINE Code<Byte> operator-(CodeSum<Byte> sum, ByteProduct product)
+{
+    return {static_cast<Byte>(sum.a + (sum.b - rounded(product)))};
+}
+
+template <class T, class U>
+class CodeLanes
+{
+public:
+    using Colour = Code<T>;
+    using Alpha = std::conditional_t<sizeof(T) == 1 && sizeof(U) == 1, ByteAlpha, NoAlpha>;
+
+    RU_LANE CodeLanes(float)
+    {
+        asm("" : "+r"(white_)); // g++ 12 would make 255 - x a NOT, which waits for its register's last value
+    }
+    RU_LANE Colour colour(T code) const { return {code}; }
+    RU_LANE Alpha alpha(U code) const { return {{code}, white_}; }
+
+    RU_LANE T store(Code<T> value) const { return value.code; }
+    RU_LANE T store(CodeSum<T> sum) const
+    {
+        const T room = static_cast<T>(white_ - sum.a);
+        return static_cast<T>(sum.a + (sum.b < room ? sum.b : room));
+    }
+    RU_LANE T store(CodeDifference<T> difference) const
+    {
+        return static_cast<T>((difference.a > difference.b ? difference.a : difference.b) - difference.b);
+    }
+    RU_LANE T store(ByteProduct product) const { return rounded(product); }
+
+private:
+    T white_ = PXL_FormatOf<T>::white;
+};
+
+// Everything else in float: colours in units of their codes, alphas of which full is 1.
+
+template <class T>
+struct FloatColour
+{
+    float value;
+};
+
+struct FloatAlpha
+{
+    float value;
+};
+
+RU_INLINE FloatAlpha operator-(int one, FloatAlpha alpha)
+{
+    return {static_cast<float>(one) - alpha.value};
+}
+
+template <class T>
+RU_INLINE FloatColour<T> operator*(FloatColour<T> colour, FloatAlpha alpha)
+{
+    return {colour.value * alpha.value};
+}
+
+template <class T>
+RU_INLINE FloatColour<T> operator*(FloatAlpha alpha, FloatColour<T> colour)
+{
+    return {alpha.value * colour.value};
+}
+
+/// One of two colours is normalised.
+template <class T>
+RU_INLINE FloatColour<T> operator*(FloatColour<T> a, FloatColour<T> b)
+{
+    constexpr float unit = 1.0f / PXL_FormatOf<T>::white;
+    return {a.value * (b.value * unit)};
+}
+
+template <class T>
+RU_INLINE FloatColour<T> operator+(FloatColour<T> a, FloatColour<T> b)
+{
+    return {a.value + b.value};
+}
+
+template <class T>
+RU_INLINE FloatColour<T> operator-(FloatColour<T> a, FloatColour<T> b)
+{
+    return {a.value - b.value};
+}
+
+template <class T>
+RU_INLINE FloatColour<T> operator/(FloatColour<T> a, int divisor)
+{
+    return {a.value / static_cast<float>(divisor)};
+}
+
+template <class T>
+RU_INLINE FloatColour<T> abs(FloatColour<T> a)
+{
+    return {__builtin_fabsf(a.value)};
+}
+
+/// Of equal values the first one.
+template <class T>
+RU_INLINE FloatColour<T> min(FloatColour<T> a, FloatColour<T> b)
+{
+    return {a.value <= b.value ? a.value : b.value};
+}
+
+template <class T>
+RU_INLINE FloatColour<T> max(FloatColour<T> a, FloatColour<T> b)
+{
+    return {b.value <= a.value ? a.value : b.value};
+}
+
+template <class T, class U>
+class FloatLanes
+{
+public:
+    using Colour = FloatColour<T>;
+    using Alpha = FloatAlpha;
+
+    RU_LANE FloatLanes(float alphaUnit) : alphaUnit_(alphaUnit) {}
+    RU_LANE Colour colour(T code) const { return {valueOf(code)}; }
+    RU_LANE Alpha alpha(U code) const { return {valueOf(code) * alphaUnit_}; }
+
+    RU_LANE T store(Colour result) const
+    {
+        if constexpr (std::is_integral_v<T>)
+            return codeOf<T>(result.value + 0.5f);
+        else if constexpr (std::is_integral_v<U>)
+            return result.value > most ? most : result.value < -most ? -most : result.value;
+        else
+            return result.value;
+    }
+
+private:
+    static constexpr float most = 1e32f; ///< floats beside integer alphas are clamped
+
+    float alphaUnit_;
+};
+
+} // namespace RU_ISA

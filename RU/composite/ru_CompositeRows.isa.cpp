@@ -1,0 +1,155 @@
+#include <RU/composite/ru_CompositeArithmetic.h>
+#include <RU/composite/ru_CompositeRows.h>
+
+#include <type_traits>
+
+namespace RU_ISA {
+
+// The formulas of the list, for whatever lanes have the operators.
+#define RU_FORMULA(TYPE, NAME, FORMULA, READS, ...)                                                          \
+    struct TYPE                                                                                              \
+    {                                                                                                        \
+        static constexpr ru_CompositeAlphas reads = ru_CompositeAlphas::READS;                               \
+        template <class C, class DA, class SA>                                                               \
+        RU_INLINE auto of([[maybe_unused]] C d, [[maybe_unused]] DA dA, [[maybe_unused]] C s,                \
+                          [[maybe_unused]] SA sA) -> decltype(FORMULA)                                       \
+        {                                                                                                    \
+            return FORMULA;                                                                                  \
+        }                                                                                                    \
+    };
+RU_FOR_EACH_COMPOSITE_TYPE(RU_FORMULA)
+RU_FORMULA(ERASE, "erase", (1 - sA) * d, SOURCE)
+#undef RU_FORMULA
+
+template <class Formula>
+constexpr bool readsSource =
+    Formula::reads == ru_CompositeAlphas::SOURCE || Formula::reads == ru_CompositeAlphas::BOTH;
+template <class Formula>
+constexpr bool readsDestination =
+    Formula::reads == ru_CompositeAlphas::DESTINATION || Formula::reads == ru_CompositeAlphas::BOTH;
+
+/// What one code of an alpha is worth.
+template <class U>
+constexpr float alphaUnit = 1.0f / PXL_FormatOf<U>::white;
+
+/// 16-bit alphas count from 65355 where they put 16-bit colours over, under or atop each other: full is a
+/// little more than 1 there.
+constexpr float oddAlphaUnit16 = 1.0f / 65355.0f;
+template <class Formula, class T, class U>
+constexpr bool isOdd = std::is_same_v<T, unsigned short>&& std::is_same_v<U, unsigned short> &&
+                       (std::is_same_v<Formula, OVER> || std::is_same_v<Formula, UNDER> ||
+                        std::is_same_v<Formula, ATOP>);
+
+template <class Formula, class Lanes>
+concept Computes =
+    requires(Lanes lanes, typename Lanes::Colour colour,
+             std::conditional_t<readsDestination<Formula>, typename Lanes::Alpha, NoAlpha> dstAlpha,
+             std::conditional_t<readsSource<Formula>, typename Lanes::Alpha, NoAlpha> srcAlpha)
+{
+    lanes.store(Formula::of(colour, dstAlpha, colour, srcAlpha));
+};
+
+template <class Formula, class T, class U>
+constexpr bool isExact = false;
+template <class Formula, class T, class U>
+requires std::is_integral_v<T>
+constexpr bool isExact<Formula, T, U> = Computes<Formula, CodeLanes<T, U>>;
+
+template <bool reads, class U>
+RU_INLINE auto alphaAt(const auto& lanes, const U* alphas, int64_t i)
+{
+    if constexpr (reads)
+        return lanes.alpha(alphas[i]);
+    else
+        return NoAlpha();
+}
+
+template <class Formula, class T, class U>
+RU_INLINE void combine(T* dst, const U* dstAlpha, const T* src, const U* srcAlpha, int64_t count, float unit)
+{
+    const std::conditional_t<isExact<Formula, T, U>, CodeLanes<T, U>, FloatLanes<T, U>> lanes(unit);
+    RU_EACH_ALONE
+    for (int64_t i = 0; i < count; ++i) {
+        const auto dA = alphaAt<readsDestination<Formula>>(lanes, dstAlpha, i);
+        const auto sA = alphaAt<readsSource<Formula>>(lanes, srcAlpha, i);
+        dst[i] = lanes.store(Formula::of(lanes.colour(dst[i]), dA, lanes.colour(src[i]), sA));
+    }
+}
+
+template <class Formula, class T, class U>
+[[gnu::noinline]] // where it calls itself for another U
+void compositeRow(T* dst, const U* dstAlpha, const T* src, const U* srcAlpha, int64_t count)
+{
+    // Without alphas U only says whether floats are clamped.
+    using Same = std::conditional_t<std::is_integral_v<T> || std::is_same_v<U, float>, T, unsigned char>;
+    if constexpr (Formula::reads == ru_CompositeAlphas::NEITHER && !std::is_same_v<U, Same>)
+        compositeRow<Formula, T, Same>(dst, nullptr, src, nullptr, count);
+    else
+        combine<Formula>(dst, dstAlpha, src, srcAlpha, count,
+                         isOdd<Formula, T, U> ? oddAlphaUnit16 : alphaUnit<U>);
+}
+
+template <class Formula, class T>
+void compositeAlphaRow(T* dstAlpha, const T* srcAlpha, int64_t count)
+{
+    if constexpr (Formula::reads == ru_CompositeAlphas::NEITHER)
+        compositeRow<Formula, T, T>(dstAlpha, nullptr, srcAlpha, nullptr, count);
+    else
+        combine<Formula>(dstAlpha, dstAlpha, srcAlpha, srcAlpha, count, alphaUnit<T>);
+}
+
+void markNonZero(int32_t* mask, const float* plane, int64_t count)
+{
+    RU_EACH_ALONE
+    for (int64_t i = 0; i < count; ++i)
+        mask[i] |= plane[i] != 0.0f ? 1 : 0;
+}
+
+void andPositive(int32_t* mask, const float* alpha, int64_t count)
+{
+    RU_EACH_ALONE
+    for (int64_t i = 0; i < count; ++i)
+        mask[i] &= alpha[i] > 0.0f ? 1 : 0;
+}
+
+void andBelowOne(int32_t* mask, const float* alpha, int64_t count)
+{
+    RU_EACH_ALONE
+    for (int64_t i = 0; i < count; ++i)
+        mask[i] &= alpha[i] < 1.0f ? 1 : 0;
+}
+
+void select(float* dst, const int32_t* mask, const float* chosen, const float* other, int64_t count)
+{
+    RU_EACH_ALONE
+    for (int64_t i = 0; i < count; ++i)
+        dst[i] = mask[i] != 0 ? chosen[i] : other[i];
+}
+
+template <class T, class U>
+constexpr ru_CompositeLoops<T, U> loops = {{
+#define RU_LOOP(TYPE, ...) compositeRow<TYPE, T, U>,
+    RU_FOR_EACH_COMPOSITE_TYPE(RU_LOOP)
+#undef RU_LOOP
+        compositeRow<ERASE, T, U>,
+}};
+
+template <class T>
+constexpr ru_CompositeAlphaLoops<T> alphaLoops = {{
+#define RU_LOOP(TYPE, ...) compositeAlphaRow<TYPE, T>,
+    RU_FOR_EACH_COMPOSITE_TYPE(RU_LOOP)
+#undef RU_LOOP
+        compositeAlphaRow<ERASE, T>,
+}};
+
+extern constinit const ru_CompositeKernels ru_compositeRows = {
+#define RU_LOOPS(T, U) loops<T, U>,
+    RU_FOR_EACH_COMPOSITE_PAIR(RU_LOOPS)
+#undef RU_LOOPS
+#define RU_LOOPS(T) alphaLoops<T>,
+        RU_FOR_EACH_COMPOSITE_FORMAT(RU_LOOPS)
+#undef RU_LOOPS
+            {markNonZero, andPositive, andBelowOne, select},
+    {RU_COMPILED_FOR}};
+
+} // namespace RU_ISA
