@@ -238,14 +238,14 @@ public:
     using Colour = FloatColour<T>;
     using Alpha = FloatAlpha;
 
-    RU_LANE FloatLanes(float alphaUnit) : alphaUnit_(alphaUnit) {}
+    RU_LANE FloatLanes(float alphaUnit) : white_(PXL_FormatOf<T>::white), alphaUnit_(alphaUnit) {}
     RU_LANE Colour colour(T code) const { return {valueOf(code)}; }
     RU_LANE Alpha alpha(U code) const { return {valueOf(code) * alphaUnit_}; }
 
     RU_LANE T store(Colour result) const
     {
         if constexpr (std::is_integral_v<T>)
-            return codeOf<T>(result.value + 0.5f);
+            return codeOf<T>(result.value + 0.5f, white_);
         else if constexpr (std::is_integral_v<U>)
             return result.value > most ? most : result.value < -most ? -most : result.value;
         else
@@ -255,6 +255,7 @@ public:
 private:
     static constexpr float most = 1e32f; ///< floats beside integer alphas are clamped
 
+    ru_Clamp<float> white_;
     float alphaUnit_;
 };
 

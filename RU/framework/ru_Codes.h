@@ -2,6 +2,8 @@
 
 #include <RU/framework/ru_ConvertRows.h>
 
+#include <type_traits>
+
 /// One integer code to its value and back, for sources named *.isa.cpp whose loops convert as they compute.
 namespace RU_ISA {
 
@@ -29,27 +31,75 @@ RU_INLINE float valueOf(T code)
     return static_cast<float>(code);
 }
 
-// The clamp comes before the cast and asks for "above 0" first, so that NaN becomes 0; what is left is not
-// negative, so that the cast is the floor.
-
-template <class T>
-RU_INLINE T codeOf(float rounded)
+/// The ends of a clamp, made before the loop that clamps: comparisons with values that it does not know are
+/// one instruction to g++ 12, those with constants are two.
+template <class Work>
+struct ru_Clamp
 {
-    constexpr float white = PXL_FormatOf<T>::white;
-    const float positive = rounded > 0.0f ? rounded : 0.0f;
-    return static_cast<T>(static_cast<int>(positive < white ? positive : white));
+    [[gnu::always_inline]] explicit ru_Clamp(Work top) : low(unknown(0)), high(unknown(top)) {}
+
+    Work low, high;
+
+private:
+    [[gnu::always_inline]] static Work unknown(Work known)
+    {
+        asm("" : "+m"(known));
+        return known;
+    }
+};
+
+/// The floor of a value from 0 up to the next code after white: for what is not negative, the cast.
+template <class T>
+RU_INLINE T flooredCode(float inRange)
+{
+    return static_cast<T>(static_cast<int>(inRange));
 }
 
 template <class T>
-RU_INLINE T codeOf(double rounded)
+RU_INLINE T flooredCode(double inRange)
 {
-    constexpr double white = PXL_FormatOf<T>::white;
-    const double positive = rounded > 0.0 ? rounded : 0.0;
-    const double clamped = positive < white ? positive : white;
     constexpr double whole = 4503599627370496.0; // 2^52: adding it rounds to whole numbers
-    const double nearest = (clamped + whole) - whole;
-    const double floored = nearest > clamped ? nearest - 1.0 : nearest;
+    const double nearest = (inRange + whole) - whole;
+    const double floored = nearest > inRange ? nearest - 1.0 : nearest;
     return static_cast<unsigned int>(static_cast<int>(floored - 2147483648.0)) ^ 0x80000000u;
+}
+
+/// Asks for "above 0", so that NaN becomes 0.
+template <class Work>
+RU_INLINE Work positiveOf(Work v, const ru_Clamp<Work>& to)
+{
+    return v > to.low ? v : to.low;
+}
+
+/// The floor of any value; the clamp comes before the cast.
+template <class T, class Work>
+RU_INLINE T codeOf(Work rounded, const ru_Clamp<Work>& to)
+{
+    const Work positive = positiveOf(rounded, to);
+    const Work clamped =
+        positive < to.high ? positive : to.high; // of its own, or g++ casts before it selects
+    return flooredCode<T>(clamped);
+}
+
+// For loops over any format: codes counted from the black point, which need no scale where the result is
+// linear. Floats are their own.
+
+template <class T, bool FullRange>
+RU_INLINE ru_Work<T> aboveBlack(T code, const ru_Range<T>& range)
+{
+    if constexpr (std::is_floating_point_v<T>)
+        return code;
+    else
+        return FullRange ? valueOf(code) : difference(code, range);
+}
+
+template <class T, bool FullRange>
+RU_INLINE T codeAboveBlack(ru_Work<T> above, const ru_Range<T>& range, const ru_Clamp<ru_Work<T>>& white)
+{
+    if constexpr (std::is_floating_point_v<T>)
+        return above;
+    else
+        return codeOf<T>((FullRange ? above : above + range.black) + ru_Work<T>(0.5f), white);
 }
 
 } // namespace RU_ISA

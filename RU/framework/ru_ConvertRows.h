@@ -29,6 +29,9 @@ struct ru_Range
     int blackCode;    ///< the same for exact integer differences (8 and 16 bits)
 };
 
+/// What does not fit one loop passes rows in pieces of this many values, which stay in the nearest cache.
+inline constexpr int64_t ru_chunk = 512;
+
 /// Rows of codes to rows of values and back. Source and target do not overlap.
 template <class T, bool FullRange, class Value>
 struct ru_RowConversion

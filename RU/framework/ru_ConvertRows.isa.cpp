@@ -16,18 +16,17 @@ void readCodes(const T* __restrict codes, Value* __restrict values, int64_t coun
 {
     const ru_Range<T> range = of;
     for (int64_t i = 0; i < count; ++i)
-        values[i] =
-            static_cast<Value>((FullRange ? valueOf(codes[i]) : difference(codes[i], range)) * range.scale);
+        values[i] = static_cast<Value>(aboveBlack<T, FullRange>(codes[i], range) * range.scale);
 }
 
 template <class T, bool FullRange, class Value>
 void writeCodes(const Value* __restrict values, T* __restrict codes, int64_t count, const ru_Range<T>& of)
 {
     const ru_Range<T> range = of;
-    constexpr ru_Work<T> half = 0.5f;
+    const ru_Clamp<ru_Work<T>> white(PXL_FormatOf<T>::white);
     for (int64_t i = 0; i < count; ++i) {
         const ru_Work<T> value = values[i];
-        codes[i] = codeOf<T>((FullRange ? value * range.span : value * range.span + range.black) + half);
+        codes[i] = codeAboveBlack<T, FullRange>(value * range.span, range, white);
     }
 }
 

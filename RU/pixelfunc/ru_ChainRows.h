@@ -5,9 +5,6 @@
 
 #include <algorithm>
 
-/// Pixels pass through the chain in pieces of this many values, which stay in the nearest cache.
-inline constexpr int64_t ru_chunk = 512;
-
 /// Copies a row of values, unless it is the same; null for an absent component.
 inline void ru_copyRow(const float* in, float* out, int64_t count)
 {
