@@ -1,0 +1,230 @@
+#include <RU/composite/RU_Blend.h>
+
+#include <PXL/PXL_Caps.h>
+#include <RU/composite/ru_BlendRows.h>
+#include <RU/framework/ru_Convert.h>
+#include <RU/framework/ru_Tiles.h>
+#include <TIL/TIL_Region.h>
+
+#include <algorithm>
+
+namespace {
+
+template <class Work>
+Work clamp01(Work v)
+{
+    return v < Work(0) ? Work(0) : v > Work(1) ? Work(1) : v;
+}
+
+/// One call: its components, and the rows that go through them.
+template <class T, bool FullRange>
+class BlendPass
+{
+public:
+    BlendPass(const RU_Blend& blend, const TIL_TileList& out)
+        : BlendPass(blend, out.blackPoint, out.whitePoint, out.width(), out.height())
+    {
+    }
+    BlendPass(const RU_Blend& blend, const TIL_Region& out)
+        : BlendPass(blend, out.plane->blackPoint, out.plane->whitePoint, out.width(), out.height())
+    {
+    }
+
+    /// Takes the weights of combine instead of those of adjust and filter.
+    void combine()
+    {
+        weights_.second = clamp01(factor_);
+        weights_.first = Work(1) - weights_.second;
+    }
+
+    /// A component, unless it has no output. Without a second image it is faded, without a mask its weights
+    /// are the same everywhere. A second image that is constant has one pixel.
+    void add(T* first, const T* second, const float* mask = nullptr, bool constant = false)
+    {
+        if (first == nullptr)
+            return;
+        if (isEmptyRange()) { // every value is written as the black code
+            second = nullptr;
+            mask = nullptr;
+            weights_ = {};
+        }
+        const bool two = second != nullptr;
+        const ru_BlendKernels& kernels = kernelsFor(mask);
+        const ru_BlendRow<T, FullRange>& rows = kernels;
+        const ru_BlendMask<Work>& masks = kernels;
+        if (two && constant)
+            std::fill_n(constants_[count_], std::min(piece, width_), *second);
+        planes_[count_++] = {first,   second, mask, rows.of(two, mask != nullptr), masks.of(swap_ && !two),
+                             constant};
+    }
+
+    /// Always 1, as the operations answer.
+    int run(int thread)
+    {
+        for (int64_t y = 0; y < height_ && !RU_Algorithm::interruptCheck(thread); ++y)
+            for (int64_t x = 0; x < width_; x += piece)
+                runPiece(y * width_ + x, std::min(piece, width_ - x));
+        return 1;
+    }
+
+private:
+    using Work = ru_Work<T>;
+    using Weigh = typename ru_BlendMask<Work>::Weigh;
+    static constexpr int64_t piece = 4 * ru_chunk; ///< so that the weights stay in the nearest cache
+
+    struct Plane
+    {
+        T* first;
+        const T* second;
+        const float* mask;
+        ru_BlendKernel<T> kernel;
+        Weigh weigh;
+        bool constant;
+    };
+
+    BlendPass(const RU_Blend& blend, unsigned int black, unsigned int white, int width, int height)
+        : range_(ru_rangeOf<T, FullRange>(black, white)), factor_(blend.blendFactor),
+          swap_(blend.swapMaskedInputs), width_(width), height_(height)
+    {
+        PXLdetermineProcCaps();
+        weights_.first = blend.useBlendFactor ? factor_ : blend.firstWeight;
+        weights_.second = blend.useBlendFactor ? Work(1) - factor_ : blend.secondWeight;
+    }
+
+    bool isEmptyRange() const { return !FullRange && std::is_integral_v<T> && range_.span == 0; }
+
+    /// Under a mask, 8-bit planes take the wide path only with a certain size and mask.
+    const ru_BlendKernels& kernelsFor(const float* mask) const
+    {
+        constexpr int64_t fewPixels = 32;
+        const bool narrow =
+            width_ * height_ <= fewPixels || !PXLcpuHasSSE() || reinterpret_cast<uintptr_t>(mask) % 16 != 0;
+        if (std::is_same_v<T, unsigned char> && mask != nullptr && narrow)
+            return ru_blendRows(PXL_InstructionSet::baseline);
+        return ru_blendRows();
+    }
+
+    void runPiece(int64_t offset, int64_t length)
+    {
+        const Plane* weighed = nullptr; // whose weights are in the rows
+        for (int c = 0; c < count_; ++c) {
+            const Plane& plane = planes_[c];
+            const bool two = plane.second != nullptr;
+            if (plane.mask != nullptr) {
+                if (weighed == nullptr || weighed->mask != plane.mask || weighed->weigh != plane.weigh)
+                    plane.weigh(plane.mask + offset, fraction_, rest_, length, factor_);
+                weighed = &plane;
+                weights_.firstRow = swap_ && two ? fraction_ : rest_;
+                weights_.secondRow = swap_ && two ? rest_ : fraction_;
+            }
+            const T* second = plane.constant || !two ? constants_[c] : plane.second + offset;
+            plane.kernel(plane.first + offset, second, length, weights_, range_);
+            if (static_cast<const void*>(plane.first) == plane.mask)
+                weighed = nullptr; // the mask is written over
+        }
+    }
+
+    ru_Range<T> range_;
+    Work factor_;
+    bool swap_;
+    ru_BlendWeights<Work> weights_ = {};
+    int64_t width_, height_;
+    int count_ = 0;
+    Plane planes_[4];
+    Work fraction_[piece], rest_[piece];
+    T constants_[4][piece];
+};
+
+/// A component of a region as T; null where it, or the region, is missing.
+template <class T>
+const T* componentOf(const TIL_Region* region, int c)
+{
+    return region != nullptr ? static_cast<const T*>(region->getImageData(c)) : nullptr;
+}
+
+/// The mask of component `c`. The scans run to their ends on purpose: the last one found counts.
+const float* maskOf(const TIL_Region* region, int c)
+{
+    const float* mask = componentOf<float>(region, c);
+    if (mask != nullptr)
+        return mask;
+    for (int j = c - 1; j >= 0; --j)
+        if (const float* below = componentOf<float>(region, j))
+            mask = below;
+    if (mask != nullptr)
+        return mask;
+    for (int j = c + 1; j < 4; ++j)
+        if (const float* above = componentOf<float>(region, j))
+            mask = above;
+    return mask;
+}
+
+} // namespace
+
+template <class T, bool FullRange>
+class RU_BlendSingleOp : public RU_PixelOp<T, FullRange>
+{
+public:
+    using RU_PixelOp<T, FullRange>::RU_PixelOp;
+
+    int pixelAdjust(TIL_TileList* out, const TIL_TileList* in, float, int thread, void*) override
+    {
+        BlendPass<T, FullRange> pass(static_cast<const RU_Blend&>(*this->algorithm_), *out);
+        for (int c = 0; c < 4; ++c) {
+            const TIL_Tile* tile = in->tiles[c];
+            if (tile == nullptr)
+                continue;
+            const T* second = nullptr;
+            tile->getImageData(second);
+            pass.add(ru_outputData<T>(*out, c), second, nullptr, tile->isConstant());
+        }
+        return pass.run(thread);
+    }
+};
+
+template <class T, bool FullRange>
+class RU_BlendFilterOp : public RU_FilterOp<T, FullRange>
+{
+public:
+    using RU_FilterOp<T, FullRange>::RU_FilterOp;
+
+    int filter(TIL_Region* out, const TIL_Region* in, float, int thread, void*) override
+    {
+        BlendPass<T, FullRange> pass(static_cast<const RU_Blend&>(*this->algorithm_), *out);
+        for (int c = 0; c < std::min<int>(out->plane->componentCount, 4); ++c)
+            pass.add(static_cast<T*>(out->getImageData(c)), componentOf<T>(in, c));
+        return pass.run(thread);
+    }
+
+    int filter(TIL_TileList* out, const TIL_Region* in, float, int thread, void*) override
+    {
+        BlendPass<T, FullRange> pass(static_cast<const RU_Blend&>(*this->algorithm_), *out);
+        for (int c = 0; c < 4; ++c)
+            pass.add(ru_outputData<T>(*out, c), componentOf<T>(in, c));
+        return pass.run(thread);
+    }
+};
+
+template <class T, bool FullRange>
+class RU_BlendOp : public RU_BinaryOp<T, FullRange>
+{
+public:
+    using RU_BinaryOp<T, FullRange>::RU_BinaryOp;
+    using RU_BinaryOp<T, FullRange>::binary; // the region form stays the base's
+
+    int binary(TIL_TileList* out, const TIL_Region* second, const TIL_Region* mask, float, int thread,
+               void*) override
+    {
+        BlendPass<T, FullRange> pass(static_cast<const RU_Blend&>(*this->algorithm_), *out);
+        pass.combine();
+        for (int c = 0; c < 4; ++c)
+            pass.add(ru_outputData<T>(*out, c), componentOf<T>(second, c), maskOf(mask, c));
+        return pass.run(thread);
+    }
+};
+
+template class RU_BinaryFactories<RU_BlendOp>;
+template class RU_FilterFactories<RU_BlendFilterOp, RU_BlendBinaryFactories>;
+template class RU_PixelFactories<RU_BlendSingleOp, RU_BlendFilterFactories>;
+
+RU_Blend::~RU_Blend() = default;

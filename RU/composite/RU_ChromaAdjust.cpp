@@ -1,0 +1,33 @@
+#include <RU/composite/RU_ChromaAdjust.h>
+
+#include <RU/composite/ru_ChromaAdjustRows.h>
+#include <RU/framework/ru_Convert.h>
+#include <RU/framework/ru_Tiles.h>
+
+template <class T, bool FullRange>
+class RU_ChromaAdjustOp : public RU_PixelOp<T, FullRange>
+{
+public:
+    using RU_PixelOp<T, FullRange>::RU_PixelOp;
+
+    int pixelAdjust(TIL_TileList* out, const TIL_TileList*, float, int thread, void*) override
+    {
+        const auto& chroma = static_cast<const RU_ChromaAdjust&>(*this->algorithm_);
+        if (chroma.matte == nullptr)
+            return 0;
+        const ru_ChromaAdjustRow<T, FullRange>& rows = ru_chromaAdjustRows();
+        const ru_Range<T> range = ru_rangeOf<T, FullRange>(out->blackPoint, out->whitePoint);
+        const float backing[] = {chroma.backingRed, chroma.backingGreen, chroma.backingBlue};
+        const int64_t width = out->width(), height = out->height();
+        T* const colour[] = {ru_outputData<T>(*out, 0), ru_outputData<T>(*out, 1), ru_outputData<T>(*out, 2)};
+        for (int64_t y = 0; y < height && !RU_Algorithm::interruptCheck(thread); ++y)
+            for (int c = 0; c < 3; ++c)
+                if (colour[c] != nullptr)
+                    rows.adjust(colour[c] + y * width, chroma.matte + y * width, width, backing[c], range);
+        return 1;
+    }
+};
+
+template class RU_PixelFactories<RU_ChromaAdjustOp>;
+
+RU_ChromaAdjust::~RU_ChromaAdjust() = default;

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <RU/framework/ru_ConvertRows.h>
+
+/// The weights of both images: for all pixels of a row, or, under a mask, one for each.
+template <class Work>
+struct ru_BlendWeights
+{
+    Work first, second;
+    const Work* firstRow;
+    const Work* secondRow;
+};
+
+/// Blends `count` codes in place. `second` may be `first` itself; it is only read by kernels for two images.
+template <class T>
+using ru_BlendKernel = void (*)(T* first, const T* second, int64_t count,
+                                const ru_BlendWeights<ru_Work<T>>& weights, const ru_Range<T>& range);
+
+/// The kernels of one format and range: for one image or two, with the same weights for all pixels or rows.
+template <class T, bool FullRange>
+struct ru_BlendRow
+{
+    ru_BlendKernel<T> of(bool two, bool rows) const { return kernels[two][rows]; }
+
+    ru_BlendKernel<T> kernels[2][2];
+};
+
+/// Turns a mask into rows of weights: the fraction clamp01(factor * M), with M or the inverted 1 - M, and
+/// what is left to 1.
+template <class Work>
+struct ru_BlendMask
+{
+    using Weigh = void (*)(const float* mask, Work* fraction, Work* rest, int64_t count, Work factor);
+
+    Weigh of(bool inverted) const { return kernels[inverted]; }
+
+    Weigh kernels[2];
+};
+
+struct ru_BlendKernels :
+#define RU_BASES(CODE, T, WHITE, NAME) ru_BlendRow<T, true>, ru_BlendRow<T, false>,
+    PXL_FOR_EACH_FORMAT(RU_BASES)
+#undef RU_BASES
+        ru_BlendMask<float>,
+    ru_BlendMask<double>,
+    ru_KernelTable
+{
+};
+
+RU_KERNELS(ru_BlendKernels, ru_blendRows)
