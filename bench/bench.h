@@ -8,6 +8,7 @@
 
 #include <cmath>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -24,10 +25,20 @@ constexpr Size small = {"256", 256, 256}; ///< stays in the cache
 
 /// What all contenders of a row work on: a picture in tiles and once more in a region with a border of one
 /// pixel, and tiles for the result. Peers take the bare memory, in which the components of a pixel lie side
-/// by side; of a single component it is the tiles' own.
+/// by side; of a single component it is the tiles' own. Four components are premultiplied RGBA.
 class Planes
 {
 public:
+    /// What operations of two pictures take beside the output, which they overwrite. No value is near 0, so
+    /// that none becomes subnormal however often it is blended in.
+    struct Second
+    {
+        TIL_Region region; ///< without a border
+        TIL_Region mask;   ///< a float for each pixel, from 0 to 1 in steps of 1 / 255
+        TIL_Buffer memory; ///< what `pixels` points at when there are several components
+        void* pixels;      ///< bare
+    };
+
     Planes(PXL_Format format, unsigned char components, const Size& size);
     Planes(const Planes&) = delete;
     Planes& operator=(const Planes&) = delete;
@@ -38,6 +49,9 @@ public:
     /// The values in the output, pixel by pixel, white as 1.
     std::vector<double> tileResult() const;
     std::vector<double> bareResult() const;
+    Second& second(); ///< made at the first call
+    /// Makes the output what the input is.
+    void refill();
 
     TIL_Plane plane;
     TIL_TileList in, out;
@@ -48,12 +62,20 @@ public:
 private:
     std::vector<TIL_Tile> tiles_;
     TIL_Buffer pixels_[2];
+    std::unique_ptr<Second> second_;
 };
 
-/// Work to be timed: from the input of some planes to their output.
+/// Work to be timed: from the input of some planes to their output, or from the output, which holds the input
+/// at first, and the second picture to the output.
 using Work = std::function<void()>;
 /// Makes the work and, once and untimed, all that it needs.
 using Maker = std::function<Work(Planes&)>;
+
+// What rows are held against: loops that move the bytes and compute next to nothing.
+Work copy(Planes& planes);          ///< from the input to the output, with memcpy
+Work movePair(Planes& planes);      ///< the second picture into the output
+Work moveWithAlpha(Planes& planes); ///< the same, with its alpha beside each of its colours
+Work moveWithMask(Planes& planes);  ///< the same, with the mask beside each component
 
 /// Lines of the table: what the library does to planes of a format.
 struct Row
@@ -63,6 +85,7 @@ struct Row
     Maker ours;
     std::vector<Size> sizes = {hd};
     unsigned char components = 1;
+    Maker plain = copy;
 };
 extern const std::vector<Row> rows;
 
@@ -97,6 +120,7 @@ constexpr float satScale = 1.2f;
 constexpr float valScale = 0.9f;
 constexpr float levelsBlack = 0.05f;
 constexpr float levelsWhite = 0.9f;
+constexpr float mixWeight = 0.8f; // of the first picture; 1 / 255 goes into it, as some take weights
 constexpr float curveKeys[5][2] = {{0.0f, 0.02f}, {0.2f, 0.12f}, {0.5f, 0.55f}, {0.8f, 0.9f}, {1.2f, 1.1f}};
 
 /// A formula that a row computes, on every value by itself.

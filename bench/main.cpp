@@ -29,17 +29,13 @@ bool addPeers(const std::vector<Peer>& list)
 
 namespace {
 
-Work copy(Planes& planes)
-{
-    return [&planes] { std::memcpy(planes.output, planes.input, planes.bytes()); };
-}
-
 /// The largest difference between the results of a row and a peer, relative where they exceed 1.
 double difference(const Row& row, const Peer& peer, const Work& theirs, Planes& planes)
 {
+    planes.refill();
     row.ours(planes)();
     const std::vector<double> expected = planes.tileResult();
-    std::memset(planes.output, 0, planes.bytes());
+    planes.refill();
     theirs();
     const std::vector<double> actual = planes.bareResult();
     double most = 0.0;
@@ -56,7 +52,7 @@ double tolerance(PXL_Format format)
     return PXLbytesPerElement(format) < 4 ? step : 1e-5;
 }
 
-/// The planes of some shape. Rows share them: each writes all of the output and reads none of it.
+/// The planes of some shape. Rows share them: the output is refilled before each use.
 Planes& planesOf(const Row& row, const Size& size)
 {
     static std::map<std::tuple<PXL_Format, int, std::string>, Planes> made;
@@ -149,7 +145,7 @@ public:
 /// unless it never does.
 Line registerRow(const Row& row, const Size& size)
 {
-    std::vector<Peer> contenders = {{row.name, "ours", row.ours}, {row.name, "copy", copy}};
+    std::vector<Peer> contenders = {{row.name, "ours", row.ours}, {row.name, "copy", row.plain}};
     std::copy_if(peers().begin(), peers().end(), std::back_inserter(contenders),
                  [&](const Peer& peer) { return std::strcmp(peer.row, row.name) == 0; });
     Line line = {std::string(row.name) + '/' + size.name, {}};
@@ -165,6 +161,7 @@ Line registerRow(const Row& row, const Size& size)
                 if (!(apart <= tolerance(row.format)))
                     state.SkipWithError(("differs from ours by up to " + std::to_string(apart)).c_str());
             }
+            planes.refill();
             for (auto _ : state)
                 work();
             state.SetItemsProcessed(state.iterations() * planes.values());

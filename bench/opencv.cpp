@@ -122,6 +122,66 @@ Work sobel(Planes& planes)
     };
 }
 
+/// From the output and the second picture into the output.
+Work inPlace(Planes& planes, auto operation)
+{
+    return [to = matrix(planes, planes.output), from = matrix(planes, planes.second().pixels),
+            operation]() mutable { operation(to, from); };
+}
+
+Work add(Planes& planes)
+{
+    return inPlace(planes, [](cv::Mat& to, const cv::Mat& from) { cv::add(to, from, to); });
+}
+
+Work min(Planes& planes)
+{
+    return inPlace(planes, [](cv::Mat& to, const cv::Mat& from) { cv::min(to, from, to); });
+}
+
+Work weighted(Planes& planes)
+{
+    return inPlace(planes, [](cv::Mat& to, const cv::Mat& from) {
+        cv::addWeighted(to, mixWeight, from, 1.0f - mixWeight, 0.0, to);
+    });
+}
+
+/// Integers by their complements, whose products stay in range.
+Work screen(Planes& planes)
+{
+    return inPlace(planes, [part = cv::Mat()](cv::Mat& to, const cv::Mat& from) mutable {
+        if (to.depth() == CV_32F) {
+            cv::multiply(to, from, part);
+            cv::add(to, from, to);
+            cv::subtract(to, part, to);
+        } else {
+            cv::bitwise_not(from, part);
+            cv::bitwise_not(to, to);
+            cv::multiply(to, part, to, 1.0 / (to.depth() == CV_8U ? 255 : 65535));
+            cv::bitwise_not(to, to);
+        }
+    });
+}
+
+/// With the mask's complement made each time; formats that cv::blendLinear does not take are converted.
+Work masked(Planes& planes)
+{
+    const cv::Mat mask(planes.in.height(), planes.in.width(), CV_32F, planes.second().mask.getImageData(0));
+    const cv::Mat to = matrix(planes, planes.output).reshape(4);
+    const cv::Mat from = matrix(planes, planes.second().pixels).reshape(4);
+    return [=, rest = cv::Mat(), wideTo = cv::Mat(), wideFrom = cv::Mat()]() mutable {
+        cv::subtract(1.0, mask, rest);
+        if (to.depth() == CV_8U || to.depth() == CV_32F) {
+            cv::blendLinear(to, from, rest, mask, to);
+            return;
+        }
+        to.convertTo(wideTo, CV_32F);
+        from.convertTo(wideFrom, CV_32F);
+        cv::blendLinear(wideTo, wideFrom, rest, mask, wideTo);
+        wideTo.convertTo(to, to.depth());
+    };
+}
+
 const bool added = [] {
     cv::setNumThreads(1);
     return addPeers({
@@ -137,6 +197,22 @@ const bool added = [] {
         {"edge_detect/uint8", "cv::Sobel, abs, add", sobel<CV_16S>},
         {"edge_detect/uint16", "cv::Sobel, abs, add", sobel<CV_32F>},
         {"edge_detect/float", "cv::Sobel, abs, add", sobel<CV_32F>},
+        {"screen/uint8", "cv::bitwise_not, multiply", screen},
+        {"screen/uint16", "cv::bitwise_not, multiply", screen},
+        {"screen/float", "cv::multiply, add, subtract", screen},
+        {"add/uint8", "cv::add", add},
+        {"add/uint16", "cv::add", add},
+        {"add/float", "cv::add", add},
+        {"min/uint8", "cv::min", min},
+        {"min/uint16", "cv::min", min},
+        {"min/float", "cv::min", min},
+        {"blend_mask/uint8", "cv::blendLinear", masked},
+        {"blend_mask/uint16", "cv::blendLinear", masked},
+        {"blend_mask/half", "cv::blendLinear", masked},
+        {"blend_mask/float", "cv::blendLinear", masked, Agreement::none}, // adds 1e-5 to the weights' sum
+        {"blend/uint8", "cv::addWeighted", weighted},
+        {"blend/uint16", "cv::addWeighted", weighted},
+        {"blend/float", "cv::addWeighted", weighted},
     });
 }();
 

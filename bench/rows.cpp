@@ -1,6 +1,8 @@
 // The rows of the table.
 #include <bench/bench.h>
 
+#include <RU/composite/RU_Blend.h>
+#include <RU/composite/RU_Composite.h>
 #include <RU/filter/RU_EdgeDetect.h>
 #include <RU/pixelfunc/RU_AddFunc.h>
 #include <RU/pixelfunc/RU_ColorCurveFunc.h>
@@ -84,6 +86,53 @@ Work edgeDetect(Planes& planes)
     };
 }
 
+/// Over, the planes one after another; the last is the alpha.
+template <class T>
+Work over(Planes& planes)
+{
+    return [&planes, &second = planes.second()] {
+        T* to[4] = {};
+        const T* from[4] = {};
+        for (int c = 0; c < 4; ++c) {
+            planes.out.tiles[c]->getImageData(to[c]);
+            from[c] = static_cast<const T*>(second.region.getImageData(c));
+        }
+        const int width = planes.out.width(), height = planes.out.height();
+        for (int c = 0; c < 3; ++c)
+            RU_Composite::composite(RU_COMP_OVER, width, height, to[c], to[3], from[c], from[3]);
+        RU_Composite::compositeAlpha(RU_COMP_OVER, width, height, to[3], from[3]);
+    };
+}
+
+/// An operation that reads no alpha, on a single component.
+template <class T, RU_CompositeType Type>
+Work composite(Planes& planes)
+{
+    return [&planes, from = static_cast<const T*>(planes.second().pixels)] {
+        const T* none = nullptr;
+        RU_Composite::composite(Type, planes.out.width(), planes.out.height(), static_cast<T*>(planes.output),
+                                none, from, none);
+    };
+}
+
+Work blendMasked(Planes& planes)
+{
+    return [blend = std::make_shared<RU_Blend>(), &planes, &second = planes.second()] {
+        blend->binary(&planes.out, &second.region, &second.mask, 0.0f, nullptr, 0, nullptr);
+    };
+}
+
+Work blendWeighted(Planes& planes)
+{
+    const auto blend = std::make_shared<RU_Blend>();
+    blend->blendFactor = mixWeight;
+    return [blend, &planes, &second = planes.second()] {
+        blend->filter(&planes.out, &second.region, 0.0f, nullptr, 0, nullptr);
+    };
+}
+
+const std::vector<Size> allSizes = {hd, uhd, small};
+
 } // namespace
 
 const std::vector<Row> rows = {
@@ -107,6 +156,25 @@ const std::vector<Row> rows = {
     {"edge_detect/uint16", PXL_FORMAT_uint16, edgeDetect},
     {"edge_detect/half", PXL_FORMAT_half, edgeDetect},
     {"edge_detect/float", PXL_FORMAT_float32, edgeDetect, {hd, small}},
+    {"over/uint8", PXL_FORMAT_uint8, over<uint8_t>, allSizes, 4, moveWithAlpha},
+    {"over/uint16", PXL_FORMAT_uint16, over<uint16_t>, allSizes, 4, moveWithAlpha},
+    {"over/float", PXL_FORMAT_float32, over<float>, allSizes, 4, moveWithAlpha},
+    {"screen/uint8", PXL_FORMAT_uint8, composite<uint8_t, RU_COMP_SCREEN>, allSizes, 1, movePair},
+    {"screen/uint16", PXL_FORMAT_uint16, composite<uint16_t, RU_COMP_SCREEN>, allSizes, 1, movePair},
+    {"screen/float", PXL_FORMAT_float32, composite<float, RU_COMP_SCREEN>, allSizes, 1, movePair},
+    {"add/uint8", PXL_FORMAT_uint8, composite<uint8_t, RU_COMP_ADD>, allSizes, 1, movePair},
+    {"add/uint16", PXL_FORMAT_uint16, composite<uint16_t, RU_COMP_ADD>, allSizes, 1, movePair},
+    {"add/float", PXL_FORMAT_float32, composite<float, RU_COMP_ADD>, allSizes, 1, movePair},
+    {"min/uint8", PXL_FORMAT_uint8, composite<uint8_t, RU_COMP_MINIMUM>, allSizes, 1, movePair},
+    {"min/uint16", PXL_FORMAT_uint16, composite<uint16_t, RU_COMP_MINIMUM>, allSizes, 1, movePair},
+    {"min/float", PXL_FORMAT_float32, composite<float, RU_COMP_MINIMUM>, allSizes, 1, movePair},
+    {"blend_mask/uint8", PXL_FORMAT_uint8, blendMasked, allSizes, 4, moveWithMask},
+    {"blend_mask/uint16", PXL_FORMAT_uint16, blendMasked, allSizes, 4, moveWithMask},
+    {"blend_mask/half", PXL_FORMAT_half, blendMasked, allSizes, 4, moveWithMask},
+    {"blend_mask/float", PXL_FORMAT_float32, blendMasked, allSizes, 4, moveWithMask},
+    {"blend/uint8", PXL_FORMAT_uint8, blendWeighted, allSizes, 1, movePair},
+    {"blend/uint16", PXL_FORMAT_uint16, blendWeighted, allSizes, 1, movePair},
+    {"blend/float", PXL_FORMAT_float32, blendWeighted, allSizes, 1, movePair},
 };
 
 } // namespace bench
