@@ -115,6 +115,14 @@ std::string unusedName(const std::vector<Plane>& planes, const std::string& name
 
 } // namespace
 
+Window intersection(const Window& a, const Window& b)
+{
+    const int x = std::max(a.x, b.x), y = std::max(a.y, b.y);
+    const int right = std::min(a.x + a.width, b.x + b.width),
+              bottom = std::min(a.y + a.height, b.y + b.height);
+    return right > x && bottom > y ? Window{x, y, right - x, bottom - y} : Window{x, y, 0, 0};
+}
+
 std::string describe(const Window& window)
 {
     return std::to_string(window.width) + "x" + std::to_string(window.height) + " at " +

@@ -20,6 +20,9 @@ struct Window
     bool operator==(const Window&) const = default;
 };
 
+/// What two windows have in common; empty where that is nothing.
+Window intersection(const Window& a, const Window& b);
+
 /// "911x876 at 654,245"
 std::string describe(const Window& window);
 
