@@ -25,13 +25,13 @@ const std::vector<CompositeName>& compositeNames();
 RU_CompositeType compositeOfName(const std::string& text);
 
 /// The files that are combined. Pixels lie where their data windows place them; outside of its data window an
-/// image is 0, also where it has no alpha channel.
+/// image is 0, and inside of it one without an alpha channel is full.
 struct CombineInputs
 {
-    std::string first;                 ///< composite: the background; its header is the output's
-    std::optional<std::string> second; ///< composite: the foreground
-    std::optional<std::string> matte;
-    std::optional<int> matteComponent; ///< the one of 0 to 3 to use for all components
+    std::string first;                      ///< composite: the background; its header is the output's
+    std::optional<std::string> second = {}; ///< composite: the foreground
+    std::optional<std::string> matte = {};
+    std::optional<int> matteComponent = {}; ///< the one of 0 to 3 to use for all components
 };
 
 /// What is done to two images and a matte.
@@ -50,7 +50,7 @@ struct Combination
     struct BlendSettings
     {
         float mix = 1.0f;
-        std::optional<std::array<float, 2>> weights;
+        std::optional<std::array<float, 2>> weights = {};
         bool swap = false;
     };
     /// Takes the backing colour out of the first image, where the matte is below 1.
@@ -63,6 +63,16 @@ struct Combination
 };
 
 /// Combines image files into another one, as cook() works on a single one.
+///
+/// Header, channels and display window are those of the first image, and so is the data window; that of a
+/// composite covers both images, or is the display window where the file format of the output has no other.
+/// Planes go together by name, colours by layer; those that only one image has are copied, or left out with a
+/// note. The luminance of a second image stands for red, green and blue. Components that it lacks are faded by
+/// a blend and 0 to a composite.
+///
+/// The output is stored, and a blend computed, in the wider of both formats. A composite is computed in uint8
+/// or uint16 where all of it is, else, and to (un)premultiply, in float. It selects planes without colour by
+/// their geometry. Black and white points are for blends and chroma.
 CookReport combine(const CombineInputs& inputs, const std::string& output, const Combination& combination,
                    const CookSettings& settings);
 

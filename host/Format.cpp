@@ -2,10 +2,15 @@
 
 #include <host/Names.h>
 
+#include <PXL/PXL_Caps.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <type_traits>
+#if defined(__x86_64__)
+#include <immintrin.h>
+#endif
 
 namespace host {
 
@@ -42,6 +47,34 @@ T codeOfValue(double value)
     }
 }
 
+/// Floats to halves as the plain loop does it, in whole vectors; the result is how many. Nearly all images
+/// that are composited come through here, and no compiler makes vectors of that loop.
+#if defined(__x86_64__)
+[[gnu::target("avx,f16c")]] int64_t halvesOfFloats(const float* in, fpreal16* out, int64_t count)
+{
+    int64_t i = 0;
+    for (; i + 8 <= count; i += 8)
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i),
+                         _mm256_cvtps_ph(_mm256_loadu_ps(in + i), _MM_FROUND_TO_NEAREST_INT));
+    return i;
+}
+
+bool hasHalfVectors()
+{
+    return PXLinstructionSet() != PXL_InstructionSet::baseline;
+}
+#else
+int64_t halvesOfFloats(const float*, fpreal16*, int64_t)
+{
+    return 0;
+}
+
+bool hasHalfVectors()
+{
+    return false;
+}
+#endif
+
 } // namespace
 
 const char* formatName(unsigned char format)
@@ -75,7 +108,11 @@ void convertFormat(unsigned char from, const void* in, unsigned char to, void* o
         withElementType(to, [&](auto toElement) {
             const auto* source = static_cast<const decltype(fromElement)*>(in);
             auto* target = static_cast<decltype(toElement)*>(out);
-            for (int64_t i = 0; i < count; ++i)
+            int64_t i = 0;
+            if constexpr (std::is_same_v<decltype(fromElement), float> &&
+                          std::is_same_v<decltype(toElement), fpreal16>)
+                i = hasHalfVectors() ? halvesOfFloats(source, target, count) : 0;
+            for (; i < count; ++i)
                 target[i] = codeOfValue<decltype(toElement)>(valueOfCode(source[i]));
         });
     });

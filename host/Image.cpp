@@ -10,9 +10,11 @@ namespace {
 
 struct ChannelRole
 {
-    enum class Kind { Colour, Alpha, Depth, Other };
+    enum class Kind { Colour, Luminance, Alpha, Depth, Other };
     Kind kind = Kind::Other;
     int component = -1; ///< -1: the next free one
+
+    bool isColour() const { return kind == Kind::Colour || kind == Kind::Luminance; }
 };
 
 struct NameParts
@@ -35,7 +37,8 @@ ChannelRole roleOfName(const std::string& name)
     {
         std::vector<std::string> names;
         ChannelRole role;
-    } roles[] = {{{"R", "r", "red", "Red", "Y", "I", "L"}, {Kind::Colour, 0}},
+    } roles[] = {{{"R", "r", "red", "Red"}, {Kind::Colour, 0}},
+                 {{"Y", "I", "L"}, {Kind::Luminance, 0}},
                  {{"G", "g", "green", "Green"}, {Kind::Colour, 1}},
                  {{"B", "b", "blue", "Blue"}, {Kind::Colour, 2}},
                  {{"A", "a", "alpha", "Alpha"}, {Kind::Alpha, 3}},
@@ -66,9 +69,10 @@ public:
     {
         using Kind = ChannelRole::Kind;
         const auto [layer, rest] = splitName(channel.name);
-        const auto isColour = [this](const Channel& other) { return role(other).kind == Kind::Colour; };
+        const auto isColour = [this](const Channel& other) { return role(other).isColour(); };
         switch (role(channel).kind) {
         case Kind::Colour:
+        case Kind::Luminance:
         case Kind::Alpha:
             return !layer.empty() ? layer : has(layer, isColour) ? "color" : "alpha";
         case Kind::Depth:
@@ -114,6 +118,14 @@ std::string unusedName(const std::vector<Plane>& planes, const std::string& name
 }
 
 } // namespace
+
+Window intersection(const Window& a, const Window& b)
+{
+    const int x = std::max(a.x, b.x), y = std::max(a.y, b.y);
+    const int right = std::min(a.x + a.width, b.x + b.width),
+              bottom = std::min(a.y + a.height, b.y + b.height);
+    return right > x && bottom > y ? Window{x, y, right - x, bottom - y} : Window{x, y, 0, 0};
+}
 
 std::string describe(const Window& window)
 {
@@ -164,7 +176,9 @@ std::vector<Plane> groupChannels(const std::vector<Channel>& channels)
         }
         const int component = freeComponent(*plane, channel.format, role.component);
         plane->channel[static_cast<size_t>(component)] = static_cast<int>(i);
-        plane->colour = plane->colour || role.kind == ChannelRole::Kind::Colour;
+        plane->colour = plane->colour || role.isColour();
+        plane->luminance = plane->luminance || role.kind == ChannelRole::Kind::Luminance;
+        plane->alpha = plane->alpha || role.kind == ChannelRole::Kind::Alpha;
     }
     return planes;
 }
@@ -187,15 +201,43 @@ std::vector<std::string> Image::planeNames() const
     return names;
 }
 
+std::string Image::layerOf(const Plane& plane) const
+{
+    const auto present =
+        std::find_if(plane.channel.begin(), plane.channel.end(), [](int c) { return c >= 0; });
+    return splitName(channels[static_cast<size_t>(*present)].name).layer;
+}
+
+const Plane* Image::alphaOf(const Plane& plane) const
+{
+    if (plane.alpha)
+        return &plane;
+    const Plane* first = nullptr;
+    for (const Plane& other : planes) {
+        if (other.alpha && layerOf(other) == layerOf(plane))
+            return &other;
+        if (other.alpha && first == nullptr)
+            first = &other;
+    }
+    return plane.colour ? nullptr : first;
+}
+
 Image Image::withFormat(unsigned char format) const
 {
+    return withFormats(std::vector<unsigned char>(planes.size(), format));
+}
+
+Image Image::withFormats(const std::vector<unsigned char>& formats) const
+{
     Image other = *this;
-    for (Channel& channel : other.channels)
-        channel.format = format;
+    for (size_t p = 0; p < planes.size(); ++p)
+        for (const int channel : planes[p].channel)
+            if (channel >= 0)
+                other.channels[static_cast<size_t>(channel)].format = formats[p];
     other.arrange();
     other.planes = planes; // a plane stays one also where the conversion would let two grow together
-    for (Plane& plane : other.planes)
-        plane.format = format;
+    for (size_t p = 0; p < planes.size(); ++p)
+        other.planes[p].format = formats[p];
     return other;
 }
 

@@ -20,6 +20,9 @@ struct Window
     bool operator==(const Window&) const = default;
 };
 
+/// What two windows have in common; empty where that is nothing.
+Window intersection(const Window& a, const Window& b);
+
 /// "911x876 at 654,245"
 std::string describe(const Window& window);
 
@@ -37,6 +40,8 @@ struct Plane
     std::string name;
     unsigned char format = 0;
     bool colour = false;                        ///< has red, green, blue or luminance
+    bool luminance = false;                     ///< component 0 is luminance
+    bool alpha = false;                         ///< component 3 is an alpha
     std::array<int, 4> channel{-1, -1, -1, -1}; ///< per component its channel, -1 where the plane lacks it
 
     std::vector<std::string> channelNames(const std::vector<Channel>& channels) const;
@@ -58,8 +63,16 @@ struct Image
     int64_t pixels() const { return static_cast<int64_t>(data.width) * data.height; }
     std::vector<std::string> planeNames() const;
 
-    /// The same image with every channel stored in `format`.
+    /// The layer of a plane: what its channels' names have before their last dot.
+    std::string layerOf(const Plane& plane) const;
+
+    /// The plane that has the alpha of another one: itself, or one of its layer; for planes without colour
+    /// also the first of all. Null when there is none.
+    const Plane* alphaOf(const Plane& plane) const;
+
+    /// The same image with every channel stored in `format`, or those of each plane in one of their own.
     Image withFormat(unsigned char format) const;
+    Image withFormats(const std::vector<unsigned char>& formats) const;
 
     /// Derives offsets, pixel size and planes from the channels.
     void arrange();

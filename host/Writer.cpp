@@ -242,6 +242,15 @@ bool isComplete(const std::string& path)
 
 } // namespace
 
+bool holdsWindow(const std::string& path, const Window& data)
+{
+    const auto output = OIIO::ImageOutput::create(path);
+    OIIO::geterror();
+    const bool negative = data.x < 0 || data.y < 0;
+    return output == nullptr || (output->supports("origin") && output->supports("displaywindow") &&
+                                 (!negative || output->supports("negativeorigin")));
+}
+
 Writer::Writer(const std::string& path, const Image& image)
     : file_(std::make_unique<File>()), path_(path), target_(resolveLinks(path))
 {

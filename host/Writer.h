@@ -11,6 +11,10 @@
 
 namespace host {
 
+/// Whether the file format of a path can place a data window apart from the display window. True also where
+/// there is no such format.
+bool holdsWindow(const std::string& path, const Window& data);
+
 /// Writes an image file from top to bottom. The rows go to a temporary file beside the target, which takes
 /// the target's name only when it is complete; an object destroyed before that leaves nothing behind.
 class Writer

@@ -85,6 +85,22 @@ TEST(Format, ConversionsRoundClampAndKeepWhite)
     EXPECT_EQ(static_cast<float>(convert(65504.0f, fpreal16(), f32, f16)), 65504.0f);
 }
 
+TEST(Format, RowsOfHalvesAreTheirElements)
+{
+    std::vector<float> values(1 << 20); // bits that step through signs, exponents, ties, infinities and NaN
+    for (size_t i = 0; i < values.size(); ++i) {
+        const uint32_t bits = static_cast<uint32_t>(i) << 12 | (i % 3 == 2 ? 1u : 0u);
+        std::memcpy(&values[i], &bits, sizeof(bits));
+    }
+    std::vector<fpreal16> row(values.size());
+    host::convertFormat(PXL_FORMAT_float32, values.data(), PXL_FORMAT_half, row.data(),
+                        static_cast<int64_t>(row.size()));
+    int64_t wrong = 0;
+    for (size_t i = 0; i < values.size(); ++i)
+        wrong += row[i].bits() != SYShalfBits(values[i]);
+    EXPECT_EQ(wrong, 0);
+}
+
 TEST(Interleaving, SplitAndJoinMoveEveryBit)
 {
     for (const unsigned char format : {PXL_FORMAT_uint8, PXL_FORMAT_half, PXL_FORMAT_float32}) {

@@ -4,6 +4,7 @@ find_package(Python3 QUIET REQUIRED COMPONENTS Interpreter)
 
 add_executable(kreiluge_host_tests
   host_chain.cpp
+  host_combine.cpp
   host_cook.cpp
   host_files.cpp
   host_lookups.cpp

@@ -20,6 +20,9 @@ public:
     void* getImageData(int component) { return data_[component].data(); }
     const void* getImageData(int component) const { return data_[component].data(); }
 
+    /// Leaves the region without a component.
+    void removeImageData(int component) { data_[component] = TIL_Buffer(); }
+
     const TIL_Plane* plane = nullptr;
     int x1 = 0, y1 = 0, x2 = -1, y2 = -1;
 

@@ -1,0 +1,49 @@
+#include <host/Workspace.h>
+
+namespace host {
+
+TIL_Tile* Workspace::tiles(unsigned char format, int set)
+{
+    for (const auto& known : sets_)
+        if (known->format == format && known->number == set)
+            return known->tiles;
+    auto made = std::make_unique<Set>();
+    made->format = format;
+    made->number = set;
+    for (TIL_Tile& tile : made->tiles)
+        tile = TIL_Tile(format, side_, side_);
+    sets_.push_back(std::move(made));
+    return sets_.back()->tiles;
+}
+
+TIL_Region& Workspace::region(const TIL_Plane& plane, const Components& present, const Window& rect)
+{
+    const int right = rect.x + rect.width - 1, bottom = rect.y + rect.height - 1;
+    for (const auto& known : regions_) {
+        if (known->plane != &plane || known->width() != rect.width || known->height() != rect.height)
+            continue;
+        known->x1 = rect.x;
+        known->y1 = rect.y;
+        known->x2 = right;
+        known->y2 = bottom;
+        return *known;
+    }
+    auto made = std::make_unique<TIL_Region>(plane, rect.x, rect.y, right, bottom);
+    for (int c = 0; c < 4; ++c)
+        if (!present[static_cast<size_t>(c)])
+            made->removeImageData(c);
+    regions_.push_back(std::move(made));
+    return *regions_.back();
+}
+
+TIL_Buffer* Workspace::scratch()
+{
+    if (scratch_ == nullptr) {
+        scratch_ = std::make_unique<TIL_Buffer[]>(4);
+        for (int c = 0; c < 4; ++c)
+            scratch_[static_cast<size_t>(c)] = TIL_Buffer(static_cast<int64_t>(side_ + 2) * (side_ + 2) * 4);
+    }
+    return scratch_.get();
+}
+
+} // namespace host
