@@ -16,9 +16,11 @@ set_tests_properties(install.install PROPERTIES DEPENDS install.clean)
 set_tests_properties(install.consumer PROPERTIES FIXTURES_REQUIRED installed)
 
 if(TARGET kreiluge_tool)
-  add_test(NAME install.readme COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/readme_shell.sh ${PROJECT_SOURCE_DIR}/README.md
-    ${installed}/bin ${CMAKE_CURRENT_BINARY_DIR}/readme)
-  add_test(NAME install.colour COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/readme_shell.sh
-    ${PROJECT_SOURCE_DIR}/docs/colour.md ${installed}/bin ${CMAKE_CURRENT_BINARY_DIR}/colour)
-  set_tests_properties(install.readme install.colour PROPERTIES FIXTURES_REQUIRED installed)
+  foreach(page README docs/colour docs/combine)
+    cmake_path(GET page FILENAME name)
+    string(TOLOWER ${name} name)
+    add_test(NAME install.${name} COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/readme_shell.sh
+      ${PROJECT_SOURCE_DIR}/${page}.md ${installed}/bin ${CMAKE_CURRENT_BINARY_DIR}/${name})
+    set_tests_properties(install.${name} PROPERTIES FIXTURES_REQUIRED installed)
+  endforeach()
 endif()

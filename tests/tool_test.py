@@ -35,7 +35,7 @@ class ToolTest(unittest.TestCase):
 
     def test_help_tells_of_every_command(self):
         overview = self.run_tool("--help").stdout
-        for command in ["grade", "edge", "functions", "info", "diff", "curve", "plate"]:
+        for command in ["grade", "edge", "comp", "blend", "chroma", "functions", "info", "diff", "curve", "plate"]:
             self.assertIn(command, overview)
             self.assertIn("--help", self.run_tool(command, "--help").stdout)
         self.assertRegex(self.run_tool("--version").stdout, r"^kreiluge \d+\.\d+\.\d+\n$")
@@ -44,6 +44,7 @@ class ToolTest(unittest.TestCase):
     def test_bad_usage(self):
         self.plate("in.exr")
         grade = ["grade", "in.exr", "-o", "out.exr"]
+        images = ["in.exr", "in.exr", "-o", "#.exr"]
         for arguments, expected in [
             (["grad"], "did you mean 'grade'?"),
             (grade, "no chain"),
@@ -69,6 +70,19 @@ class ToolTest(unittest.TestCase):
             (["plate", "-o", "out.exr", "--size", "20"], "1920x1080"),
             (["plate", "-o", "out.exr", "--threads", "x"], "'x' is no whole number from 1 to 8"),
             (["info", "none.exr"], "no such file"),
+            (["comp", "ovr", *images], "did you mean 'over'?"),
+            (["comp", "15", *images], "unknown operation '15'"),
+            (["comp", "over", *images, "--frames", "1-2"], "frame number in 'in.exr', 'in.exr';"),
+            (["comp", "over", "in.#.exr", "in.exr", "-o", "out.exr", "--frames", "1-2"], "frame number in 'out.exr';"),
+            (["comp", "over", *images, "--white", "9"], "unknown option '--white'"),
+            (["blend", *images], "nothing to mix by"),
+            (["blend", *images, "--mix", "1", "--swap"], "--swap requires --mask"),
+            (["blend", *images, "--mix", "1", "--weights", "1", "1"], "--mix excludes --weights"),
+            (["blend", "in.exr", "-o", "out.exr", "--weights", "1", "1"], "--weights requires B"),
+            (["blend", *images, "--mask", "in.exr", "--mix", "inf"], "--mix: inf is not finite"),
+            (["blend", *images, "--mask", "in.exr", "--mask-channel", "x"], "--mask-channel: unknown component 'x'"),
+            (["chroma", "in.exr", "-o", "out.exr", "--matte", "in.exr", "--backing", "0", "1"], "--backing: 3 required"),
+            (["chroma", "in.exr", "-o", "out.exr", "--backing", "0", "1", "0"], "--matte is required"),
             ([*grade, "lut none.cube"], "cannot read the look-up file 'none.cube': No such file or directory"),
             (["curve", "0 0", "-o", "out.png"], "has one key"),
             (["curve", "0 0, 1 1", "-o", "out.png", "--size", "9"], "64 to 4096"),
@@ -126,6 +140,37 @@ class ToolTest(unittest.TestCase):
         self.run_tool("grade", "in.####.exr", "-o", "json.##.exr", "--chain", "look.json", "--frames", "1-4x3")
         self.run_tool("diff", "out.004.exr", "json.04.exr")
 
+    def flat(self, name, values):
+        self.run_tool("grade", "plate.exr", "-o", name, f"mult 0, add {values}")
+
+    def test_combining(self):
+        self.plate("plate.exr", "--alpha")
+        for name, values in [("s.exr", "0.25:0.5:0.125:0.5"), ("d.exr", "0.5:0.25:1:0.5"), ("m.exr", "1:0.25:0.5:0.75")]:
+            self.flat(name, values)
+        for arguments, values in [
+            ("comp over s.exr d.exr", "0.5:0.625:0.625:0.75"),
+            ("comp 0 s.exr d.exr --premult", "0.25:0.3125:0.3125:0.75"),
+            ("comp inside s.exr d.exr --unpremult", "0.5:1:0.25:0.25"),
+            ("comp 14 s.exr d.exr", "-0.25:0.25:-0.875:0"),
+            ("blend d.exr s.exr --mix 0.25", "0.4375:0.3125:0.78125:0.5"),
+            ("blend d.exr s.exr --mask m.exr", "0.25:0.3125:0.5625:0.5"),
+            ("blend d.exr s.exr --mask m.exr --swap", "0.5:0.4375:0.5625:0.5"),
+            ("blend d.exr --mix 0.5 --mask m.exr --mask-channel a", "0.3125:0.15625:0.625:0.3125"),
+            ("blend d.exr --mask m.exr --mask-channel a --swap", "0.375:0.1875:0.75:0.375"),
+            ("blend d.exr s.exr --weights -1 0.5", "-0.375:0:-0.9375:-0.25"),
+            ("chroma d.exr --matte m.exr --backing 0.5 0 2", "0.375:0.25:0.5:0.5"),
+            ("chroma d.exr --matte m.exr --matte-channel b --backing 0.5 0 2", "0.25:0.25:0:0.5"),
+        ]:
+            self.flat("expected.exr", values)
+            self.run_tool(*arguments.split(), "-o", "out.exr")
+            difference = self.run_tool("diff", "out.exr", "expected.exr", code=None)
+            self.assertEqual(difference.returncode, 0, f"{arguments}: {difference.stdout}")
+        for name in ["in.1.exr", "in.2.exr"]:
+            self.flat(name, "0.25:0.5:0.125:0.5")
+        self.run_tool("comp", "over", "in.#.exr", "d.exr", "-o", "out.#.exr", "--frames", "1,2")
+        self.run_tool("comp", "over", "s.exr", "d.exr", "-o", "out.exr")
+        self.run_tool("diff", "out.exr", "out.2.exr")
+
     def test_progress_and_stats(self):
         self.plate("in.exr")
         grade = ["grade", "in.exr", "-o", "out.exr", "abs"]
@@ -182,7 +227,11 @@ class ToolTest(unittest.TestCase):
             pictures.add(self.run_tool("diff", "a.png", name, code=None).stdout)
         self.assertEqual(len(pictures), 4)
 
-    def test_the_document_lists_the_functions(self):
+    def test_the_documents_list_operations_and_functions(self):
+        table = DOCUMENT.with_name("combine.md").read_text()
+        for line in self.run_tool("comp", "--list").stdout.splitlines():
+            number, name, formula = line.split(maxsplit=2)
+            self.assertTrue(f"| {number} | `{name}` | `{formula}` |" in table, line)
         self.assertIn(self.run_tool("functions", "--markdown").stdout, DOCUMENT.read_text())
         self.assertIn("gamma GAMMA", self.run_tool("functions").stdout)
 

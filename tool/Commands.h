@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <span>
 #include <string>
 
 namespace tool {
@@ -20,9 +21,15 @@ unsigned int readWhole(const std::string& option, const std::string& text, unsig
                        unsigned int most);
 int readThreads(const std::string& text);
 
+/// Throws a usage error that names the option unless all its numbers are finite.
+void checkFinite(const std::string& option, std::span<const float> numbers);
+
 // Each adds a subcommand to the application. Its callback sets `exitCode`, or throws host::Error.
 void addGrade(CLI::App& app, int& exitCode);
 void addEdge(CLI::App& app, int& exitCode);
+void addComposite(CLI::App& app, int& exitCode);
+void addBlend(CLI::App& app, int& exitCode);
+void addChroma(CLI::App& app, int& exitCode);
 void addFunctions(CLI::App& app);
 void addInfo(CLI::App& app);
 void addDiff(CLI::App& app, int& exitCode);

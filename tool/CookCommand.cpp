@@ -1,8 +1,9 @@
+#include "CookCommand.h"
+
 #include "Commands.h"
 #include "Progress.h"
 #include "Signals.h"
 
-#include <host/Cook.h>
 #include <host/Error.h>
 #include <host/Format.h>
 #include <host/Frames.h>
@@ -11,59 +12,12 @@
 #include <nlohmann/json.hpp>
 
 #include <cstdio>
-#include <memory>
-#include <optional>
-
-// The two commands that turn images into others, grade and edge, and what they share.
 
 namespace tool {
 
 namespace {
 
 using host::Error;
-
-struct CookOptions
-{
-    std::string input, output;
-    std::optional<std::string> frames, depth, black, white;
-    std::string progress = "auto";
-    std::vector<std::string> planes;
-    std::string threads = std::to_string(host::defaultThreads());
-    std::string tile = "200";
-    bool stats = false;
-};
-
-struct GradeOptions : CookOptions
-{
-    std::optional<std::string> chain, chainFile;
-};
-
-struct EdgeOptions : CookOptions
-{
-    host::Operation::EdgeSettings edge;
-    std::string scope = "rgb";
-};
-
-void addCommon(CLI::App& command, CookOptions& o)
-{
-    command.add_option("INPUT", o.input, "image file; #### or %04d stands for the frame number")->required();
-    command.add_option("-o,--output", o.output, "image file to write; its extension picks the file format")
-        ->required();
-    command.add_option("--frames", o.frames, "frames of a sequence: 1001-1100, 1001-1100x2 or 1,5,9");
-    command
-        .add_option("--planes", o.planes,
-                    "planes to work on, or all; the others are copied (default: those with colour)")
-        ->delimiter(',')
-        ->allow_extra_args(false);
-    command.add_option("--depth", o.depth,
-                       "store the output as uint8, uint16, uint32, half or float (default: as the input)");
-    command.add_option("--black", o.black, "integer code of 0.0 (default: 0)");
-    command.add_option("--white", o.white, "integer code of 1.0 (default: the last code)");
-    command.add_option("--threads", o.threads, "threads, 1 to 8")->capture_default_str();
-    command.add_option("--tile", o.tile, "side of a tile in pixels")->capture_default_str();
-    command.add_option("--progress", o.progress, "auto, none, bar or json")->capture_default_str();
-    command.add_flag("--stats", o.stats, "tell where the time went");
-}
 
 host::CookSettings settingsOf(const CookOptions& o)
 {
@@ -82,27 +36,46 @@ host::CookSettings settingsOf(const CookOptions& o)
     return settings;
 }
 
-struct Task
+/// The names of all files, the output's last.
+std::vector<std::string*> pathsOf(CookFiles& files)
 {
-    std::string input, output;
-};
+    std::vector<std::string*> paths{&files.inputs.first};
+    for (std::optional<std::string>* input : {&files.inputs.second, &files.inputs.matte})
+        if (*input)
+            paths.push_back(&**input);
+    paths.push_back(&files.output);
+    return paths;
+}
 
-std::vector<Task> tasksOf(const CookOptions& o)
+/// Several frames need a place for the number in the output and in an input; other inputs may be stills.
+void checkPlaces(CookFiles files)
+{
+    std::vector<std::string> stills;
+    const std::vector<std::string*> paths = pathsOf(files);
+    for (const std::string* path : paths)
+        if (!host::hasFramePlace(*path))
+            stills.push_back("'" + *path + "'");
+    if (!host::hasFramePlace(files.output))
+        stills = {stills.back()};
+    else if (stills.size() < paths.size() - 1)
+        return;
+    host::refuse("--frames: there is no place for the frame number in " + host::joined(stills) +
+                 "; write #### or %04d there");
+}
+
+std::vector<CookFiles> framesOf(const CookOptions& o)
 {
     if (!o.frames)
-        return {{o.input, o.output}};
+        return {o};
     const std::vector<int64_t> frames = host::parseFrames(*o.frames);
-    for (const std::string& path : {o.input, o.output})
-        if (frames.size() > 1 && !host::hasFramePlace(path))
-            host::refuse("--frames: '" + path +
-                         "' has no place for the frame number; write #### or %04d there");
-    std::vector<Task> tasks;
-    const auto pathOf = [](const std::string& path, int64_t frame) {
-        return host::hasFramePlace(path) ? host::framePath(path, frame) : path;
-    };
-    for (const int64_t frame : frames)
-        tasks.push_back({pathOf(o.input, frame), pathOf(o.output, frame)});
-    return tasks;
+    if (frames.size() > 1)
+        checkPlaces(o);
+    std::vector<CookFiles> all(frames.size(), o);
+    for (size_t i = 0; i < frames.size(); ++i)
+        for (std::string* path : pathsOf(all[i]))
+            if (host::hasFramePlace(*path))
+                *path = host::framePath(*path, frames[i]);
+    return all;
 }
 
 nlohmann::ordered_json statsJson(const host::CookReport& report)
@@ -150,21 +123,51 @@ bool endsSequence(const Error& error)
     return error.kind() == Kind::Usage || error.kind() == Kind::Output || error.kind() == Kind::Cancelled;
 }
 
-/// Runs an operation over all frames. One that fails does not keep the others from being done.
-int cookAll(const CookOptions& o, const host::Operation& operation)
+} // namespace
+
+std::string inputHelp(const std::string& what)
+{
+    return what + "; #### or %04d stands for the frame number";
+}
+
+void addCookOptions(CLI::App& command, CookOptions& o)
+{
+    command.add_option("-o,--output", o.output, "image file to write; its extension picks the file format")
+        ->required();
+    command.add_option("--frames", o.frames, "frames of a sequence: 1001-1100, 1001-1100x2 or 1,5,9");
+    command
+        .add_option("--planes", o.planes,
+                    "planes to work on, or all; the others are copied (default: those with colour)")
+        ->delimiter(',')
+        ->allow_extra_args(false);
+    command.add_option("--depth", o.depth,
+                       "store the output as uint8, uint16, uint32, half or float (default: as the inputs)");
+    command.add_option("--threads", o.threads, "threads, 1 to 8")->capture_default_str();
+    command.add_option("--tile", o.tile, "side of a tile in pixels")->capture_default_str();
+    command.add_option("--progress", o.progress, "auto, none, bar or json")->capture_default_str();
+    command.add_flag("--stats", o.stats, "tell where the time went");
+}
+
+void addPoints(CLI::App& command, CookOptions& o)
+{
+    command.add_option("--black", o.black, "integer code of 0.0 (default: 0)");
+    command.add_option("--white", o.white, "integer code of 1.0 (default: the last code)");
+}
+
+int cookAll(const CookOptions& o, const CookJob& job)
 {
     host::CookSettings settings = settingsOf(o);
-    const std::vector<Task> tasks = tasksOf(o);
+    const std::vector<CookFiles> frames = framesOf(o);
     Progress progress(o.progress);
     host::setFileThreads(settings.threads);
     size_t failed = 0, missing = 0;
-    for (size_t i = 0; i < tasks.size(); ++i) {
+    for (size_t i = 0; i < frames.size(); ++i) {
         try {
-            settings.progress = progress.begin(tasks[i].output, i, tasks.size());
-            tellDone(host::cook(tasks[i].input, tasks[i].output, operation, settings), o, progress);
+            settings.progress = progress.begin(frames[i].output, i, frames.size());
+            tellDone(job(frames[i], settings), o, progress);
         } catch (const Error& error) {
             progress.clear();
-            if (tasks.size() == 1 || endsSequence(error))
+            if (frames.size() == 1 || endsSequence(error))
                 throw;
             std::fprintf(stderr, "kreiluge: %s\n", error.what());
             ++failed;
@@ -172,58 +175,16 @@ int cookAll(const CookOptions& o, const host::Operation& operation)
         }
     }
     if (failed > 0)
-        std::fprintf(stderr, "kreiluge: %zu of %zu frames failed\n", failed, tasks.size());
-    if (missing == tasks.size())
+        std::fprintf(stderr, "kreiluge: %zu of %zu frames failed\n", failed, frames.size());
+    if (missing == frames.size())
         return exitUsage;
     return failed > 0 ? exitSomeFailed : exitDone;
 }
 
-host::Chain chainOf(const GradeOptions& o)
+int cookAll(const CookOptions& o, const host::Operation& operation)
 {
-    if (o.chain && o.chainFile)
-        host::refuse("--chain: there is a chain in the arguments already, '" + *o.chain + "'");
-    if (o.chain)
-        return host::Chain::fromText(*o.chain);
-    if (!o.chainFile)
-        host::refuse("no chain; write one such as \"gamma 2.2, add 0.1\", or name a file with --chain");
-    return host::Chain::fromJsonFile(*o.chainFile);
-}
-
-} // namespace
-
-void addGrade(CLI::App& app, int& exitCode)
-{
-    CLI::App* command = app.add_subcommand("grade", "Apply a chain of functions to an image or a sequence");
-    auto o = std::make_shared<GradeOptions>();
-    addCommon(*command, *o);
-    command->add_option("CHAIN", o->chain,
-                        "functions with their arguments, separated by commas; \"\" copies");
-    command->add_option("--chain", o->chainFile, "read the chain from a JSON file instead");
-    command->footer(
-        "Examples:\n"
-        "  kreiluge grade in.exr -o out.exr \"gamma 2.2, add 0.1\"\n"
-        "  kreiluge grade in.png -o out.png \"mult 1.1:1:0.9, limit 0 1 @rgb\"\n"
-        "  kreiluge grade shot.####.exr -o graded.####.exr --frames 1001-1100 --chain look.json\n"
-        "A scope after @ says which of r, g, b and a a function applies to: all without it, alpha too.\n"
-        "`kreiluge functions` lists the functions.");
-    command->callback([o, &exitCode] { exitCode = cookAll(*o, host::Operation::grade(chainOf(*o))); });
-}
-
-void addEdge(CLI::App& app, int& exitCode)
-{
-    CLI::App* command = app.add_subcommand("edge", "Turn an image or a sequence into its edges");
-    auto o = std::make_shared<EdgeOptions>();
-    addCommon(*command, *o);
-    command->add_flag("--prewitt", o->edge.prewitt, "weigh the nine pixels alike (default: Sobel weights)");
-    command->add_option("--gain", o->edge.gain, "gain of the differences")->capture_default_str();
-    command->add_option("--corner", o->edge.corner, "share of the corner pixels")->capture_default_str();
-    command->add_option("--scope", o->scope, "components to work on; the others are copied")
-        ->capture_default_str();
-    command->footer("Examples:\n"
-                    "  kreiluge edge in.exr -o edges.exr\n"
-                    "  kreiluge edge in.png -o edges.png --prewitt --gain 2");
-    command->callback([o, &exitCode] {
-        exitCode = cookAll(*o, host::Operation::edge(o->edge, host::componentsOfLetters(o->scope)));
+    return cookAll(o, [&](const CookFiles& files, const host::CookSettings& settings) {
+        return host::cook(files.inputs.first, files.output, operation, settings);
     });
 }
 

@@ -67,7 +67,7 @@ std::string describe(const CLI::ParseError& error, const CLI::App& app)
 
 int run(int argc, char** argv)
 {
-    CLI::App app("Grades images and finds their edges, from the shell.", "kreiluge");
+    CLI::App app("Grades images, combines them and finds their edges, from the shell.", "kreiluge");
     app.set_version_flag("--version", "kreiluge " KREILUGE_VERSION);
     app.require_subcommand(0, 1);
     app.footer("Exit codes: 0 done; 1 some frames failed, or diff found a difference; 2 bad arguments or no "
@@ -77,6 +77,9 @@ int run(int argc, char** argv)
     int exitCode = tool::exitDone;
     tool::addGrade(app, exitCode);
     tool::addEdge(app, exitCode);
+    tool::addComposite(app, exitCode);
+    tool::addBlend(app, exitCode);
+    tool::addChroma(app, exitCode);
     tool::addFunctions(app);
     tool::addInfo(app);
     tool::addDiff(app, exitCode);

@@ -1,0 +1,165 @@
+#include "Commands.h"
+#include "CookCommand.h"
+
+#include <host/Error.h>
+#include <host/Names.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+#include <optional>
+
+// The commands that make one image of several.
+
+namespace tool {
+
+namespace {
+
+struct CompositeOptions : CookOptions
+{
+    std::string operation;
+    host::Combination::CompositeSettings composite;
+};
+
+struct BlendOptions : CookOptions
+{
+    host::Combination::BlendSettings blend;
+    std::optional<float> mix;
+    std::optional<std::string> channel;
+};
+
+struct ChromaOptions : CookOptions
+{
+    host::Combination::ChromaSettings chroma;
+    std::optional<std::string> channel;
+};
+
+int combineAll(const CookOptions& o, const host::Combination& combination)
+{
+    return cookAll(o, [&](const CookFiles& files, const host::CookSettings& settings) {
+        return host::combine(files.inputs, files.output, combination, settings);
+    });
+}
+
+void printOperations()
+{
+    for (const host::CompositeName& operation : host::compositeNames())
+        std::printf("%2d  %-18s %s\n", static_cast<int>(operation.type), operation.name, operation.formula);
+}
+
+std::optional<int> componentOf(const char* option, const std::optional<std::string>& letter)
+{
+    static const std::vector<std::string> letters{"r", "g", "b", "a"};
+    if (!letter)
+        return {};
+    const auto found = std::find(letters.begin(), letters.end(), *letter);
+    if (found == letters.end())
+        host::refuseName(std::string(option) + ": unknown component", *letter, letters);
+    return static_cast<int>(found - letters.begin());
+}
+
+int composite(CompositeOptions o)
+{
+    o.composite.type = host::compositeOfName(o.operation);
+    return combineAll(o, {o.composite});
+}
+
+int blend(BlendOptions o)
+{
+    if (!o.mix && !o.inputs.matte && !o.blend.weights)
+        host::refuse("blend: there is nothing to mix by; write --mix 0.3, --mask FILE or --weights 0.5 0.7");
+    o.blend.mix = o.mix.value_or(1.0f);
+    checkFinite("--mix", {&o.blend.mix, 1});
+    if (o.blend.weights)
+        checkFinite("--weights", *o.blend.weights);
+    o.inputs.matteComponent = componentOf("--mask-channel", o.channel);
+    return combineAll(o, {o.blend});
+}
+
+int chroma(ChromaOptions o)
+{
+    checkFinite("--backing", o.chroma.backing);
+    o.inputs.matteComponent = componentOf("--matte-channel", o.channel);
+    return combineAll(o, {o.chroma});
+}
+
+} // namespace
+
+void addComposite(CLI::App& app, int& exitCode)
+{
+    CLI::App* command = app.add_subcommand("comp", "Put an image in front of another one, by an operation");
+    auto o = std::make_shared<CompositeOptions>();
+    command->add_option("OPERATION", o->operation, "name or number of an operation")->required();
+    command->add_option("FG", o->inputs.second, inputHelp("image in front, the source"))->required();
+    command->add_option("BG", o->inputs.first, inputHelp("image behind, the destination"))->required();
+    command->add_flag("--premult", o->composite.premultiply,
+                      "multiply the colours of both images by their alpha first");
+    command->add_flag("--unpremult", o->composite.unpremultiply,
+                      "divide the colours of the result by its alpha");
+    const auto list = [] {
+        printOperations();
+        throw CLI::Success();
+    };
+    command->add_flag_callback("--list", list, "list the operations with their formulas, and do no more");
+    addCookOptions(*command, *o);
+    command->footer("Examples:\n"
+                    "  kreiluge comp over fg.exr bg.exr -o out.exr\n"
+                    "  kreiluge comp over fg.png bg.png -o out.png --premult --unpremult\n"
+                    "  kreiluge comp screen glow.####.exr still.exr -o out.####.exr --frames 1-24\n"
+                    "Alpha is taken as it stands in the files: colours count as multiplied by it already.");
+    command->callback([o, &exitCode] { exitCode = composite(*o); });
+}
+
+void addBlend(CLI::App& app, int& exitCode)
+{
+    CLI::App* command = app.add_subcommand("blend", "Mix two images, or fade one, perhaps through a mask");
+    auto o = std::make_shared<BlendOptions>();
+    command->add_option("A", o->inputs.first, inputHelp("image file"))->required();
+    CLI::Option* second = command->add_option("B", o->inputs.second, "image to mix in (default: black)");
+    CLI::Option* mix = command->add_option("--mix", o->mix, "share of B, 0 to 1 (default: 1, with a mask)");
+    CLI::Option* mask =
+        command->add_option("--mask", o->inputs.matte, "image that the share is multiplied by");
+    command->add_option("--mask-channel", o->channel, "the component of the mask for all: r, g, b or a")
+        ->needs(mask);
+    command->add_flag("--swap", o->blend.swap, "exchange the two images; with one image, invert the mask")
+        ->needs(mask);
+    command->add_option("--weights", o->blend.weights, "multiply A and B by these instead, and add them")
+        ->type_name("WA WB")
+        ->needs(second)
+        ->excludes(mix)
+        ->excludes(mask);
+    addCookOptions(*command, *o);
+    addPoints(*command, *o);
+    command->footer(
+        "Examples:\n"
+        "  kreiluge blend a.exr b.exr -o out.exr --mix 0.3\n"
+        "  kreiluge blend a.exr b.exr -o out.exr --mask mask.exr --mask-channel a\n"
+        "  kreiluge blend a.exr b.exr -o out.exr --weights 1 -0.5\n"
+        "  kreiluge blend shot.####.exr -o out.####.exr --mask vignette.exr --swap --frames 1-24");
+    command->callback([o, &exitCode] { exitCode = blend(*o); });
+}
+
+void addChroma(CLI::App& app, int& exitCode)
+{
+    CLI::App* command =
+        app.add_subcommand("chroma", "Take the colour of a backing out of an image, by a matte");
+    auto o = std::make_shared<ChromaOptions>();
+    command->add_option("IMAGE", o->inputs.first, inputHelp("image file"))->required();
+    command->add_option("--matte", o->inputs.matte, "image that is 1 where the backing is hidden")
+        ->required();
+    command->add_option("--matte-channel", o->channel,
+                        "the component of the matte: r, g, b or a (default: alpha, else the first)");
+    command->add_option("--backing", o->chroma.backing, "the colour of the backing, three numbers")
+        ->type_name("R G B")
+        ->required();
+    addCookOptions(*command, *o);
+    addPoints(*command, *o);
+    command->footer(
+        "Examples:\n"
+        "  kreiluge chroma shot.exr -o keyed.exr --matte matte.exr --backing 0.05 0.6 0.1\n"
+        "Where the matte is 1 a pixel stays, where it is 0 its colour becomes black; between them\n"
+        "(1 - matte) times the backing is subtracted. Alpha stays as it is.");
+    command->callback([o, &exitCode] { exitCode = chroma(*o); });
+}
+
+} // namespace tool
