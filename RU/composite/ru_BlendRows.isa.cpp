@@ -1,6 +1,6 @@
 #include <RU/composite/ru_BlendRows.h>
 
-#include <RU/framework/ru_Codes.h>
+#include <RU/framework/ru_Blocks.h>
 
 namespace RU_ISA {
 
@@ -13,16 +13,20 @@ void blendRow(T* first, const T* second, int64_t count, const ru_BlendWeights<ru
     const ru_Range<T> range = of;
     const ru_BlendWeights<Work> with = weights;
     const ru_Clamp<Work> white(PXL_FormatOf<T>::white);
-    RU_EACH_ALONE
-    for (int64_t i = 0; i < count; ++i) {
-        Work sum = (Rows ? with.firstRow[i] : with.first) * aboveBlack<T, FullRange>(first[i], range);
+    eachBlock<hasBlocks<T>>(count, [=](auto block, int64_t i) RU_BLOCK {
+        const auto weightOf = [=](Work all, const Work* row) RU_BLOCK {
+            if constexpr (Rows)
+                return block.load(row + i);
+            else
+                return all;
+        };
+        auto sum =
+            block.template loadAbove<FullRange>(first + i, range) * weightOf(with.first, with.firstRow);
         if constexpr (Two)
-            sum = sum + (Rows ? with.secondRow[i] : with.second) * aboveBlack<T, FullRange>(second[i], range);
-        if constexpr (Rows && FullRange && std::is_integral_v<T>) // the weights make at most 1, or are NaN
-            first[i] = flooredCode<T>(positiveOf(sum + Work(0.5f), white));
-        else
-            first[i] = codeAboveBlack<T, FullRange>(sum, range, white);
-    }
+            sum = sum + block.template loadAbove<FullRange>(second + i, range) *
+                            weightOf(with.second, with.secondRow);
+        block.template storeAbove<FullRange>(first + i, sum, range, white);
+    });
 }
 
 /// Halves go through floats.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <RU/framework/ru_Codes.h>
+#include <RU/framework/ru_Blocks.h>
 
 #include <cstdint>
 #include <type_traits>
@@ -137,96 +137,100 @@ public:
     {
         asm("" : "+r"(white_)); // g++ 12 would make 255 - x a NOT, which waits for its register's last value
     }
-    RU_LANE Colour colour(T code) const { return {code}; }
-    RU_LANE Alpha alpha(U code) const { return {{code}, white_}; }
+    RU_LANE Colour colour(Block<1>, const T* code) const { return {*code}; }
+    RU_LANE Alpha alpha(Block<1>, const U* code) const { return {{*code}, white_}; }
+    RU_LANE void store(Block<1>, T* code, auto result) const { *code = stored(result); }
 
-    RU_LANE T store(Code<T> value) const { return value.code; }
-    RU_LANE T store(CodeSum<T> sum) const
+    RU_LANE T stored(Code<T> value) const { return value.code; }
+    RU_LANE T stored(CodeSum<T> sum) const
     {
         const T room = static_cast<T>(white_ - sum.a);
         return static_cast<T>(sum.a + (sum.b < room ? sum.b : room));
     }
-    RU_LANE T store(CodeDifference<T> difference) const
+    RU_LANE T stored(CodeDifference<T> difference) const
     {
         return static_cast<T>((difference.a > difference.b ? difference.a : difference.b) - difference.b);
     }
-    RU_LANE T store(ByteProduct product) const { return rounded(product); }
+    RU_LANE T stored(ByteProduct product) const { return rounded(product); }
 
 private:
     T white_ = PXL_FormatOf<T>::white;
 };
 
-// Everything else in float: colours in units of their codes, alphas of which full is 1.
+// Everything else in float: colours in units of their codes, alphas of which full is 1. B is the block
+// that they are a part of.
 
-template <class T>
+template <class T, class B>
 struct FloatColour
 {
-    float value;
+    typename B::Floats value;
 };
 
+template <class B>
 struct FloatAlpha
 {
-    float value;
+    typename B::Floats value;
 };
 
-RU_INLINE FloatAlpha operator-(int one, FloatAlpha alpha)
+template <class B>
+RU_INLINE FloatAlpha<B> operator-(int one, FloatAlpha<B> alpha)
 {
     return {static_cast<float>(one) - alpha.value};
 }
 
-template <class T>
-RU_INLINE FloatColour<T> operator*(FloatColour<T> colour, FloatAlpha alpha)
+template <class T, class B>
+RU_INLINE FloatColour<T, B> operator*(FloatColour<T, B> colour, FloatAlpha<B> alpha)
 {
     return {colour.value * alpha.value};
 }
 
-template <class T>
-RU_INLINE FloatColour<T> operator*(FloatAlpha alpha, FloatColour<T> colour)
+template <class T, class B>
+RU_INLINE FloatColour<T, B> operator*(FloatAlpha<B> alpha, FloatColour<T, B> colour)
 {
     return {alpha.value * colour.value};
 }
 
 /// One of two colours is normalised.
-template <class T>
-RU_INLINE FloatColour<T> operator*(FloatColour<T> a, FloatColour<T> b)
+template <class T, class B>
+RU_INLINE FloatColour<T, B> operator*(FloatColour<T, B> a, FloatColour<T, B> b)
 {
     constexpr float unit = 1.0f / PXL_FormatOf<T>::white;
     return {a.value * (b.value * unit)};
 }
 
-template <class T>
-RU_INLINE FloatColour<T> operator+(FloatColour<T> a, FloatColour<T> b)
+template <class T, class B>
+RU_INLINE FloatColour<T, B> operator+(FloatColour<T, B> a, FloatColour<T, B> b)
 {
     return {a.value + b.value};
 }
 
-template <class T>
-RU_INLINE FloatColour<T> operator-(FloatColour<T> a, FloatColour<T> b)
+template <class T, class B>
+RU_INLINE FloatColour<T, B> operator-(FloatColour<T, B> a, FloatColour<T, B> b)
 {
     return {a.value - b.value};
 }
 
-template <class T>
-RU_INLINE FloatColour<T> operator/(FloatColour<T> a, int divisor)
+template <class T, class B>
+RU_INLINE FloatColour<T, B> operator/(FloatColour<T, B> a, int divisor)
 {
     return {a.value / static_cast<float>(divisor)};
 }
 
 template <class T>
-RU_INLINE FloatColour<T> abs(FloatColour<T> a)
+RU_INLINE FloatColour<T, Block<1>> abs(FloatColour<T, Block<1>> a)
 {
     return {__builtin_fabsf(a.value)};
 }
 
 /// Of equal values the first one.
 template <class T>
-RU_INLINE FloatColour<T> min(FloatColour<T> a, FloatColour<T> b)
+RU_INLINE FloatColour<T, Block<1>> min(FloatColour<T, Block<1>> a, FloatColour<T, Block<1>> b)
 {
     return {a.value <= b.value ? a.value : b.value};
 }
 
 template <class T>
-RU_INLINE FloatColour<T> max(FloatColour<T> a, FloatColour<T> b)
+RU_INLINE FloatColour<T, Block<1>> max(FloatColour<T, Block<1>> a, FloatColour<T, Block<1>> b)
 {
     return {b.value <= a.value ? a.value : b.value};
 }
@@ -235,21 +239,29 @@ template <class T, class U>
 class FloatLanes
 {
 public:
-    using Colour = FloatColour<T>;
-    using Alpha = FloatAlpha;
-
     RU_LANE FloatLanes(float alphaUnit) : white_(PXL_FormatOf<T>::white), alphaUnit_(alphaUnit) {}
-    RU_LANE Colour colour(T code) const { return {valueOf(code)}; }
-    RU_LANE Alpha alpha(U code) const { return {valueOf(code) * alphaUnit_}; }
 
-    RU_LANE T store(Colour result) const
+    template <class B>
+    RU_LANE FloatColour<T, B> colour(B block, const T* codes) const
+    {
+        return {block.load(codes)};
+    }
+
+    template <class B>
+    RU_LANE FloatAlpha<B> alpha(B block, const U* codes) const
+    {
+        return {block.load(codes) * alphaUnit_};
+    }
+
+    template <class B>
+    RU_LANE void store(B block, T* codes, FloatColour<T, B> result) const
     {
         if constexpr (std::is_integral_v<T>)
-            return codeOf<T>(result.value + 0.5f, white_);
+            block.store(codes, result.value + 0.5f, white_);
         else if constexpr (std::is_integral_v<U>)
-            return result.value > most ? most : result.value < -most ? -most : result.value;
+            *codes = result.value > most ? most : result.value < -most ? -most : result.value;
         else
-            return result.value;
+            *codes = result.value;
     }
 
 private:

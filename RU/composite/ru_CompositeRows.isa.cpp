@@ -46,7 +46,7 @@ concept Computes =
              std::conditional_t<readsDestination<Formula>, typename Lanes::Alpha, NoAlpha> dstAlpha,
              std::conditional_t<readsSource<Formula>, typename Lanes::Alpha, NoAlpha> srcAlpha)
 {
-    lanes.store(Formula::of(colour, dstAlpha, colour, srcAlpha));
+    lanes.stored(Formula::of(colour, dstAlpha, colour, srcAlpha));
 };
 
 template <class Formula, class T, class U>
@@ -55,11 +55,11 @@ template <class Formula, class T, class U>
 requires std::is_integral_v<T>
 constexpr bool isExact<Formula, T, U> = Computes<Formula, CodeLanes<T, U>>;
 
-template <bool reads, class U>
-RU_INLINE auto alphaAt(const auto& lanes, const U* alphas, int64_t i)
+template <bool reads>
+RU_INLINE auto alphaAt(const auto& lanes, auto block, const auto* alpha)
 {
     if constexpr (reads)
-        return lanes.alpha(alphas[i]);
+        return lanes.alpha(block, alpha);
     else
         return NoAlpha();
 }
@@ -67,13 +67,15 @@ RU_INLINE auto alphaAt(const auto& lanes, const U* alphas, int64_t i)
 template <class Formula, class T, class U>
 RU_INLINE void combine(T* dst, const U* dstAlpha, const T* src, const U* srcAlpha, int64_t count, float unit)
 {
-    const std::conditional_t<isExact<Formula, T, U>, CodeLanes<T, U>, FloatLanes<T, U>> lanes(unit);
-    RU_EACH_ALONE
-    for (int64_t i = 0; i < count; ++i) {
-        const auto dA = alphaAt<readsDestination<Formula>>(lanes, dstAlpha, i);
-        const auto sA = alphaAt<readsSource<Formula>>(lanes, srcAlpha, i);
-        dst[i] = lanes.store(Formula::of(lanes.colour(dst[i]), dA, lanes.colour(src[i]), sA));
-    }
+    constexpr bool exact = isExact<Formula, T, U>;
+    const std::conditional_t<exact, CodeLanes<T, U>, FloatLanes<T, U>> lanes(unit);
+    eachBlock<!exact && hasBlocks<T>>(count, [=](auto block, int64_t i) RU_BLOCK {
+        const auto d = lanes.colour(block, dst + i);
+        const auto s = lanes.colour(block, src + i);
+        const auto dA = alphaAt<readsDestination<Formula>>(lanes, block, dstAlpha + i);
+        const auto sA = alphaAt<readsSource<Formula>>(lanes, block, srcAlpha + i);
+        lanes.store(block, dst + i, Formula::of(d, dA, s, sA));
+    });
 }
 
 template <class Formula, class T, class U>

@@ -1,4 +1,4 @@
-#include <RU/framework/ru_Codes.h>
+#include <RU/framework/ru_Blocks.h>
 #include <RU/framework/ru_ConvertRows.h>
 
 #include <SYS/SYS_Half.h>
@@ -12,22 +12,22 @@ namespace RU_ISA {
 // Integer codes.
 
 template <class T, bool FullRange, class Value>
-void readCodes(const T* __restrict codes, Value* __restrict values, int64_t count, const ru_Range<T>& of)
+void readCodes(const T* codes, Value* values, int64_t count, const ru_Range<T>& of)
 {
     const ru_Range<T> range = of;
-    for (int64_t i = 0; i < count; ++i)
-        values[i] = static_cast<Value>(aboveBlack<T, FullRange>(codes[i], range) * range.scale);
+    eachBlock<hasBlocks<T>>(count, [=](auto block, int64_t i) RU_BLOCK {
+        block.put(values + i, block.template loadAbove<FullRange>(codes + i, range) * range.scale);
+    });
 }
 
 template <class T, bool FullRange, class Value>
-void writeCodes(const Value* __restrict values, T* __restrict codes, int64_t count, const ru_Range<T>& of)
+void writeCodes(const Value* values, T* codes, int64_t count, const ru_Range<T>& of)
 {
     const ru_Range<T> range = of;
     const ru_Clamp<ru_Work<T>> white(PXL_FormatOf<T>::white);
-    for (int64_t i = 0; i < count; ++i) {
-        const ru_Work<T> value = values[i];
-        codes[i] = codeAboveBlack<T, FullRange>(value * range.span, range, white);
-    }
+    eachBlock<hasBlocks<T>>(count, [=](auto block, int64_t i) RU_BLOCK {
+        block.template storeAbove<FullRange>(codes + i, block.load(values + i) * range.span, range, white);
+    });
 }
 
 // Halves.
