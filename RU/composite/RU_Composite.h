@@ -27,7 +27,7 @@
       SUBTRACT_REVERSED)
 // clang-format on
 
-enum RU_CompositeType {
+enum RU_CompositeType : int {
 #define RU_COMPOSITE_ENUMERATOR(TYPE, ...) RU_COMP_##TYPE,
     RU_FOR_EACH_COMPOSITE_TYPE(RU_COMPOSITE_ENUMERATOR)
 #undef RU_COMPOSITE_ENUMERATOR

@@ -57,6 +57,18 @@ public:
                 format.put(data(c), i, randomCode(format, random));
     }
 
+    /// Makes some tiles absent, constant or done.
+    void scatter(Random& random)
+    {
+        for (int c = 0; c < 4; ++c) {
+            if (random.oneIn(6))
+                list.tiles[c] = nullptr;
+            tiles[c].setConstantTile(random.oneIn(6));
+            tiles[c].setDone(random.oneIn(6));
+        }
+    }
+    bool mayWrite(int c) const { return list.tiles[c] && !tiles[c].isConstant() && !tiles[c].isDone(); }
+
     bool guardsIntact()
     {
         for (int c = 0; c < 4; ++c)
@@ -96,5 +108,19 @@ public:
 private:
     static inline int rowsLeft = 0;
 };
+
+/// An operation over 9 x 20 pixels ends before its fourth row when told so there, whether it takes component
+/// by component or row by row.
+template <class Run>
+void expectStop(Picture& out, const Run& run)
+{
+    Random random(8);
+    out.randomize(random);
+    const Bytes third = out.rows(0, 2, 3), rest = out.rows(0, 3, 20), restOfNext = out.rows(1, 3, 20);
+    StopAfter host(3);
+    EXPECT_EQ(run(&host.token), 1);
+    EXPECT_LE(host.furtherQuestions(), 3) << "one for each of the other components";
+    EXPECT_TRUE(out.rows(0, 2, 3) != third && out.rows(0, 3, 20) == rest && out.rows(1, 3, 20) == restOfNext);
+}
 
 } // namespace reference

@@ -52,6 +52,14 @@ inline std::vector<float> specialFloats()
     return values;
 }
 
+/// A number around [0, 1], now and then a special one.
+inline float anyFloat(Random& random)
+{
+    static const std::vector<float> special = specialFloats();
+    return random.oneIn(8) ? special[random.bits() % special.size()]
+                           : static_cast<float>(random.between(-0.5, 1.5));
+}
+
 /// The instruction sets that this processor can run.
 inline std::vector<PXL_InstructionSet> runnableSets()
 {

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <cmath>
+
+/// What combining a source and a destination means, written from the formulas.
+namespace reference {
+
+/// A compositing operation by its number, in steps of Number: colours as codes, alphas from 0 to 1. A null
+/// alpha is full everywhere.
+template <class Number>
+Number composited(int type, Number s, Number d, const Number* sA, const Number* dA, Number white)
+{
+    const Number notS = sA ? 1 - *sA : 0, notD = dA ? 1 - *dA : 0;
+    const Number inside = dA ? s * *dA : s, outside = dA ? s * notD : 0;
+    const Number results[] = {
+        sA ? s + notS * d : s,           // over
+        dA ? d + notD * s : d,           // under
+        sA ? inside + notS * d : inside, // atop
+        inside,                          //
+        outside,                         //
+        s + d - s * d / white,           // screen
+        s + d,                           // add
+        d - s,                           // subtract
+        std::abs(s - d),                 // difference
+        s * d / white,                   // multiply
+        d <= s ? d : s,                  // minimum
+        s <= d ? d : s,                  // maximum
+        (s + d) / 2,                     // average
+        !sA  ? outside
+        : dA ? outside + d * notS
+             : d * notS, // xor
+        s - d,           // reversed subtract
+    };
+    return results[type];
+}
+
+/// Is the result the source or the destination as it stands, or zero, for want of alphas?
+inline bool isPlain(int type, bool sA, bool dA)
+{
+    return (type == 0 && !sA) || ((type == 1 || type == 3 || type == 4) && !dA) ||
+           ((type == 2 || type == 13) && !sA && !dA);
+}
+
+/// The alphas themselves, in the scale of their codes.
+template <class Number>
+Number compositedAlpha(int type, Number sA, Number dA, Number white)
+{
+    const Number s = sA / white, d = dA / white;
+    return type == 2 ? dA : composited(type, sA, dA, &s, &d, white);
+}
+
+/// Values that are chosen rather than mixed.
+inline float selected(int type, float s, float d, const float* sA, const float* dA, bool geometry)
+{
+    const bool showsS = !sA || (geometry && *sA > 0), showsD = !dA || (geometry && *dA > 0);
+    const float results[] = {
+        showsS ? s : d,           // over
+        showsD ? d : s,           // under
+        showsS && showsD ? s : d, // atop
+        !dA || *dA > 0 ? s : 0,   // inside
+        dA && *dA < 1 ? s : 0,    // outside
+    };
+    return type < 5 ? results[type] : composited(type, s, d, sA, dA, 1.0f);
+}
+
+} // namespace reference
