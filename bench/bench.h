@@ -23,6 +23,9 @@ constexpr Size hd = {"1080p", 1920, 1080};
 constexpr Size uhd = {"4K", 3840, 2160};
 constexpr Size small = {"256", 256, 256}; ///< stays in the cache
 
+/// The pixels that whoever works piece by piece takes at once: those of a tile of the host.
+constexpr int pieceLength = 200 * 200;
+
 /// What all contenders of a row work on: a picture in tiles and once more in a region with a border of one
 /// pixel, and tiles for the result. Peers take the bare memory, in which the components of a pixel lie side
 /// by side; of a single component it is the tiles' own. Four components are premultiplied RGBA.

@@ -3,26 +3,31 @@
 
 #include <bench/bench.h>
 
+#include <algorithm>
 #include <cstring>
 
 namespace bench {
 
 namespace {
 
-/// Over the components one after another, as the library goes. `third(c)` lies beside component c, with
+/// Piece by piece, and in each over the components one after another. `third(c)` lies beside component c, with
 /// `elementBytes` for each of its values; null where there is none.
 Work moves(Planes& planes, auto third, int elementBytes)
 {
     return [&planes, &second = planes.second(), third, elementBytes, with = moveKernels().with] {
         const int ownBytes = PXLbytesPerElement(planes.plane.formatCode);
-        for (int c = 0; c < planes.components(); ++c) {
-            Word* to = nullptr;
-            planes.out.tiles[c]->getImageData(to);
-            const auto* beside = static_cast<const Word*>(third(c));
-            with[beside == nullptr ? 0 : elementBytes / ownBytes](
-                to, static_cast<const Word*>(second.region.getImageData(c)), beside,
-                int64_t{planes.out.itemCount} * ownBytes / 8);
-        }
+        for (int at = 0; at < planes.out.itemCount; at += pieceLength)
+            for (int c = 0; c < planes.components(); ++c) {
+                char* to = nullptr;
+                planes.out.tiles[c]->getImageData(to);
+                const char* from = static_cast<const char*>(second.region.getImageData(c));
+                const char* beside = static_cast<const char*>(third(c));
+                with[beside == nullptr ? 0 : elementBytes / ownBytes](
+                    reinterpret_cast<Word*>(to + int64_t{at} * ownBytes),
+                    reinterpret_cast<const Word*>(from + int64_t{at} * ownBytes),
+                    reinterpret_cast<const Word*>(beside + int64_t{at} * elementBytes),
+                    int64_t{std::min(pieceLength, planes.out.itemCount - at)} * ownBytes / 8);
+            }
     };
 }
 

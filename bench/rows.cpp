@@ -15,6 +15,7 @@
 #include <RU/pixelfunc/RU_SaturationFunc.h>
 #include <RU/pixelfunc/RU_SinFunc.h>
 
+#include <algorithm>
 #include <memory>
 
 namespace bench {
@@ -86,7 +87,7 @@ Work edgeDetect(Planes& planes)
     };
 }
 
-/// Over, the planes one after another; the last is the alpha.
+/// Over, piece by piece as a host hands over its tiles; the last component is the alpha.
 template <class T>
 Work over(Planes& planes)
 {
@@ -97,10 +98,13 @@ Work over(Planes& planes)
             planes.out.tiles[c]->getImageData(to[c]);
             from[c] = static_cast<const T*>(second.region.getImageData(c));
         }
-        const int width = planes.out.width(), height = planes.out.height();
-        for (int c = 0; c < 3; ++c)
-            RU_Composite::composite(RU_COMP_OVER, width, height, to[c], to[3], from[c], from[3]);
-        RU_Composite::compositeAlpha(RU_COMP_OVER, width, height, to[3], from[3]);
+        for (int at = 0; at < planes.out.itemCount; at += pieceLength) {
+            const int count = std::min(pieceLength, planes.out.itemCount - at);
+            for (int c = 0; c < 3; ++c)
+                RU_Composite::composite(RU_COMP_OVER, count, 1, to[c] + at, to[3] + at, from[c] + at,
+                                        from[3] + at);
+            RU_Composite::compositeAlpha(RU_COMP_OVER, count, 1, to[3] + at, from[3] + at);
+        }
     };
 }
 

@@ -36,7 +36,10 @@ struct Block<1>
     template <class T>
     RU_INLINE auto load(const T* code)
     {
-        return valueOf(*code);
+        if constexpr (std::is_floating_point_v<T>)
+            return *code;
+        else
+            return valueOf(*code);
     }
 
     template <class Value, class Work>
