@@ -7,7 +7,9 @@
 #include <host/Writer.h>
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
+#include <span>
 
 namespace host {
 
@@ -18,37 +20,6 @@ using Blend = Combination::BlendSettings;
 using Chroma = Combination::ChromaSettings;
 
 constexpr const char* letters[] = {"r", "g", "b", "a"};
-
-struct Row
-{
-    RU_CompositeType type;
-    const char* name;
-    std::string formula;
-};
-
-/// A formula as the list has it, with blanks around every product.
-std::string spaced(const std::string& formula)
-{
-    std::string text;
-    for (const char letter : formula) {
-        if (text.ends_with('*') && letter != ' ')
-            text += ' ';
-        if (letter == '*' && !text.ends_with(' '))
-            text += ' ';
-        text += letter;
-    }
-    return text;
-}
-
-const std::vector<Row>& rows()
-{
-    static const std::vector<Row> all = {
-#define HOST_ROW(TYPE, NAME, FORMULA, ...) {RU_COMP_##TYPE, NAME, spaced(#FORMULA)},
-        RU_FOR_EACH_COMPOSITE_TYPE(HOST_ROW)
-#undef HOST_ROW
-    };
-    return all;
-}
 
 /// Luminance stands for red, green and blue.
 Plane asColour(Plane plane)
@@ -90,7 +61,7 @@ private:
     void choose(bool withAlphas);
     const Plane* partnerOf(const Plane& plane) const;
     const Plane* colourOf(const Plane& alpha) const;
-    void noteOthers();
+    void noteOthers(bool withAlphas);
     void setWindow();
 
     std::unique_ptr<PlaneWork> work(size_t plane, const Composite& composite);
@@ -122,7 +93,7 @@ Plan Planner::plan(const Combination& combination)
 {
     const bool composites = std::holds_alternative<Composite>(combination.settings);
     choose(composites);
-    noteOthers();
+    noteOthers(composites);
     std::vector<unsigned char> formats;
     for (size_t p = 0; p < first_.planes.size(); ++p) {
         const Plane* partner = chosen_[p] ? partners_[p] : nullptr;
@@ -207,13 +178,15 @@ const Plane* Planner::colourOf(const Plane& alpha) const
     return nullptr;
 }
 
-void Planner::noteOthers()
+/// Notes the planes of the second image that go nowhere; alphas go with their colours where `withAlphas`.
+void Planner::noteOthers(bool withAlphas)
 {
     std::vector<std::string> others;
     for (size_t p = 0; second_ != nullptr && p < second_->planes.size(); ++p) {
         const Plane& plane = second_->planes[p];
         const bool used = std::any_of(partners_.begin(), partners_.end(), [&](const Plane* partner) {
-            return partner != nullptr && (partner == &plane || second_->alphaOf(*partner) == &plane);
+            return partner != nullptr &&
+                   (partner == &plane || (withAlphas && second_->alphaOf(*partner) == &plane));
         });
         if (!used)
             others.push_back(plane.name);
@@ -331,6 +304,24 @@ PlaneInput Planner::matte(bool one) const
            joined(main->channelNames(matte_->channels)));
 }
 
+void checkFinite(const char* what, std::span<const float> numbers)
+{
+    for (const float number : numbers)
+        if (!std::isfinite(number))
+            refuse(std::string(what) + ": " + std::to_string(number) + " is not finite");
+}
+
+void checkNumbers(const Combination& combination)
+{
+    if (const auto* chroma = std::get_if<Chroma>(&combination.settings))
+        checkFinite("backing", chroma->backing);
+    const auto* blend = std::get_if<Blend>(&combination.settings);
+    if (blend != nullptr && blend->weights)
+        checkFinite("weights", *blend->weights);
+    else if (blend != nullptr)
+        checkFinite("mix", {&blend->mix, 1});
+}
+
 void checkInputs(const CombineInputs& inputs, const Combination& combination, const CookSettings& settings)
 {
     const auto* blend = std::get_if<Blend>(&combination.settings);
@@ -359,12 +350,11 @@ void checkInputs(const CombineInputs& inputs, const Combination& combination, co
 
 const std::vector<CompositeName>& compositeNames()
 {
-    static const std::vector<CompositeName> names = [] {
-        std::vector<CompositeName> all;
-        for (const Row& row : rows())
-            all.push_back({row.type, row.name, row.formula.c_str()});
-        return all;
-    }();
+    static const std::vector<CompositeName> names = {
+#define HOST_ROW(TYPE, NAME, FORMULA, ...) {RU_COMP_##TYPE, NAME, #FORMULA},
+        RU_FOR_EACH_COMPOSITE_TYPE(HOST_ROW)
+#undef HOST_ROW
+    };
     return names;
 }
 
@@ -382,6 +372,7 @@ RU_CompositeType compositeOfName(const std::string& text)
 CookReport combine(const CombineInputs& inputs, const std::string& output, const Combination& combination,
                    const CookSettings& settings)
 {
+    checkNumbers(combination);
     checkInputs(inputs, combination, settings);
     std::vector<std::string> paths{inputs.first};
     for (const std::optional<std::string>* other : {&inputs.second, &inputs.matte})

@@ -228,7 +228,6 @@ CookReport runJob(const std::vector<std::string>& inputs, const std::string& out
     }
 }
 
-/// For each plane of an image, whether to work on it.
 std::vector<bool> choosePlanes(const Image& image, const CookSettings& settings)
 {
     const std::vector<std::string>& wanted = settings.planes;

@@ -9,7 +9,7 @@ namespace host {
 namespace {
 
 /// Fills a row to both sides of the `inside` elements from `left` on with those at their ends.
-void repeatEnds(char* row, int left, int inside, int width, int bytes)
+void repeatEnds(char* row, int left, int inside, int width, int64_t bytes)
 {
     for (int k = 0; k < left; ++k)
         std::memcpy(row + k * bytes, row + left * bytes, static_cast<size_t>(bytes));
@@ -55,7 +55,7 @@ PlanePixels::Arrays PlanePixels::inOwnFormat(unsigned char format, const Arrays&
 void PlanePixels::load(const Band& in, const Window& rect, unsigned char format, const Arrays& arrays,
                        Outside outside, Workspace& workspace) const
 {
-    const int bytes = PXLbytesPerElement(format_);
+    const int64_t bytes = PXLbytesPerElement(format_);
     const int64_t count = static_cast<int64_t>(rect.width) * rect.height;
     const Window inside = intersection(rect, window_);
     const Arrays own = inOwnFormat(format, arrays, workspace);

@@ -79,7 +79,7 @@ class ToolTest(unittest.TestCase):
             (["blend", *images, "--mix", "1", "--swap"], "--swap requires --mask"),
             (["blend", *images, "--mix", "1", "--weights", "1", "1"], "--mix excludes --weights"),
             (["blend", "in.exr", "-o", "out.exr", "--weights", "1", "1"], "--weights requires B"),
-            (["blend", *images, "--mask", "in.exr", "--mix", "inf"], "--mix: inf is not finite"),
+            (["blend", *images, "--mask", "in.exr", "--mix", "inf"], "mix: inf is not finite"),
             (["blend", *images, "--mask", "in.exr", "--mask-channel", "x"], "--mask-channel: unknown component 'x'"),
             (["chroma", "in.exr", "-o", "out.exr", "--matte", "in.exr", "--backing", "0", "1"], "--backing: 3 required"),
             (["chroma", "in.exr", "-o", "out.exr", "--backing", "0", "1", "0"], "--matte is required"),

@@ -69,16 +69,12 @@ int blend(BlendOptions o)
     if (!o.mix && !o.inputs.matte && !o.blend.weights)
         host::refuse("blend: there is nothing to mix by; write --mix 0.3, --mask FILE or --weights 0.5 0.7");
     o.blend.mix = o.mix.value_or(1.0f);
-    checkFinite("--mix", {&o.blend.mix, 1});
-    if (o.blend.weights)
-        checkFinite("--weights", *o.blend.weights);
     o.inputs.matteComponent = componentOf("--mask-channel", o.channel);
     return combineAll(o, {o.blend});
 }
 
 int chroma(ChromaOptions o)
 {
-    checkFinite("--backing", o.chroma.backing);
     o.inputs.matteComponent = componentOf("--matte-channel", o.channel);
     return combineAll(o, {o.chroma});
 }

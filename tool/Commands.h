@@ -2,7 +2,6 @@
 
 #include <CLI/CLI.hpp>
 
-#include <span>
 #include <string>
 
 namespace tool {
@@ -20,9 +19,6 @@ enum ExitCode {
 unsigned int readWhole(const std::string& option, const std::string& text, unsigned int least,
                        unsigned int most);
 int readThreads(const std::string& text);
-
-/// Throws a usage error that names the option unless all its numbers are finite.
-void checkFinite(const std::string& option, std::span<const float> numbers);
 
 // Each adds a subcommand to the application. Its callback sets `exitCode`, or throws host::Error.
 void addGrade(CLI::App& app, int& exitCode);

@@ -63,14 +63,14 @@ void checkPlaces(CookFiles files)
                  "; write #### or %04d there");
 }
 
-std::vector<CookFiles> framesOf(const CookOptions& o)
+std::vector<CookFiles> framesOf(const CookFiles& files, const std::optional<std::string>& numbers)
 {
-    if (!o.frames)
-        return {o};
-    const std::vector<int64_t> frames = host::parseFrames(*o.frames);
+    if (!numbers)
+        return {files};
+    const std::vector<int64_t> frames = host::parseFrames(*numbers);
     if (frames.size() > 1)
-        checkPlaces(o);
-    std::vector<CookFiles> all(frames.size(), o);
+        checkPlaces(files);
+    std::vector<CookFiles> all(frames.size(), files);
     for (size_t i = 0; i < frames.size(); ++i)
         for (std::string* path : pathsOf(all[i]))
             if (host::hasFramePlace(*path))
@@ -157,7 +157,7 @@ void addPoints(CLI::App& command, CookOptions& o)
 int cookAll(const CookOptions& o, const CookJob& job)
 {
     host::CookSettings settings = settingsOf(o);
-    const std::vector<CookFiles> frames = framesOf(o);
+    const std::vector<CookFiles> frames = framesOf(o, o.frames);
     Progress progress(o.progress);
     host::setFileThreads(settings.threads);
     size_t failed = 0, missing = 0;

@@ -4,7 +4,6 @@
 #include <host/Error.h>
 
 #include <charconv>
-#include <cmath>
 
 namespace tool {
 
@@ -22,13 +21,6 @@ unsigned int readWhole(const std::string& option, const std::string& text, unsig
 int readThreads(const std::string& text)
 {
     return static_cast<int>(readWhole("--threads", text, 1, host::maxThreads));
-}
-
-void checkFinite(const std::string& option, std::span<const float> numbers)
-{
-    for (const float number : numbers)
-        if (!std::isfinite(number))
-            host::refuse(option + ": " + std::to_string(number) + " is not finite");
 }
 
 } // namespace tool

@@ -53,7 +53,8 @@ std::string describe(const CLI::ParseError& error, const CLI::App& app)
 {
     const CLI::App& command = chosenCommand(app);
     const std::vector<std::string> extra = app.remaining(true);
-    if (extra.empty())
+    const bool isValue = dynamic_cast<const CLI::ConversionError*>(&error) != nullptr;
+    if (extra.empty() || isValue) // an option that took too many arguments leaves too few
         return error.what();
     const std::string& word = extra.front();
     if (word.starts_with("-") && word.size() > 1) {
