@@ -34,7 +34,7 @@ struct CombineInputs
     std::optional<int> matteComponent = {}; ///< the one of 0 to 3 to use for all components
 };
 
-/// What is done to two images and a matte.
+/// What is done to two images and a matte. All numbers are finite.
 struct Combination
 {
     /// Alpha is taken as the files have it, unless asked for: `premultiply` multiplies the colours of both
