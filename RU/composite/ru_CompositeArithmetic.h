@@ -5,9 +5,9 @@
 #include <cstdint>
 #include <type_traits>
 
-// The two arithmetics that the formulas of compositing are computed in; for *.isa.cpp only. Each has lanes for
-// colours and alphas and the operators on them. Codes come first, exact; a formula that asks for an operator
-// which they lack is computed in float.
+// The two arithmetics that the formulas of compositing are computed in; for *.isa.cpp only. Each has lanes
+// for colours and alphas and the operators on them. Codes come first, exact; a formula that asks for an
+// operator which they lack is computed in float.
 
 namespace RU_ISA {
 
@@ -77,14 +77,14 @@ RU_INLINE Code<T> abs(CodeDifference<T> d)
     return {static_cast<T>((d.a > d.b ? d.a : d.b) - (d.a > d.b ? d.b : d.a))};
 }
 
-// 8-bit codes are multiplied too, in 16-bit lanes. A product counts 255ths of a code. None lies half-way between
-// two codes, so that one that is added to a code, or taken away, may be rounded before.
+// 8-bit codes are multiplied too, in 16-bit lanes. A product counts 255ths of a code. None lies half-way
+// between two codes, so that one that is added to a code, or taken away, may be rounded before.
 
 using Byte = unsigned char;
 
-struct ByteAlpha : Code<Byte>
+struct ByteAlpha
 {
-    Byte white;
+    Byte code, white;
 };
 
 struct ByteProduct
@@ -106,6 +106,11 @@ RU_INLINE Code<Byte> operator-(int, ByteAlpha alpha) // 1 - alpha
 RU_INLINE ByteProduct operator*(Code<Byte> a, Code<Byte> b)
 {
     return {static_cast<uint16_t>(a.code * b.code)};
+}
+
+RU_INLINE ByteProduct operator*(Code<Byte> colour, ByteAlpha alpha)
+{
+    return colour * Code<Byte>{alpha.code};
 }
 
 /// Saturates at white times white.
@@ -138,7 +143,7 @@ public:
         asm("" : "+r"(white_)); // g++ 12 would make 255 - x a NOT, which waits for its register's last value
     }
     RU_LANE Colour colour(Block<1>, const T* code) const { return {*code}; }
-    RU_LANE Alpha alpha(Block<1>, const U* code) const { return {{*code}, white_}; }
+    RU_LANE Alpha alpha(Block<1>, const U* code) const { return {*code, white_}; }
     RU_LANE void store(Block<1>, T* code, auto result) const { *code = stored(result); }
 
     RU_LANE T stored(Code<T> value) const { return value.code; }
