@@ -20,12 +20,11 @@ void blendRow(T* first, const T* second, int64_t count, const ru_BlendWeights<ru
             else
                 return all;
         };
-        auto sum =
-            block.template loadAbove<FullRange>(first + i, range) * weightOf(with.first, with.firstRow);
+        auto sum = loadAbove<FullRange>(block, first + i, range) * weightOf(with.first, with.firstRow);
         if constexpr (Two)
-            sum = sum + block.template loadAbove<FullRange>(second + i, range) *
-                            weightOf(with.second, with.secondRow);
-        block.template storeAbove<FullRange>(first + i, sum, range, white);
+            sum =
+                sum + loadAbove<FullRange>(block, second + i, range) * weightOf(with.second, with.secondRow);
+        storeAbove<FullRange>(block, first + i, sum, range, white);
     });
 }
 
@@ -71,7 +70,7 @@ constexpr ru_BlendKernel<T> kernelOf()
     if constexpr (std::is_same_v<T, fpreal16>)
         return blendHalves<Two, Rows>;
     else
-        return blendRow<T, (FullRange || std::is_floating_point_v<T>), Two, Rows>;
+        return blendRow < T, FullRange || std::is_floating_point_v<T>, Two, Rows > ;
 }
 
 template <class T, bool R>

@@ -1,6 +1,6 @@
 #include <RU/composite/ru_ChromaAdjustRows.h>
 
-#include <RU/framework/ru_Codes.h>
+#include <RU/framework/ru_Blocks.h>
 
 namespace RU_ISA {
 
@@ -10,20 +10,20 @@ void adjustRow(T* codes, const float* matte, int64_t count, ru_Work<T> backing, 
     using Work = ru_Work<T>;
     const ru_Range<T> range = of;
     const ru_Clamp<Work> white(PXL_FormatOf<T>::white);
-    RU_EACH_ALONE
-    for (int64_t i = 0; i < count; ++i) {
+    eachBlock<false>(count, [=](auto one, int64_t i) RU_BLOCK {
         const Work m = matte[i];
         const T stored = codes[i];
-        Work value = aboveBlack<T, FullRange>(stored, range);
+        Work value = loadAbove<FullRange>(one, codes + i, range);
         if constexpr (std::is_integral_v<T>)
             value = value * range.scale;
         const Work less = value - (Work(1) - m) * backing;
         Work adjusted = m <= Work(0) ? Work(0) : less;
         if constexpr (std::is_integral_v<T>)
             adjusted = adjusted * range.span;
-        const T code = codeAboveBlack<T, FullRange>(adjusted, range, white);
+        T code;
+        storeAbove<FullRange>(one, &code, adjusted, range, white);
         codes[i] = m >= Work(1) ? stored : code;
-    }
+    });
 }
 
 /// Halves go through floats, except where they stay: a NaN there keeps its bits.

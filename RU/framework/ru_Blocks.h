@@ -9,11 +9,11 @@
 #endif
 
 /// Loops over codes that are computed in float, for sources named *.isa.cpp. A compiler takes as many 8- or
-/// 16-bit codes at once as fill a vector and unpacks them in steps; a block has as many as a vector has floats,
-/// which are widened at once: that saves a third of the time and more. Elsewhere, and in other formats, a block
-/// is one value and the vectors are left to the compiler.
+/// 16-bit codes at once as fill a vector and unpacks them in steps; a block has as many as a vector has
+/// floats, which are widened at once: that saves a third of the time and more. Elsewhere, and in other
+/// formats, a block is one value and the vectors are left to the compiler.
 ///
-///     eachBlock<hasBlocks<T>>(count, [&](auto block, int64_t i) RU_BLOCK {
+///     eachBlock<hasBlocks<T>>(count, [=](auto block, int64_t i) RU_BLOCK {
 ///         const auto values = block.load(codes + i) * gain; // working values: one or a vector of them
 ///         block.store(codes + i, values + 0.5f, white);
 ///     });
@@ -54,21 +54,6 @@ struct Block<1>
     {
         *code = codeOf<T>(rounded, to);
     }
-
-    // Counted from the black code.
-
-    template <bool FullRange, class T>
-    RU_INLINE auto loadAbove(const T* code, const ru_Range<T>& range)
-    {
-        return aboveBlack<T, FullRange>(*code, range);
-    }
-
-    template <bool FullRange, class T>
-    RU_INLINE void storeAbove(T* code, ru_Work<T> above, const ru_Range<T>& range,
-                              const ru_Clamp<ru_Work<T>>& white)
-    {
-        *code = codeAboveBlack<T, FullRange>(above, range, white);
-    }
 };
 
 #if defined(__AVX2__)
@@ -87,14 +72,6 @@ struct Block<8>
     {
         return _mm256_cvtepi32_ps(widened(codes));
     }
-    template <bool FullRange, class T>
-    RU_INLINE Floats loadAbove(const T* codes, const ru_Range<T>& range)
-    {
-        if constexpr (FullRange)
-            return load(codes);
-        else
-            return _mm256_cvtepi32_ps(_mm256_sub_epi32(widened(codes), _mm256_set1_epi32(range.blackCode)));
-    }
 
     template <class T>
     RU_INLINE void store(T* codes, Floats rounded, const ru_Clamp<float>& to)
@@ -107,12 +84,6 @@ struct Block<8>
             _mm_storel_epi64(reinterpret_cast<__m128i*>(codes), _mm_packus_epi16(words, words));
         else
             _mm_storeu_si128(reinterpret_cast<__m128i*>(codes), words);
-    }
-
-    template <bool FullRange, class T>
-    RU_INLINE void storeAbove(T* codes, Floats above, const ru_Range<T>& range, const ru_Clamp<float>& white)
-    {
-        store(codes, (FullRange ? above : above + range.black) + 0.5f, white);
     }
 
 private:
@@ -142,15 +113,6 @@ struct Block<16>
     {
         return _mm512_maskz_cvtepi32_ps(all, widened(codes));
     }
-    template <bool FullRange, class T>
-    RU_INLINE Floats loadAbove(const T* codes, const ru_Range<T>& range)
-    {
-        if constexpr (FullRange)
-            return load(codes);
-        else
-            return _mm512_maskz_cvtepi32_ps(
-                all, _mm512_maskz_sub_epi32(all, widened(codes), _mm512_set1_epi32(range.blackCode)));
-    }
 
     template <class T>
     RU_INLINE void store(T* codes, Floats rounded, const ru_Clamp<float>& to)
@@ -162,12 +124,6 @@ struct Block<16>
             _mm_storeu_si128(reinterpret_cast<__m128i*>(codes), _mm512_maskz_cvtepi32_epi8(all, whole));
         else
             _mm256_storeu_si256(reinterpret_cast<__m256i*>(codes), _mm512_maskz_cvtepi32_epi16(all, whole));
-    }
-
-    template <bool FullRange, class T>
-    RU_INLINE void storeAbove(T* codes, Floats above, const ru_Range<T>& range, const ru_Clamp<float>& white)
-    {
-        store(codes, (FullRange ? above : above + range.black) + 0.5f, white);
     }
 
 private:
@@ -184,6 +140,27 @@ private:
 };
 
 #endif
+
+// Counted from the black code, which needs no scale where the result is linear. Floats are their own.
+
+template <bool FullRange, class T>
+RU_INLINE auto loadAbove(auto block, const T* codes, const ru_Range<T>& range)
+{
+    if constexpr (FullRange || std::is_floating_point_v<T>)
+        return block.load(codes);
+    else
+        return block.load(codes) - range.black; // exact, as float of 8- and 16-bit codes too
+}
+
+template <bool FullRange, class T>
+RU_INLINE void storeAbove(auto block, T* codes, auto above, const ru_Range<T>& range,
+                          const ru_Clamp<ru_Work<T>>& white)
+{
+    if constexpr (std::is_floating_point_v<T>)
+        block.put(codes, above);
+    else
+        block.store(codes, (FullRange ? above : above + range.black) + ru_Work<T>(0.5f), white);
+}
 
 /// Calls body(Block<N>, i) for all values from 0 to count, the largest blocks first.
 template <bool inBlocks, class Body>

@@ -7,22 +7,10 @@
 /// One integer code to its value and back, for sources named *.isa.cpp whose loops convert as they compute.
 namespace RU_ISA {
 
-/// code - black, exact and signed.
-template <class T>
-RU_INLINE float difference(T code, const ru_Range<T>& range)
-{
-    return static_cast<float>(static_cast<int>(code) - range.blackCode);
-}
-
 /// 32-bit codes go through signed integers, which every instruction set converts to double.
 RU_INLINE double valueOf(unsigned int code)
 {
     return static_cast<double>(static_cast<int>(code ^ 0x80000000u)) + 2147483648.0;
-}
-
-RU_INLINE double difference(unsigned int code, const ru_Range<unsigned int>& range)
-{
-    return valueOf(code) - range.black;
 }
 
 template <class T>
@@ -79,27 +67,6 @@ RU_INLINE T codeOf(Work rounded, const ru_Clamp<Work>& to)
     const Work clamped =
         positive < to.high ? positive : to.high; // of its own, or g++ casts before it selects
     return flooredCode<T>(clamped);
-}
-
-// For loops over any format: codes counted from the black point, which need no scale where the result is
-// linear. Floats are their own.
-
-template <class T, bool FullRange>
-RU_INLINE ru_Work<T> aboveBlack(T code, const ru_Range<T>& range)
-{
-    if constexpr (std::is_floating_point_v<T>)
-        return code;
-    else
-        return FullRange ? valueOf(code) : difference(code, range);
-}
-
-template <class T, bool FullRange>
-RU_INLINE T codeAboveBlack(ru_Work<T> above, const ru_Range<T>& range, const ru_Clamp<ru_Work<T>>& white)
-{
-    if constexpr (std::is_floating_point_v<T>)
-        return above;
-    else
-        return codeOf<T>((FullRange ? above : above + range.black) + ru_Work<T>(0.5f), white);
 }
 
 } // namespace RU_ISA

@@ -12,11 +12,10 @@ ru_Range<T> ru_rangeOf(unsigned int black, unsigned int white)
     using Work = ru_Work<T>;
     if constexpr (FullRange) {
         constexpr Work span = PXL_FormatOf<T>::white;
-        return {Work(1) / span, span, Work(0), 0};
+        return {Work(1) / span, span, Work(0)};
     } else {
         const Work span = static_cast<Work>(white - black); // an unsigned difference
-        const int code = static_cast<int>(black < 0x7FFFFFFFu ? black : 0x7FFFFFFFu);
-        return {white == black ? Work(1) : Work(1) / span, span, static_cast<Work>(black), code};
+        return {white == black ? Work(1) : Work(1) / span, span, static_cast<Work>(black)};
     }
 }
 

@@ -26,7 +26,6 @@ struct ru_Range
     ru_Work<T> scale; ///< working value of one code
     ru_Work<T> span;  ///< codes from 0.0 to 1.0
     ru_Work<T> black; ///< code of 0.0
-    int blackCode;    ///< the same for exact integer differences (8 and 16 bits)
 };
 
 /// What does not fit one loop passes rows in pieces of this many values, which stay in the nearest cache.

@@ -16,7 +16,7 @@ void readCodes(const T* codes, Value* values, int64_t count, const ru_Range<T>& 
 {
     const ru_Range<T> range = of;
     eachBlock<hasBlocks<T>>(count, [=](auto block, int64_t i) RU_BLOCK {
-        block.put(values + i, block.template loadAbove<FullRange>(codes + i, range) * range.scale);
+        block.put(values + i, loadAbove<FullRange>(block, codes + i, range) * range.scale);
     });
 }
 
@@ -26,7 +26,7 @@ void writeCodes(const Value* values, T* codes, int64_t count, const ru_Range<T>&
     const ru_Range<T> range = of;
     const ru_Clamp<ru_Work<T>> white(PXL_FormatOf<T>::white);
     eachBlock<hasBlocks<T>>(count, [=](auto block, int64_t i) RU_BLOCK {
-        block.template storeAbove<FullRange>(codes + i, block.load(values + i) * range.span, range, white);
+        storeAbove<FullRange>(block, codes + i, block.load(values + i) * range.span, range, white);
     });
 }
 
