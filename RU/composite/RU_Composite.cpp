@@ -54,15 +54,18 @@ bool areAligned(uintptr_t boundary, Pointers... pointers)
     return ((reinterpret_cast<uintptr_t>(pointers) % boundary == 0) && ...);
 }
 
-/// The wide kernels for arrays that are worth it, the baseline's for others; the bytes are the same.
-template <class T, class... Pointers>
-const ru_CompositeKernels& kernelsFor(RU_CompositeType type, int64_t count, Pointers... arrays)
+/// The wide kernels where the arrays that are read are worth it, else the baseline's; the bytes are the same.
+template <class T, class U>
+const ru_CompositeKernels& kernelsFor(const Operation& operation, int64_t count, const T* dst,
+                                      const U* dstAlpha, const T* src, const U* srcAlpha)
 {
     constexpr bool isByte = sizeof(T) == 1;
     constexpr int64_t fewest = 128;
     PXLdetermineProcCaps();
-    const bool capable = isByte ? type == RU_COMP_ADD || PXLcpuHasMMX() : PXLcpuHasSSE();
-    const bool wide = count > fewest && capable && areAligned(isByte ? 8 : 16, arrays...);
+    const bool capable = isByte ? operation.whole == Step::ADD || PXLcpuHasMMX() : PXLcpuHasSSE();
+    const bool wide = count > fewest && capable &&
+                      areAligned(isByte ? 8 : 16, dst, operation.readsDestination() ? dstAlpha : nullptr, src,
+                                 operation.readsSource() ? srcAlpha : nullptr);
     return wide ? ru_compositeRows() : ru_compositeRows(PXL_InstructionSet::baseline);
 }
 
@@ -95,9 +98,7 @@ void compositeColours(RU_CompositeType type, int64_t count, T* dst, const U* dst
     const Step step = operation->step(dstAlpha, srcAlpha);
     if (doneWithoutLoop(step, dst, src, count))
         return;
-    const ru_CompositeLoops<T, U>& kernels =
-        kernelsFor<T>(type, count, dst, operation->readsDestination() ? dstAlpha : nullptr, src,
-                      operation->readsSource() ? srcAlpha : nullptr);
+    const ru_CompositeLoops<T, U>& kernels = kernelsFor(*operation, count, dst, dstAlpha, src, srcAlpha);
     kernels.loops[static_cast<int>(step)](dst, dstAlpha, src, srcAlpha, count);
 }
 
@@ -106,9 +107,11 @@ constexpr int64_t pieceLength = 512;
 template <class T>
 void compositeAlphas(RU_CompositeType type, int64_t count, T* dstAlpha, const T* srcAlpha)
 {
-    if (operationOf(type) == nullptr || count <= 0 || type == RU_COMP_ATOP)
+    const Operation* operation = operationOf(type);
+    if (operation == nullptr || count <= 0 || type == RU_COMP_ATOP)
         return;
-    const ru_CompositeAlphaLoops<T>& kernels = kernelsFor<T>(type, count, dstAlpha, srcAlpha);
+    const ru_CompositeAlphaLoops<T>& kernels =
+        kernelsFor(*operation, count, dstAlpha, dstAlpha, srcAlpha, srcAlpha);
     const auto loop = kernels.loops[type];
     if (srcAlpha != nullptr) {
         loop(dstAlpha, srcAlpha, count);
@@ -169,7 +172,7 @@ void RU_Composite::compositeGeo(RU_CompositeType type, int count1, int count2, f
     if (doneWithoutLoop(operation->step(dstAlpha, srcAlpha), dst, src, count))
         return;
     static constexpr float zeros[pieceLength] = {};
-    const ru_CompositeSelection& kernels = kernelsFor<float>(type, count, dst, src);
+    const ru_CompositeSelection& kernels = kernelsFor(*operation, count, dst, dstAlpha, src, srcAlpha);
     for (int64_t at = 0; at < count; at += pieceLength) {
         int32_t mask[pieceLength];
         const int64_t length = std::min(pieceLength, count - at);

@@ -27,12 +27,12 @@ struct ru_CompositeLoops
     Loop loops[static_cast<int>(ru_CompositeStep::ERASE) + 1];
 };
 
-/// Those over alphas.
+/// Those of the operations over alphas.
 template <class T>
 struct ru_CompositeAlphaLoops
 {
     using Loop = void (*)(T* dstAlpha, const T* srcAlpha, int64_t count);
-    Loop loops[static_cast<int>(ru_CompositeStep::ERASE) + 1];
+    Loop loops[static_cast<int>(ru_CompositeStep::ERASE)];
 };
 
 /// What chooses between values that cannot be mixed: masks are 1 where something holds, else 0.

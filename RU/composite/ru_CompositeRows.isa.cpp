@@ -141,7 +141,6 @@ constexpr ru_CompositeAlphaLoops<T> alphaLoops = {{
 #define RU_LOOP(TYPE, ...) compositeAlphaRow<TYPE, T>,
     RU_FOR_EACH_COMPOSITE_TYPE(RU_LOOP)
 #undef RU_LOOP
-        compositeAlphaRow<ERASE, T>,
 }};
 
 extern constinit const ru_CompositeKernels ru_compositeRows = {

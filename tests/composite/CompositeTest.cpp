@@ -172,7 +172,7 @@ std::vector<T> resultsOf(PXL_InstructionSet set)
                 std::vector<T> d(colours.begin(), colours.begin() + count);
                 if (!ofAlphas)
                     pair.loops[step](d.data(), &alphas[2 * from], s, &alphas[2000], count);
-                else if (alpha.loops[step])
+                else if (step < std::size(alpha.loops))
                     alpha.loops[step](d.data(), s, count);
                 all.insert(all.end(), d.begin(), d.end());
             }
