@@ -119,8 +119,6 @@ private:
             }
             const T* second = plane.constant || !two ? constants_[c] : plane.second + offset;
             plane.kernel(plane.first + offset, second, length, weights_, range_);
-            if (static_cast<const void*>(plane.first) == plane.mask)
-                weighed = nullptr; // the mask is written over
         }
     }
 

@@ -16,7 +16,8 @@ extern template class RU_API RU_PixelFactories<RU_ChromaAdjustOp>;
 /// for red, green and blue, components 0 to 2 of the output, each with its value of the backing colour. A
 /// fourth component is not touched, and the input is not looked at.
 ///
-/// Inputs: the matte, one float per pixel of the tile list in the order of its tiles, whatever the format.
+/// Inputs: the matte, one float per pixel of the tile list in the order of its tiles, whatever the format. It
+/// is none of the three.
 /// Range: what is darker than the backing colour's part becomes negative; nothing is clamped before the code.
 /// Result: 1, also when interrupted; 0 without a matte. All rows are processed.
 /// Ownership: the matte is the host's, copies share it; it is set before each call.

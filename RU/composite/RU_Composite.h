@@ -55,15 +55,18 @@ enum RU_CompositeType : int {
 /// arithmetic ones beside them: the formulas of the list above, value by value.
 ///
 /// Inputs: bare arrays of count1 * count2 values; only the product counts, and nothing is done unless it is
-/// above 0. `src` may be `dst`, an alpha may be either; arrays do not overlap otherwise. An alpha array that
-/// is null stands for full everywhere, and the operation takes its short-cut.
+/// above 0. Any of them may be the same memory; they do not overlap otherwise.
 /// Units: colours keep the scale of their codes, 0 to 255 or 0 to 65535; alphas are normalised to 0 to 1, and
-/// so is one of two colours that are multiplied. Integer results are clamped to their type and rounded by
+/// so is one of two colours that are multiplied. Where both are of 16 bits, over, under and atop divide the
+/// alpha by 65355, so that full is a little above 1. Integer results are clamped to their type and rounded by
 /// floor(x + 0.5), NaN becomes 0. Float results are as they come; beside integer alphas they are clamped to
-/// -1e32 to 1e32. Copies and zeros are exact. Of equal values minimum and maximum keep the destination's.
+/// -1e32 to 1e32. Of equal values minimum and maximum keep the destination's.
+/// Null: an alpha that is null is full everywhere, and the operation takes its short-cut; copies, zeros and
+/// what is kept are exact.
 /// Result: none; another `type` than those of the list does nothing.
-/// Threads: any number may call at once. Cost: one pass over the arrays that the operation reads; nothing is
-/// allocated. Arrays of more than 128 values on 16-byte boundaries (8-bit values: 8) go the fastest.
+/// Threads: any number may call at once.
+/// Cost: one pass over the arrays that the operation reads; nothing is allocated. Arrays of more than 128
+/// values on 16-byte boundaries (8-bit values: 8) go the fastest.
 class RU_API RU_Composite
 {
 public:
@@ -75,16 +78,16 @@ public:
     RU_FOR_EACH_COMPOSITE_PAIR(RU_COMPOSITE_DECLARE)
 #undef RU_COMPOSITE_DECLARE
 
-    /// The alphas of the same operation, over dstAlpha: the formulas with the alphas as the colours. Atop
-    /// leaves it as it is. A null srcAlpha is full everywhere.
+    /// The alphas of the same operation, into dstAlpha: the formulas with the alphas as the colours too; full
+    /// is white. Atop leaves dstAlpha as it is. A null srcAlpha is full everywhere.
 #define RU_COMPOSITE_DECLARE_ALPHA(T)                                                                        \
     static void compositeAlpha(RU_CompositeType type, int count1, int count2, T* dstAlpha, const T* srcAlpha);
     RU_FOR_EACH_COMPOSITE_FORMAT(RU_COMPOSITE_DECLARE_ALPHA)
 #undef RU_COMPOSITE_DECLARE_ALPHA
 
     /// The same for values that cannot be mixed, such as depths and normals: the operations up to outside
-    /// select. A place has geometry where any of the geometry planes that are not null is not zero (NaN is
-    /// not).
+    /// select. A place has geometry where any of the geometry planes that are not null holds anything but
+    /// zero, NaN too.
     ///
     ///     over     s with geometry and sA > 0, else d; without srcAlpha s
     ///     under    d with geometry and dA > 0, else s; without dstAlpha d
