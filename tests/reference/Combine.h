@@ -41,14 +41,6 @@ inline bool isPlain(int type, bool sA, bool dA)
            ((type == 2 || type == 13) && !sA && !dA);
 }
 
-/// The alphas themselves, in the scale of their codes.
-template <class Number>
-Number compositedAlpha(int type, Number sA, Number dA, Number white)
-{
-    const Number s = sA / white, d = dA / white;
-    return type == 2 ? dA : composited(type, sA, dA, &s, &d, white);
-}
-
 /// Values that are chosen rather than mixed.
 inline float selected(int type, float s, float d, const float* sA, const float* dA, bool geometry)
 {
