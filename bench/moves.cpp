@@ -22,10 +22,11 @@ Work moves(Planes& planes, auto third, int elementBytes)
                 planes.out.tiles[c]->getImageData(to);
                 const char* from = static_cast<const char*>(second.region.getImageData(c));
                 const char* beside = static_cast<const char*>(third(c));
-                with[beside == nullptr ? 0 : elementBytes / ownBytes](
+                const int besideBytes = beside == nullptr ? 0 : elementBytes;
+                with[besideBytes / ownBytes](
                     reinterpret_cast<Word*>(to + int64_t{at} * ownBytes),
                     reinterpret_cast<const Word*>(from + int64_t{at} * ownBytes),
-                    reinterpret_cast<const Word*>(beside + int64_t{at} * elementBytes),
+                    reinterpret_cast<const Word*>(beside + int64_t{at} * besideBytes),
                     int64_t{std::min(pieceLength, planes.out.itemCount - at)} * ownBytes / 8);
             }
     };
