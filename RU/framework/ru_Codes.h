@@ -52,18 +52,11 @@ RU_INLINE T flooredCode(double inRange)
     return static_cast<unsigned int>(static_cast<int>(floored - 2147483648.0)) ^ 0x80000000u;
 }
 
-/// Asks for "above 0", so that NaN becomes 0.
-template <class Work>
-RU_INLINE Work positiveOf(Work v, const ru_Clamp<Work>& to)
-{
-    return v > to.low ? v : to.low;
-}
-
-/// The floor of any value; the clamp comes before the cast.
+/// The floor of any value; the clamp comes before the cast, and asks for "above 0", so that NaN becomes 0.
 template <class T, class Work>
 RU_INLINE T codeOf(Work rounded, const ru_Clamp<Work>& to)
 {
-    const Work positive = positiveOf(rounded, to);
+    const Work positive = rounded > to.low ? rounded : to.low;
     const Work clamped =
         positive < to.high ? positive : to.high; // of its own, or g++ casts before it selects
     return flooredCode<T>(clamped);

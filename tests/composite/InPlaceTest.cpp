@@ -142,6 +142,17 @@ struct Work
         return blended(a, data ? &b : nullptr, from < 0 ? nullptr : &m);
     }
 
+    ::testing::AssertionResult isRight(int c, int i, const Bytes& before)
+    {
+        const auto size = static_cast<size_t>(out.format.size()), offset = size * static_cast<size_t>(i);
+        const std::optional<Sum> sum = expected(c, i, before);
+        if (!sum)
+            return ::testing::AssertionResult(std::memcmp(out.data(c) + offset, &before[offset], size) == 0);
+        return out.format.holds(out.format.codeAt(out.data(c), i), sum->value,
+                                {out.list.blackPoint, out.list.whitePoint},
+                                out.format.isInteger() ? sum->terms * 6 * out.format.roundOff() : 0.0);
+    }
+
     Sum adjusted(double a, double m, int c) const
     {
         const double backing[] = {chroma.backingRed, chroma.backingGreen, chroma.backingBlue};
@@ -230,19 +241,10 @@ TEST_P(InPlace, EveryFormGivesTheFormulaAtEverySize)
                 const Bytes before[] = {out.bytes(0), out.bytes(1), out.bytes(2), out.bytes(3)};
                 ASSERT_EQ(work.run(), 1);
                 ASSERT_TRUE(out.guardsIntact());
-                const auto size = static_cast<size_t>(out.format.size());
                 for (int c = 0; c < 4; ++c)
-                    for (int i = 0; i < out.list.itemCount; ++i) {
-                        const size_t offset = static_cast<size_t>(i) * size;
-                        const auto sum = work.expected(c, i, before[c]);
-                        const double slack =
-                            sum && out.format.isInteger() ? sum->terms * 6 * out.format.roundOff() : 0.0;
-                        ASSERT_TRUE(sum ? out.format.holds(out.format.codeAt(out.data(c), i), sum->value,
-                                                           {out.list.blackPoint, out.list.whitePoint}, slack)
-                                        : ::testing::AssertionResult(
-                                              !std::memcmp(out.data(c) + offset, &before[c][offset], size)))
+                    for (int i = 0; i < out.list.itemCount; ++i)
+                        ASSERT_TRUE(work.isRight(c, i, before[c]))
                             << "form " << form << ", component " << c << " at " << i << ", seed " << pictures;
-                    }
             }
     EXPECT_EQ(pictures, 800u);
 }
