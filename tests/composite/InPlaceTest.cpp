@@ -77,7 +77,7 @@ struct Work
         out.list.firstRow = 1; // for generators
         out.list.rowStep = 2;
         withItself = form <= filterRegion && random.oneIn(4);
-        secondGiven = form == filterRegion || !random.oneIn(4);
+        secondGiven = !random.oneIn(4);
         maskGiven = !random.oneIn(4);
     }
 
