@@ -56,10 +56,10 @@ requires std::is_integral_v<T>
 constexpr bool isExact<Formula, T, U> = Computes<Formula, CodeLanes<T, U>>;
 
 template <bool reads>
-RU_INLINE auto alphaAt(const auto& lanes, auto block, const auto* alpha)
+RU_INLINE auto alphaAt(const auto& lanes, auto block, const auto* alpha, int64_t i)
 {
     if constexpr (reads)
-        return lanes.alpha(block, alpha);
+        return lanes.alpha(block, alpha + i);
     else
         return NoAlpha();
 }
@@ -72,8 +72,8 @@ RU_INLINE void combine(T* dst, const U* dstAlpha, const T* src, const U* srcAlph
     eachBlock<!exact && hasBlocks<T>>(count, [=](auto block, int64_t i) RU_BLOCK {
         const auto d = lanes.colour(block, dst + i);
         const auto s = lanes.colour(block, src + i);
-        const auto dA = alphaAt<readsDestination<Formula>>(lanes, block, dstAlpha + i);
-        const auto sA = alphaAt<readsSource<Formula>>(lanes, block, srcAlpha + i);
+        const auto dA = alphaAt<readsDestination<Formula>>(lanes, block, dstAlpha, i);
+        const auto sA = alphaAt<readsSource<Formula>>(lanes, block, srcAlpha, i);
         lanes.store(block, dst + i, Formula::of(d, dA, s, sA));
     });
 }
