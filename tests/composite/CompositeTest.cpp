@@ -145,8 +145,8 @@ bool isComposite(int type, T s, T d, const U* sourceAlpha, const U* alpha, T sto
         const auto size = [](N a) { return std::isfinite(a) ? std::max(1.0, std::abs(a)) : 1.0; };
         const bool isExact = (sizeof(T) == 1 && sizeof(U) == 1) || (type >= 6 && type != 9 && type != 13);
         return isCodeOf(stored, exact, isExact ? 0.0 : (s * size(dA) + d * size(sA)) * 0x1p-22);
-    } else if (isPlain(type, sourceAlpha, alpha)) {
-        return std::bit_cast<uint32_t>(stored) == std::bit_cast<uint32_t>(exact);
+    } else if (const T* bits = plain(type, &s, &d, sourceAlpha, alpha)) {
+        return std::memcmp(&stored, bits, sizeof(T)) == 0;
     } else {
         return sameFloat(stored, isFloat<U> ? exact : std::clamp(exact, -1e32f, 1e32f)) ||
                (!isFloat<U> && std::isnan(exact)); // a NaN may be clamped

@@ -34,11 +34,16 @@ Number composited(int type, Number s, Number d, const Number* sA, const Number* 
     return results[type];
 }
 
-/// Is the result the source or the destination as it stands, or zero, for want of alphas?
-inline bool isPlain(int type, bool sA, bool dA)
+/// What the result is as it stands, for want of alphas: the source, the destination or zero; null: none.
+template <class T>
+const T* plain(int type, const T* s, const T* d, bool sA, bool dA)
 {
-    return (type == 0 && !sA) || ((type == 1 || type == 3 || type == 4) && !dA) ||
-           ((type == 2 || type == 13) && !sA && !dA);
+    static constexpr T zero = 0;
+    if (type == 1 || type == 3 || type == 4)
+        return dA ? nullptr : type == 1 ? d : type == 3 ? s : &zero;
+    if (sA || (dA && type != 0))
+        return nullptr;
+    return type == 0 || type == 2 ? s : type == 13 ? &zero : nullptr;
 }
 
 /// Values that are chosen rather than mixed.
