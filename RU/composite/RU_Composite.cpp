@@ -2,6 +2,7 @@
 
 #include <PXL/PXL_Format.h>
 #include <RU/composite/ru_CompositeRows.h>
+#include <RU/framework/ru_ConvertRows.h>
 
 #include <algorithm>
 #include <cstring>
@@ -102,8 +103,6 @@ void compositeColours(RU_CompositeType type, int64_t count, T* dst, const U* dst
     kernels.loops[static_cast<int>(step)](dst, dstAlpha, src, srcAlpha, count);
 }
 
-constexpr int64_t pieceLength = 512;
-
 template <class T>
 void compositeAlphas(RU_CompositeType type, int64_t count, T* dstAlpha, const T* srcAlpha)
 {
@@ -117,10 +116,10 @@ void compositeAlphas(RU_CompositeType type, int64_t count, T* dstAlpha, const T*
         loop(dstAlpha, srcAlpha, count);
         return;
     }
-    T full[pieceLength];
-    std::fill_n(full, pieceLength, static_cast<T>(PXL_FormatOf<T>::white));
-    for (int64_t at = 0; at < count; at += pieceLength)
-        loop(dstAlpha + at, full, std::min(pieceLength, count - at));
+    T full[ru_chunk];
+    std::fill_n(full, ru_chunk, static_cast<T>(PXL_FormatOf<T>::white));
+    for (int64_t at = 0; at < count; at += ru_chunk)
+        loop(dstAlpha + at, full, std::min(ru_chunk, count - at));
 }
 
 /// Where an operation that selects does not take the other value.
@@ -171,11 +170,11 @@ void RU_Composite::compositeGeo(RU_CompositeType type, int count1, int count2, f
     }
     if (doneWithoutLoop(operation->step(dstAlpha, srcAlpha), dst, src, count))
         return;
-    static constexpr float zeros[pieceLength] = {};
+    static constexpr float zeros[ru_chunk] = {};
     const ru_CompositeSelection& kernels = kernelsFor(*operation, count, dst, dstAlpha, src, srcAlpha);
-    for (int64_t at = 0; at < count; at += pieceLength) {
-        int32_t mask[pieceLength];
-        const int64_t length = std::min(pieceLength, count - at);
+    for (int64_t at = 0; at < count; at += ru_chunk) {
+        int32_t mask[ru_chunk];
+        const int64_t length = std::min(ru_chunk, count - at);
         markChosen(type, kernels, mask, dstAlpha, srcAlpha, geometry, at, length);
         const float* chosen = type == RU_COMP_UNDER ? dst + at : src + at;
         const float* other = type == RU_COMP_UNDER ? src + at : type > RU_COMP_ATOP ? zeros : dst + at;
