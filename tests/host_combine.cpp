@@ -38,6 +38,38 @@ struct Combining : ::testing::Test
         return image;
     }
 
+    /// A pixel of a combination, on a picture of 8 pixels.
+    struct Case
+    {
+        host::CombineInputs inputs;
+        host::Combination combination;
+        const char* output;
+        TypeDesc::BASETYPE format;
+        int x;
+        std::vector<float> wanted;
+        const char* plane = "color";
+        int y = 3;
+        std::array<int, 4> window = {0, 8, 0, 6};
+    };
+
+    void check(const Case& c, size_t notes) const
+    {
+        host::CookSettings settings;
+        settings.planes = {c.plane};
+        const host::CookReport report = host::combine(c.inputs, dir.file(c.output), c.combination, settings);
+        EXPECT_EQ(report.planes, settings.planes);
+        EXPECT_EQ(report.notes.size(), notes);
+        const OIIO::ImageBuf image = read(c.output);
+        const OIIO::ROI roi(c.window[0], c.window[1], c.window[2], c.window[3], 0, 1, 0, image.nchannels());
+        EXPECT_EQ(image.roi(), roi);
+        EXPECT_EQ(image.spec().format, c.format);
+        EXPECT_EQ(image.spec().full_width, 8);
+        ASSERT_EQ(image.nchannels(), static_cast<int>(c.wanted.size()));
+        for (size_t i = 0; i < c.wanted.size(); ++i)
+            EXPECT_NEAR(image.getchannel(c.x, c.y, 0, static_cast<int>(i)), c.wanted[i],
+                        c.format == TypeDesc::UINT8 ? 0.004f : 0.001f);
+    }
+
     const std::vector<std::string> rgb = {"R", "G", "B"}, rgba = {"R", "G", "B", "A"};
     TempDirectory dir;
 };
@@ -64,18 +96,7 @@ TEST_F(Combining, PixelsAndWindowsByHand)
     const Blend quarter{0.25f}, half{0.5f}, swapped{1.0f, {}, true};
     const Chroma green{{0.0f, 1.0f, 0.0f}};
     constexpr std::array<int, 4> both{-2, 7, -1, 5};
-    const struct
-    {
-        host::CombineInputs inputs;
-        host::Combination combination;
-        const char* output;
-        TypeDesc::BASETYPE format;
-        int x;
-        std::vector<float> wanted;
-        const char* plane = "color";
-        int y = 3;
-        std::array<int, 4> window = {0, 8, 0, 6};
-    } cases[] = {
+    const Case cases[] = {
         {{bg, fg}, {under}, "out.exr", TypeDesc::HALF, -2, {0.8f, 0.4f, 0.2f, 0.5f}, "color", 1, both},
         {{bg, fg}, {under}, "out.exr", TypeDesc::HALF, 2, {0.85f, 0.5f, 0.35f, 1.0f}, "color", 1, both},
         {{bg, fg}, {under}, "out.exr", TypeDesc::HALF, 6, {0.1f, 0.2f, 0.3f, 1.0f}, "color", -1, both},
@@ -102,22 +123,9 @@ TEST_F(Combining, PixelsAndWindowsByHand)
         {{k, {}, y}, {green}, "out.exr", TypeDesc::HALF, 1, {0.0f, 0.0f, 0.0f, 0.7f, 5.0f}},
         {{k, {}, y, 1}, {green}, "out.exr", TypeDesc::HALF, 3, {0.2f, 0.9f, 0.1f, 0.7f, 5.0f}},
     };
-    for (const auto& c : cases) {
+    for (const Case& c : cases) {
         SCOPED_TRACE(&c - cases);
-        host::CookSettings settings;
-        settings.planes = {c.plane};
-        const host::CookReport report = host::combine(c.inputs, dir.file(c.output), c.combination, settings);
-        EXPECT_EQ(report.planes, settings.planes);
-        EXPECT_EQ(report.notes.size(), c.inputs.second == fg8 ? 1u : 0u); // it goes beyond the picture
-        const OIIO::ImageBuf image = read(c.output);
-        const OIIO::ROI roi(c.window[0], c.window[1], c.window[2], c.window[3], 0, 1, 0, image.nchannels());
-        EXPECT_EQ(image.roi(), roi);
-        EXPECT_EQ(image.spec().format, c.format);
-        EXPECT_EQ(image.spec().full_width, 8);
-        ASSERT_EQ(image.nchannels(), static_cast<int>(c.wanted.size()));
-        for (size_t i = 0; i < c.wanted.size(); ++i)
-            EXPECT_NEAR(image.getchannel(c.x, c.y, 0, static_cast<int>(i)), c.wanted[i],
-                        c.format == TypeDesc::UINT8 ? 0.004f : 0.001f);
+        check(c, c.inputs.second == fg8 ? 1u : 0u); // which goes beyond the picture
     }
 }
 
