@@ -15,14 +15,12 @@ namespace host {
 
 namespace {
 
-constexpr char letters[] = "rgba";
-
 std::string lettersOf(const Components& components)
 {
     std::string text;
     for (size_t c = 0; c < 4; ++c)
         if (components[c])
-            text += letters[c];
+            text += componentLetters[c];
     return text;
 }
 
@@ -107,11 +105,11 @@ Components componentsOfLetters(const std::string& text)
 {
     Components components{};
     for (const char letter : text) {
-        const char* found = std::find(letters, letters + 4, letter);
-        if (found == letters + 4)
+        const char* found = std::find(componentLetters, componentLetters + 4, letter);
+        if (found == componentLetters + 4)
             refuse("unknown component '" + std::string(1, letter) + "' in scope '" + text +
                    "'; the components are r, g, b and a");
-        bool& component = components[static_cast<size_t>(found - letters)];
+        bool& component = components[static_cast<size_t>(found - componentLetters)];
         if (component)
             refuse("component '" + std::string(1, letter) + "' is twice in scope '" + text + "'");
         component = true;

@@ -19,8 +19,6 @@ using Composite = Combination::CompositeSettings;
 using Blend = Combination::BlendSettings;
 using Chroma = Combination::ChromaSettings;
 
-constexpr const char* letters[] = {"r", "g", "b", "a"};
-
 /// Luminance stands for red, green and blue.
 Plane asColour(Plane plane)
 {
@@ -108,13 +106,12 @@ Plan Planner::plan(const Combination& combination)
         plan_.inPlace = plan_.inPlace && formats[p] == first_.planes[p].format &&
                         (!composites || !chosen_[p] || first_.planes[p].alpha ||
                          first_.alphaOf(first_.planes[p]) == nullptr); // which another work may have changed
-    constexpr Components all{true, true, true, true};
     for (size_t p = 0; p < first_.planes.size(); ++p) {
         if (chosen_[p])
             plan_.works.push_back(
                 std::visit([&](const auto& settings) { return work(p, settings); }, combination.settings));
         else if (!plan_.inPlace)
-            plan_.works.push_back(std::make_unique<PlaneCopy>(first_, plan_.output, p, all));
+            plan_.works.push_back(std::make_unique<PlaneCopy>(first_, plan_.output, p));
     }
     return std::move(plan_);
 }
@@ -300,7 +297,7 @@ PlaneInput Planner::matte(bool one) const
             static_cast<size_t>(matteComponent_.value_or(static_cast<int>(c))) == c)
             return single(colours, c);
     refuse("'" + matte_->path + "': the matte has no component " +
-           letters[static_cast<size_t>(*matteComponent_)] + "; its channels are " +
+           componentLetters[static_cast<size_t>(*matteComponent_)] + "; its channels are " +
            joined(main->channelNames(matte_->channels)));
 }
 

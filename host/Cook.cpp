@@ -41,12 +41,11 @@ Plan planOf(const Image& image, const Operation& operation, const CookSettings& 
     if (!writes && !operation.isCopy())
         refuse("'" + image.path + "': the scope names no component of " + joined(plan.planes));
     plan.inPlace = !converts && !operation.isFilter();
-    constexpr Components all{true, true, true, true};
     for (size_t p = 0; p < cooks.size(); ++p) {
         if (cooks[p] != nullptr)
             plan.works.push_back(std::move(cooks[p]));
         else if (!plan.inPlace)
-            plan.works.push_back(std::make_unique<PlaneCopy>(image, plan.output, p, all));
+            plan.works.push_back(std::make_unique<PlaneCopy>(image, plan.output, p));
     }
     if (!operation.isCopy())
         operation.algorithm->initialize(0.0f);

@@ -122,9 +122,11 @@ std::string unusedName(const std::vector<Plane>& planes, const std::string& name
 Window intersection(const Window& a, const Window& b)
 {
     const int x = std::max(a.x, b.x), y = std::max(a.y, b.y);
-    const int right = std::min(a.x + a.width, b.x + b.width),
-              bottom = std::min(a.y + a.height, b.y + b.height);
-    return right > x && bottom > y ? Window{x, y, right - x, bottom - y} : Window{x, y, 0, 0};
+    const int64_t width = std::min(int64_t{a.x} + a.width, int64_t{b.x} + b.width) - x;
+    const int64_t height = std::min(int64_t{a.y} + a.height, int64_t{b.y} + b.height) - y;
+    if (width <= 0 || height <= 0)
+        return {x, y, 0, 0};
+    return {x, y, static_cast<int>(width), static_cast<int>(height)};
 }
 
 std::string describe(const Window& window)

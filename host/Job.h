@@ -27,7 +27,8 @@ public:
 class PlaneCopy : public PlaneWork
 {
 public:
-    PlaneCopy(const Image& in, const Image& out, size_t plane, const Components& copied);
+    PlaneCopy(const Image& in, const Image& out, size_t plane,
+              const Components& copied = {true, true, true, true});
 
     void run(const std::vector<Band>& in, Band& out, const Window& rect, Workspace& workspace) const override;
 

@@ -63,12 +63,12 @@ void PlanePixels::load(const Band& in, const Window& rect, unsigned char format,
         for (void* array : own)
             if (array != nullptr)
                 std::memset(array, 0, static_cast<size_t>(count * bytes));
+    const int x = std::max(rect.x, window_.x);
+    const int width = std::min(rect.x + rect.width, window_.x + window_.width) - x;
     for (int i = 0; i < rect.height; ++i) {
         const int y = std::clamp(rect.y + i, window_.y, window_.y + window_.height - 1);
         if (outside == Outside::Zero && (y != rect.y + i || inside.width == 0))
             continue;
-        const int x = std::max(rect.x, window_.x);
-        const int width = std::min(rect.x + rect.width, window_.x + window_.width) - x;
         Arrays begins{};
         for (size_t c = 0; c < 4; ++c)
             if (own[c] != nullptr)

@@ -2,9 +2,7 @@
 #include "CookCommand.h"
 
 #include <host/Error.h>
-#include <host/Names.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <memory>
 #include <optional>
@@ -49,13 +47,13 @@ void printOperations()
 
 std::optional<int> componentOf(const char* option, const std::optional<std::string>& letter)
 {
-    static const std::vector<std::string> letters{"r", "g", "b", "a"};
     if (!letter)
         return {};
-    const auto found = std::find(letters.begin(), letters.end(), *letter);
-    if (found == letters.end())
-        host::refuseName(std::string(option) + ": unknown component", *letter, letters);
-    return static_cast<int>(found - letters.begin());
+    const std::string_view letters = host::componentLetters;
+    if (letter->size() != 1 || letters.find(*letter) == letters.npos)
+        host::refuse(std::string(option) + ": unknown component '" + *letter +
+                     "'; the components are r, g, b and a");
+    return static_cast<int>(letters.find(*letter));
 }
 
 int composite(CompositeOptions o)

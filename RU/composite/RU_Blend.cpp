@@ -10,12 +10,6 @@
 
 namespace {
 
-template <class Work>
-Work clamp01(Work v)
-{
-    return v < Work(0) ? Work(0) : v > Work(1) ? Work(1) : v;
-}
-
 /// One call: its components, and the rows that go through them.
 template <class T, bool FullRange>
 class BlendPass
@@ -30,11 +24,12 @@ public:
     {
     }
 
-    /// Takes the weights of combine instead of those of adjust and filter.
-    void combine()
+    /// Takes the weights of binary instead of those of pixelAdjust and filter: as under a mask of 1.
+    void weighAsBinary()
     {
-        weights_.second = clamp01(factor_);
-        weights_.first = Work(1) - weights_.second;
+        constexpr float full = 1.0f;
+        const ru_BlendMask<Work>& masks = ru_blendRows();
+        masks.of(false)(&full, &weights_.second, &weights_.first, 1, factor_);
     }
 
     /// A component, unless it has no output. Without a second image it is faded, without a mask its weights
@@ -214,7 +209,7 @@ public:
                void*) override
     {
         BlendPass<T, FullRange> pass(static_cast<const RU_Blend&>(*this->algorithm_), *out);
-        pass.combine();
+        pass.weighAsBinary();
         for (int c = 0; c < 4; ++c)
             pass.add(ru_outputData<T>(*out, c), componentOf<T>(second, c), maskOf(mask, c));
         return pass.run(thread);

@@ -19,9 +19,6 @@ struct Operation
     Alphas reads;
     Step whole, withoutSource, withoutDestination, withoutBoth;
 
-    bool readsSource() const { return reads == Alphas::SOURCE || reads == Alphas::BOTH; }
-    bool readsDestination() const { return reads == Alphas::DESTINATION || reads == Alphas::BOTH; }
-
     Step step(const void* dstAlpha, const void* srcAlpha) const
     {
         if (dstAlpha == nullptr)
@@ -64,9 +61,10 @@ const ru_CompositeKernels& kernelsFor(const Operation& operation, int64_t count,
     constexpr int64_t fewest = 128;
     PXLdetermineProcCaps();
     const bool capable = isByte ? operation.whole == Step::ADD || PXLcpuHasMMX() : PXLcpuHasSSE();
-    const bool wide = count > fewest && capable &&
-                      areAligned(isByte ? 8 : 16, dst, operation.readsDestination() ? dstAlpha : nullptr, src,
-                                 operation.readsSource() ? srcAlpha : nullptr);
+    const bool wide =
+        count > fewest && capable &&
+        areAligned(isByte ? 8 : 16, dst, ru_readsDestination(operation.reads) ? dstAlpha : nullptr, src,
+                   ru_readsSource(operation.reads) ? srcAlpha : nullptr);
     return wide ? ru_compositeRows() : ru_compositeRows(PXL_InstructionSet::baseline);
 }
 
@@ -122,7 +120,7 @@ void compositeAlphas(RU_CompositeType type, int64_t count, T* dstAlpha, const T*
         loop(dstAlpha + at, full, std::min(ru_chunk, count - at));
 }
 
-/// Where an operation that selects does not take the other value.
+/// Marks where an operation that selects takes its first choice.
 void markChosen(RU_CompositeType type, const ru_CompositeSelection& kernels, int32_t* mask,
                 const float* dstAlpha, const float* srcAlpha, const float* const geometry[4], int64_t at,
                 int64_t count)
@@ -132,9 +130,9 @@ void markChosen(RU_CompositeType type, const ru_CompositeSelection& kernels, int
     for (int k = 0; k < 4 && byGeometry; ++k)
         if (geometry[k] != nullptr)
             kernels.markNonZero(mask, geometry[k] + at, count);
-    if (operations[type].readsSource() && srcAlpha != nullptr)
+    if (ru_readsSource(operations[type].reads) && srcAlpha != nullptr)
         kernels.andPositive(mask, srcAlpha + at, count);
-    if (operations[type].readsDestination() && dstAlpha != nullptr)
+    if (ru_readsDestination(operations[type].reads) && dstAlpha != nullptr)
         (type == RU_COMP_OUTSIDE ? kernels.andBelowOne : kernels.andPositive)(mask, dstAlpha + at, count);
 }
 

@@ -67,10 +67,11 @@ void weigh(const float* mask, Work* __restrict fraction, Work* __restrict rest, 
 template <class T, bool FullRange, bool Two, bool Rows>
 constexpr ru_BlendKernel<T> kernelOf()
 {
+    constexpr bool full = FullRange || std::is_floating_point_v<T>;
     if constexpr (std::is_same_v<T, fpreal16>)
         return blendHalves<Two, Rows>;
     else
-        return blendRow < T, FullRange || std::is_floating_point_v<T>, Two, Rows > ;
+        return blendRow<T, full, Two, Rows>;
 }
 
 template <class T, bool R>

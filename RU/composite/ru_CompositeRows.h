@@ -19,6 +19,16 @@ enum class ru_CompositeStep {
 /// The alphas that an operation reads.
 enum class ru_CompositeAlphas { NEITHER, SOURCE, DESTINATION, BOTH };
 
+constexpr bool ru_readsSource(ru_CompositeAlphas reads)
+{
+    return reads == ru_CompositeAlphas::SOURCE || reads == ru_CompositeAlphas::BOTH;
+}
+
+constexpr bool ru_readsDestination(ru_CompositeAlphas reads)
+{
+    return reads == ru_CompositeAlphas::DESTINATION || reads == ru_CompositeAlphas::BOTH;
+}
+
 /// The loops of the steps over colours of type T beside alphas of type U. Arrays are the same or apart.
 template <class T, class U>
 struct ru_CompositeLoops

@@ -18,15 +18,13 @@ namespace RU_ISA {
         }                                                                                                    \
     };
 RU_FOR_EACH_COMPOSITE_TYPE(RU_FORMULA)
-RU_FORMULA(ERASE, "erase", (1 - sA) * d, SOURCE)
+RU_FORMULA(ERASE, , (1 - sA) * d, SOURCE)
 #undef RU_FORMULA
 
 template <class Formula>
-constexpr bool readsSource =
-    Formula::reads == ru_CompositeAlphas::SOURCE || Formula::reads == ru_CompositeAlphas::BOTH;
+constexpr bool readsSource = ru_readsSource(Formula::reads);
 template <class Formula>
-constexpr bool readsDestination =
-    Formula::reads == ru_CompositeAlphas::DESTINATION || Formula::reads == ru_CompositeAlphas::BOTH;
+constexpr bool readsDestination = ru_readsDestination(Formula::reads);
 
 /// What one code of an alpha is worth.
 template <class U>
@@ -50,10 +48,7 @@ concept Computes =
 };
 
 template <class Formula, class T, class U>
-constexpr bool isExact = false;
-template <class Formula, class T, class U>
-requires std::is_integral_v<T>
-constexpr bool isExact<Formula, T, U> = Computes<Formula, CodeLanes<T, U>>;
+constexpr bool isExact = std::is_integral_v<T>&& Computes<Formula, CodeLanes<T, U>>;
 
 template <bool reads>
 RU_INLINE auto alphaAt(const auto& lanes, auto block, const auto* alpha, int64_t i)
