@@ -3,3 +3,13 @@ foreach(set baseline avx2)
   add_test(NAME isa.${set} COMMAND kreiluge_tests --gtest_brief=1)
   set_tests_properties(isa.${set} PROPERTIES ENVIRONMENT KREILUGE_ISA=${set})
 endforeach()
+
+# What kernel objects show the linker; sanitizers add symbols of their own.
+if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")
+  foreach(set baseline avx2 avx512)
+    if(TARGET kreiluge_objects_${set})
+      add_test(NAME isa.symbols.${set} COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/kernel_symbols.sh ${CMAKE_NM} ru_${set}
+        $<TARGET_OBJECTS:kreiluge_objects_${set}> COMMAND_EXPAND_LISTS)
+    endif()
+  endforeach()
+endif()

@@ -2,7 +2,7 @@
 
 #include <PXL/PXL_Format.h>
 #include <RU/composite/ru_CompositeRows.h>
-#include <RU/framework/ru_ConvertRows.h>
+#include <RU/kernel/ru_ConvertRows.h>
 
 #include <algorithm>
 #include <cstring>

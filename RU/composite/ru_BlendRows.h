@@ -1,6 +1,6 @@
 #pragma once
 
-#include <RU/framework/ru_ConvertRows.h>
+#include <RU/kernel/ru_ConvertRows.h>
 
 /// The weights of both images: for all pixels of a row, or, under a mask, one for each.
 template <class Work>
@@ -46,5 +46,3 @@ struct ru_BlendKernels :
     ru_KernelTable
 {
 };
-
-RU_KERNELS(ru_BlendKernels, ru_blendRows)

@@ -1,8 +1,9 @@
 #include <RU/composite/ru_BlendRows.h>
 
-#include <RU/framework/ru_Blocks.h>
+#include <RU/kernel/ru_Blocks.h>
 
 namespace RU_ISA {
+namespace {
 
 /// Blends are linear, so that codes need no scale, only their distance from the black point.
 template <class T, bool FullRange, bool Two, bool Rows>
@@ -75,12 +76,13 @@ constexpr ru_BlendKernel<T> kernelOf()
 }
 
 template <class T, bool R>
-inline constexpr ru_BlendRow<T, R> blendRows = {
-    {{kernelOf<T, R, false, false>(), kernelOf<T, R, false, true>()},
-     {kernelOf<T, R, true, false>(), kernelOf<T, R, true, true>()}}};
+constexpr ru_BlendRow<T, R> blendRows = {{{kernelOf<T, R, false, false>(), kernelOf<T, R, false, true>()},
+                                          {kernelOf<T, R, true, false>(), kernelOf<T, R, true, true>()}}};
 
 template <class Work>
-inline constexpr ru_BlendMask<Work> blendMask = {{weigh<Work, false>, weigh<Work, true>}};
+constexpr ru_BlendMask<Work> blendMask = {{weigh<Work, false>, weigh<Work, true>}};
+
+} // namespace
 
 extern constinit const ru_BlendKernels ru_blendRows = {
 #define RU_ROWS(CODE, T, WHITE, NAME) blendRows<T, true>, blendRows<T, false>,

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <RU/framework/ru_ConvertRows.h>
+#include <RU/kernel/ru_ConvertRows.h>
 
 /// Takes the backing colour's part out of `count` codes of one component, in place; see RU_ChromaAdjust.h.
 template <class T, bool FullRange>
@@ -16,5 +16,3 @@ struct ru_ChromaAdjustKernels :
         ru_KernelTable
 {
 };
-
-RU_KERNELS(ru_ChromaAdjustKernels, ru_chromaAdjustRows)

@@ -1,8 +1,9 @@
 #include <RU/composite/ru_ChromaAdjustRows.h>
 
-#include <RU/framework/ru_Blocks.h>
+#include <RU/kernel/ru_Blocks.h>
 
 namespace RU_ISA {
+namespace {
 
 template <class T, bool FullRange>
 void adjustRow(T* codes, const float* matte, int64_t count, ru_Work<T> backing, const ru_Range<T>& of)
@@ -50,11 +51,13 @@ void adjustHalves(fpreal16* halves, const float* matte, int64_t count, float bac
 }
 
 template <class T, bool FullRange>
-inline constexpr ru_ChromaAdjustRow<T, FullRange> chromaRow = {adjustRow<T, FullRange>};
+constexpr ru_ChromaAdjustRow<T, FullRange> chromaRow = {adjustRow<T, FullRange>};
 template <bool FullRange>
-inline constexpr ru_ChromaAdjustRow<float, FullRange> chromaRow<float, FullRange> = {adjustRow<float, true>};
+constexpr ru_ChromaAdjustRow<float, FullRange> chromaRow<float, FullRange> = {adjustRow<float, true>};
 template <bool FullRange>
-inline constexpr ru_ChromaAdjustRow<fpreal16, FullRange> chromaRow<fpreal16, FullRange> = {adjustHalves};
+constexpr ru_ChromaAdjustRow<fpreal16, FullRange> chromaRow<fpreal16, FullRange> = {adjustHalves};
+
+} // namespace
 
 extern constinit const ru_ChromaAdjustKernels ru_chromaAdjustRows = {
 #define RU_ROWS(CODE, T, WHITE, NAME) chromaRow<T, true>, chromaRow<T, false>,

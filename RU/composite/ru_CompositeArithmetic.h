@@ -1,6 +1,6 @@
 #pragma once
 
-#include <RU/framework/ru_Blocks.h>
+#include <RU/kernel/ru_Blocks.h>
 
 #include <cstdint>
 #include <type_traits>

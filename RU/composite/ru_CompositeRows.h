@@ -1,7 +1,7 @@
 #pragma once
 
 #include <RU/composite/RU_Composite.h>
-#include <RU/framework/ru_Kernels.h>
+#include <RU/kernel/ru_Kernels.h>
 
 #include <cstdint>
 
@@ -65,5 +65,3 @@ struct ru_CompositeKernels :
     ru_KernelTable
 {
 };
-
-RU_KERNELS(ru_CompositeKernels, ru_compositeRows)

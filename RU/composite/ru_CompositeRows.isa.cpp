@@ -4,6 +4,7 @@
 #include <type_traits>
 
 namespace RU_ISA {
+namespace {
 
 // The formulas of the list, for whatever lanes have the operators.
 #define RU_FORMULA(TYPE, NAME, FORMULA, READS, ...)                                                          \
@@ -137,6 +138,8 @@ constexpr ru_CompositeAlphaLoops<T> alphaLoops = {{
     RU_FOR_EACH_COMPOSITE_TYPE(RU_LOOP)
 #undef RU_LOOP
 }};
+
+} // namespace
 
 extern constinit const ru_CompositeKernels ru_compositeRows = {
 #define RU_LOOPS(T, U) loops<T, U>,

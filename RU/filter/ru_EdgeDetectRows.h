@@ -1,6 +1,6 @@
 #pragma once
 
-#include <RU/framework/ru_Kernels.h>
+#include <RU/kernel/ru_Kernels.h>
 
 #include <cstdint>
 
@@ -27,5 +27,3 @@ struct ru_EdgeRow
 struct ru_EdgeDetectKernels : ru_EdgeRow<float>, ru_EdgeRow<double>, ru_KernelTable
 {
 };
-
-RU_KERNELS(ru_EdgeDetectKernels, ru_edgeDetectRows)

@@ -1,6 +1,7 @@
 #include <RU/filter/ru_EdgeDetectRows.h>
 
 namespace RU_ISA {
+namespace {
 
 RU_INLINE float magnitude(float v)
 {
@@ -46,8 +47,9 @@ void generalEdgeRow(const Work* top, const Work* middle, const Work* bottom, Wor
 }
 
 template <class Work>
-inline constexpr ru_EdgeRow<Work> edgeRows = {edgeRow<Work, true>, edgeRow<Work, false>,
-                                              generalEdgeRow<Work>};
+constexpr ru_EdgeRow<Work> edgeRows = {edgeRow<Work, true>, edgeRow<Work, false>, generalEdgeRow<Work>};
+
+} // namespace
 
 extern constinit const ru_EdgeDetectKernels ru_edgeDetectRows = {
     edgeRows<float>, edgeRows<double>, {RU_COMPILED_FOR}};

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <RU/framework/ru_ConvertRows.h>
+#include <RU/kernel/ru_ConvertRows.h>
 #include <TIL/TIL_TileList.h>
 
 #include <type_traits>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <RU/framework/ru_Kernels.h>
+#include <RU/kernel/ru_Kernels.h>
 
 #include <cstdint>
 
@@ -64,5 +64,3 @@ struct ru_CurveKernels : ru_KernelTable
 };
 
 inline constexpr int64_t ru_curveRow = 512;
-
-RU_KERNELS(ru_CurveKernels, ru_curveRows)

@@ -1,6 +1,7 @@
 #include <RU/pixelfunc/ru_CurveRows.h>
 
 namespace RU_ISA {
+namespace {
 
 // The number of starts that are not above each value; NaN has none.
 
@@ -52,6 +53,8 @@ bool run(const ru_CurveView& curve, const float* in, float* out, int64_t count)
 {
     return curve.extend ? runRow<true>(curve, in, out, count) : runRow<false>(curve, in, out, count);
 }
+
+} // namespace
 
 extern constinit const ru_CurveKernels ru_curveRows = {{RU_COMPILED_FOR}, run};
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <PXL/PXL_LookupChannel.h>
-#include <RU/framework/ru_Trigonometry.h>
+#include <RU/kernel/ru_Trigonometry.h>
 #include <SYS/SYS_Math.h>
 
 /// The arithmetic of every pixel function, once: its parameters for one component, and the result for a
@@ -277,5 +277,3 @@ struct ru_ExpressionKernels :
         ru_KernelTable
 {
 };
-
-RU_KERNELS(ru_ExpressionKernels, ru_expressionRows)

@@ -1,6 +1,7 @@
 #include <RU/pixelfunc/ru_Expressions.h>
 
 namespace RU_ISA {
+namespace {
 
 template <class Expression>
 RU_INLINE void runAll(const Expression& expression, float* values, int64_t count)
@@ -35,6 +36,8 @@ void runRow(const Expression& given, float* __restrict values, int64_t count)
         runAll(expression, values, count);
     }
 }
+
+} // namespace
 
 extern constinit const ru_ExpressionKernels ru_expressionRows = {
 #define RU_ROW(EXPRESSION) {runRow<EXPRESSION>},

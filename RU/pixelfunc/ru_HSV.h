@@ -1,6 +1,6 @@
 #pragma once
 
-#include <RU/framework/ru_Kernels.h>
+#include <RU/kernel/ru_Kernels.h>
 
 /// Hue, saturation and value, each in [0, 1] for colours in [0, 1]. Nothing here branches; what looks
 /// roundabout makes one division out of several, with the same result.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <RU/framework/ru_Kernels.h>
+#include <RU/kernel/ru_Kernels.h>
 
 #include <cstdint>
 
@@ -11,5 +11,3 @@ struct ru_LookUpKernels : ru_KernelTable
     /// The table has 65,536 entries and one more behind them that may be read.
     void (*words)(const uint16_t* table, const uint16_t* in, uint16_t* out, int64_t count);
 };
-
-RU_KERNELS(ru_LookUpKernels, ru_lookUpRows)

@@ -5,6 +5,7 @@
 #endif
 
 namespace RU_ISA {
+namespace {
 
 // What goes through registers before the plain loops take the rest; answers how many entries that were.
 
@@ -105,6 +106,8 @@ void lookUpWords(const uint16_t* table, const uint16_t* in, uint16_t* out, int64
     for (int64_t i = wordsByVectors(table, in, out, count); i < count; ++i)
         out[i] = table[in[i]];
 }
+
+} // namespace
 
 extern constinit const ru_LookUpKernels ru_lookUpRows = {{RU_COMPILED_FOR}, lookUpBytes, lookUpWords};
 

@@ -305,5 +305,3 @@ struct ru_VectorKernels :
         ru_KernelTable
 {
 };
-
-RU_KERNELS(ru_VectorKernels, ru_vectorRows)

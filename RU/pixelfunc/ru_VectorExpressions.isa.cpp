@@ -1,6 +1,7 @@
 #include <RU/pixelfunc/ru_VectorExpressions.h>
 
 namespace RU_ISA {
+namespace {
 
 template <class Expression>
 void runPixels(const Expression& given, const float* const* in, float* const* out, int64_t count)
@@ -23,6 +24,8 @@ void runPixels(const Expression& given, const float* const* in, float* const* ou
         toBlue[i] = b;
     }
 }
+
+} // namespace
 
 extern constinit const ru_VectorKernels ru_vectorRows = {
 #define RU_ROW(EXPRESSION) {runPixels<EXPRESSION>},

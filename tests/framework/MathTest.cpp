@@ -1,4 +1,4 @@
-#include <RU/framework/ru_Trigonometry.h>
+#include <RU/kernel/ru_Trigonometry.h>
 #include <reference/Formats.h>
 #include <reference/Random.h>
 

@@ -1,8 +1,12 @@
 #include <PXL/PXL_Caps.h>
+#include <RU/composite/ru_BlendRows.h>
+#include <RU/composite/ru_ChromaAdjustRows.h>
+#include <RU/composite/ru_CompositeRows.h>
 #include <RU/filter/ru_EdgeDetectRows.h>
-#include <RU/framework/ru_ConvertRows.h>
+#include <RU/pixelfunc/ru_CurveRows.h>
 #include <RU/pixelfunc/ru_Expressions.h>
 #include <RU/pixelfunc/ru_LookUpRows.h>
+#include <RU/pixelfunc/ru_VectorExpressions.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -32,10 +36,9 @@ bool choosesBy(std::string_view text)
 TEST(Caps, EachKernelTableIsCompiledForItsSet)
 {
     for (const PXL_InstructionSet set : allSets) {
-        EXPECT_EQ(ru_convertRows(set).compiledFor, set);
-        EXPECT_EQ(ru_expressionRows(set).compiledFor, set);
-        EXPECT_EQ(ru_lookUpRows(set).compiledFor, set);
-        EXPECT_EQ(ru_edgeDetectRows(set).compiledFor, set);
+#define EXPECT_SET(TABLE, NAME) EXPECT_EQ(NAME(set).compiledFor, set) << #NAME;
+        RU_FOR_EACH_KERNEL_TABLE(EXPECT_SET)
+#undef EXPECT_SET
     }
 }
 

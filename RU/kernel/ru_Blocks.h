@@ -1,6 +1,6 @@
 #pragma once
 
-#include <RU/framework/ru_Codes.h>
+#include <RU/kernel/ru_Codes.h>
 
 #include <type_traits>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <PXL/PXL_Format.h>
-#include <RU/framework/ru_Kernels.h>
+#include <RU/kernel/ru_Kernels.h>
 
 #include <cstdint>
 
@@ -50,5 +50,3 @@ struct ru_ConvertKernels :
     ru_KernelTable
 {
 };
-
-RU_KERNELS(ru_ConvertKernels, ru_convertRows)

@@ -1,5 +1,5 @@
-#include <RU/framework/ru_Blocks.h>
-#include <RU/framework/ru_ConvertRows.h>
+#include <RU/kernel/ru_Blocks.h>
+#include <RU/kernel/ru_ConvertRows.h>
 
 #include <SYS/SYS_Half.h>
 
@@ -8,6 +8,7 @@
 #endif
 
 namespace RU_ISA {
+namespace {
 
 // Integer codes.
 
@@ -89,14 +90,15 @@ void copyFloats(const float* __restrict from, float* __restrict to, int64_t coun
 }
 
 template <class T, bool FullRange, class Value = ru_Work<T>>
-inline constexpr ru_RowConversion<T, FullRange, Value> conversion = {readCodes<T, FullRange, Value>,
-                                                                     writeCodes<T, FullRange, Value>};
+constexpr ru_RowConversion<T, FullRange, Value> conversion = {readCodes<T, FullRange, Value>,
+                                                              writeCodes<T, FullRange, Value>};
 template <bool FullRange>
-inline constexpr ru_RowConversion<float, FullRange, float> conversion<float, FullRange> = {copyFloats,
-                                                                                           copyFloats};
+constexpr ru_RowConversion<float, FullRange, float> conversion<float, FullRange> = {copyFloats, copyFloats};
 template <bool FullRange>
-inline constexpr ru_RowConversion<fpreal16, FullRange, float> conversion<fpreal16, FullRange> = {readHalves,
-                                                                                                 writeHalves};
+constexpr ru_RowConversion<fpreal16, FullRange, float> conversion<fpreal16, FullRange> = {readHalves,
+                                                                                          writeHalves};
+
+} // namespace
 
 extern constinit const ru_ConvertKernels ru_convertRows = {
 #define RU_CONVERSIONS(CODE, T, WHITE, NAME) conversion<T, true>, conversion<T, false>,

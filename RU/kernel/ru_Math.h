@@ -1,6 +1,6 @@
 #pragma once
 
-#include <RU/framework/ru_Kernels.h>
+#include <RU/kernel/ru_Kernels.h>
 
 #include <cstdint>
 

@@ -4,8 +4,13 @@
 
 /// Hot loops live in sources named *.isa.cpp. Each is compiled once per instruction set, inside the
 /// namespace RU_ISA (ru_baseline, ru_avx2, ru_avx512), and ends in a constant table of its kernels. Rules
-/// for them: plain loops over rows; no inline function of the standard library (the linker keeps one copy of
-/// such a function for everybody, perhaps the AVX one); their own helpers are RU_INLINE and inside RU_ISA.
+/// for them:
+/// - plain loops over rows;
+/// - all but the table is in an unnamed namespace: of two templates of one name the linker would keep one for
+///   both sources. Helpers in headers are RU_INLINE and inside RU_ISA;
+/// - no inline function of the standard library: the linker keeps one copy of it for everybody, perhaps the
+///   AVX one.
+/// A test over the object files holds them to it.
 #define RU_INLINE [[gnu::always_inline]] static inline
 
 /// Before a loop: rows that it reads and writes overlap only where they are the same.
@@ -29,8 +34,10 @@ struct ru_KernelTable
 #define RU_COMPILED_FOR PXL_InstructionSet::baseline
 #endif
 
-/// RU_KERNELS(Table, name) declares the table `name` of every instruction set, and the function name(),
-/// which answers the table for a set: by default the one chosen for this process.
+/// RU_KERNELS(Table, name) declares the table `name` of every instruction set, and a function of that name:
+///
+///     const ru_BlendKernels& kernels = ru_blendRows();    // of the set chosen for this process
+///     const ru_BlendKernels& narrow = ru_blendRows(PXL_InstructionSet::baseline);
 #define RU_KERNELS_DECLARE(SET, TABLE, NAME)                                                                 \
     namespace ru_##SET                                                                                       \
     {                                                                                                        \
@@ -38,9 +45,24 @@ struct ru_KernelTable
     }
 #define RU_KERNELS_ADDRESS(SET, NAME) &ru_##SET::NAME,
 #define RU_KERNELS(TABLE, NAME)                                                                              \
+    struct TABLE;                                                                                            \
     PXL_FOR_EACH_INSTRUCTION_SET(RU_KERNELS_DECLARE, TABLE, NAME)                                            \
     inline const TABLE& NAME(PXL_InstructionSet set = PXLinstructionSet())                                   \
     {                                                                                                        \
         static constexpr const TABLE* tables[] = {PXL_FOR_EACH_INSTRUCTION_SET(RU_KERNELS_ADDRESS, NAME)};   \
         return *tables[static_cast<int>(set)];                                                               \
     }
+
+/// All tables of the library.
+#define RU_FOR_EACH_KERNEL_TABLE(X)                                                                          \
+    X(ru_ConvertKernels, ru_convertRows)                                                                     \
+    X(ru_ExpressionKernels, ru_expressionRows)                                                               \
+    X(ru_VectorKernels, ru_vectorRows)                                                                       \
+    X(ru_CurveKernels, ru_curveRows)                                                                         \
+    X(ru_LookUpKernels, ru_lookUpRows)                                                                       \
+    X(ru_EdgeDetectKernels, ru_edgeDetectRows)                                                               \
+    X(ru_CompositeKernels, ru_compositeRows)                                                                 \
+    X(ru_BlendKernels, ru_blendRows)                                                                         \
+    X(ru_ChromaAdjustKernels, ru_chromaAdjustRows)
+
+RU_FOR_EACH_KERNEL_TABLE(RU_KERNELS)

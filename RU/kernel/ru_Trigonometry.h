@@ -1,6 +1,6 @@
 #pragma once
 
-#include <RU/framework/ru_Math.h>
+#include <RU/kernel/ru_Math.h>
 
 /// Sine, tangent, the hyperbolic functions and their like for floats, made as log, exp and pow are: in
 /// double, rounded once, the same bits in every form. Errors against the exact result, for every float, in
