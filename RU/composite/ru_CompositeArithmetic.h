@@ -263,14 +263,17 @@ public:
     {
         if constexpr (std::is_integral_v<T>)
             block.store(codes, result.value + 0.5f, white_);
-        else if constexpr (std::is_integral_v<U>)
-            *codes = result.value > most ? most : result.value < -most ? -most : result.value;
         else
-            *codes = result.value;
+            *codes = ru_oneNaN(std::is_integral_v<U> ? clamped(result.value) : result.value);
     }
 
 private:
-    static constexpr float most = 1e32f; ///< floats beside integer alphas are clamped
+    /// Floats beside integer alphas. NaN stays.
+    RU_LANE static float clamped(float value)
+    {
+        constexpr float most = 1e32f;
+        return value > most ? most : value < -most ? -most : value;
+    }
 
     ru_Clamp<float> white_;
     float alphaUnit_;

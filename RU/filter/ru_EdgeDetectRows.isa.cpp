@@ -1,4 +1,5 @@
 #include <RU/filter/ru_EdgeDetectRows.h>
+#include <RU/kernel/ru_OneNaN.h>
 
 namespace RU_ISA {
 namespace {
@@ -13,6 +14,16 @@ RU_INLINE double magnitude(double v)
     return __builtin_fabs(v);
 }
 
+RU_INLINE float stored(float strength)
+{
+    return ru_oneNaN(strength);
+}
+
+RU_INLINE double stored(double strength) // becomes a code
+{
+    return strength;
+}
+
 // Both differences share those along the diagonals, I - A and G - C. The rows are not __restrict: clang
 // would carry loads from one pixel to the next and could not vectorise.
 
@@ -25,7 +36,7 @@ void edgeRow(const Work* top, const Work* middle, const Work* bottom, Work* out,
         const Work rising = bottom[x] - top[x + 2];
         const Work gx = (falling - rising) + w * (middle[x + 2] - middle[x]);
         const Work gy = (falling + rising) + w * (bottom[x + 1] - top[x + 1]);
-        out[x] = magnitude(gx) + magnitude(gy);
+        out[x] = stored(magnitude(gx) + magnitude(gy));
     }
 }
 
@@ -42,7 +53,7 @@ void generalEdgeRow(const Work* top, const Work* middle, const Work* bottom, Wor
         const Work rising = bottom[x] - top[x + 2];
         const Work gx = a * (b * (falling - rising) + m * (middle[x + 2] - middle[x]));
         const Work gy = a * (b * (falling + rising) + m * (bottom[x + 1] - top[x + 1]));
-        out[x] = (magnitude(gx) + magnitude(gy)) * n;
+        out[x] = stored((magnitude(gx) + magnitude(gy)) * n);
     }
 }
 

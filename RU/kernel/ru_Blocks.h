@@ -1,6 +1,7 @@
 #pragma once
 
 #include <RU/kernel/ru_Codes.h>
+#include <RU/kernel/ru_OneNaN.h>
 
 #include <type_traits>
 
@@ -157,7 +158,7 @@ RU_INLINE void storeAbove(auto block, T* codes, auto above, const ru_Range<T>& r
                           const ru_Clamp<ru_Work<T>>& white)
 {
     if constexpr (std::is_floating_point_v<T>)
-        block.put(codes, above);
+        block.put(codes, ru_oneNaN(above));
     else
         block.store(codes, (FullRange ? above : above + range.black) + ru_Work<T>(0.5f), white);
 }

@@ -16,7 +16,7 @@ RU_GammaFunc::RU_GammaFunc(float red, float green, float blue, float alpha)
 
 float RU_GammaFunc::gamma(float value, float igamma)
 {
-    return ru_Gamma{igamma}(value);
+    return ru_oneNaN(ru_Gamma{igamma}(value));
 }
 
 ru_Gamma RU_GammaFunc::expression(int component) const

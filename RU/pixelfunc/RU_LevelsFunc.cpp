@@ -21,7 +21,7 @@ RU_LevelsFunc::Step::Step(float inBlack, float inWhite, float gamma, float outBl
 
 float RU_LevelsFunc::Step::operator()(float v) const
 {
-    return bends() ? ru_GammaLine{igamma, factor, addend}(v) : ru_MAdd{factor, addend}(v);
+    return ru_oneNaN(bends() ? ru_GammaLine{igamma, factor, addend}(v) : ru_MAdd{factor, addend}(v));
 }
 
 void RU_LevelsFunc::Step::row(float* values, int64_t count) const

@@ -66,7 +66,7 @@ RU_RowForm RU_LookupClipFunc::getRowFunction() const
 float RU_LookupClipFunc::lookUp(RU_PixelFunction* function, float value, int component)
 {
     const CL_Track* track = static_cast<RU_LookupClipFunc*>(function)->track(component);
-    return track != nullptr ? track->evaluate(value) : 0.0f;
+    return track != nullptr ? ru_oneNaN(track->evaluate(value)) : 0.0f;
 }
 
 void RU_LookupClipFunc::lookUpRow(RU_PixelFunction* function, float* values, int64_t count, int component)
@@ -77,7 +77,8 @@ void RU_LookupClipFunc::lookUpRow(RU_PixelFunction* function, float* values, int
     else if (track->isSampled())
         ru_runRow(ru_Lookup{track->channel()}, values, count);
     else
-        std::transform(values, values + count, values, [track](float v) { return track->evaluate(v); });
+        std::transform(values, values + count, values,
+                       [track](float v) { return ru_oneNaN(track->evaluate(v)); });
 }
 
 void RU_LookupClipFunc::getPixelShader(UT_String& body)

@@ -1,5 +1,6 @@
 #include <RU/pixelfunc/ru_CurveTable.h>
 
+#include <RU/kernel/ru_OneNaN.h>
 #include <UT/UT_RootFinder.h>
 
 #include <algorithm>
@@ -189,6 +190,11 @@ ru_CurveView ru_CurveTable::view() const
 }
 
 float ru_CurveTable::solve(float x) const
+{
+    return ru_oneNaN(solved(x));
+}
+
+float ru_CurveTable::solved(float x) const
 {
     if (x <= first_.x)
         return extend_ ? (x - first_.x) * preslope_ + first_.y : first_.y;

@@ -22,6 +22,7 @@ public:
     float solve(float x) const;
 
 private:
+    float solved(float x) const; ///< with any NaN
     ru_CurveView view() const;
 
     const UT_Vector2Array points_;

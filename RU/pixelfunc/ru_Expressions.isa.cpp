@@ -1,3 +1,4 @@
+#include <RU/kernel/ru_OneNaN.h>
 #include <RU/pixelfunc/ru_Expressions.h>
 
 namespace RU_ISA {
@@ -7,7 +8,7 @@ template <class Expression>
 RU_INLINE void runAll(const Expression& expression, float* values, int64_t count)
 {
     for (int64_t i = 0; i < count; ++i)
-        values[i] = expression(values[i]);
+        values[i] = ru_oneNaN(expression(values[i]));
 }
 
 /// Whether a stretch goes one way or the other: a value's result is the same.
@@ -20,7 +21,7 @@ RU_INLINE void runStretch(const Expression& expression, float* values, int64_t c
     if (others != 0)
         return runAll(expression, values, count);
     for (int64_t i = 0; i < count; ++i)
-        values[i] = expression.ofOrdinary(values[i]);
+        values[i] = ru_oneNaN(expression.ofOrdinary(values[i]));
 }
 
 /// A row shares no memory with what an expression points to.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <RU/kernel/ru_OneNaN.h>
 #include <RU/pixelfunc/RU_PixelFunction.h>
 #include <RU/pixelfunc/ru_Expressions.h>
 
@@ -22,7 +23,7 @@ struct ru_Forms
 
     static float scalar(RU_PixelFunction* function, float value, int component)
     {
-        return expression(*function, component)(value);
+        return ru_oneNaN(expression(*function, component)(value));
     }
 
     static void row(RU_PixelFunction* function, float* values, int64_t count, int component)

@@ -1,3 +1,4 @@
+#include <RU/kernel/ru_OneNaN.h>
 #include <RU/pixelfunc/ru_VectorExpressions.h>
 
 namespace RU_ISA {
@@ -15,13 +16,13 @@ void runPixels(const Expression& given, const float* const* in, float* const* ou
         if constexpr (Expression::width == 4) {
             float a = alpha[i];
             expression(r, g, b, a);
-            toAlpha[i] = a;
+            toAlpha[i] = ru_oneNaN(a);
         } else {
             expression(r, g, b);
         }
-        toRed[i] = r;
-        toGreen[i] = g;
-        toBlue[i] = b;
+        toRed[i] = ru_oneNaN(r);
+        toGreen[i] = ru_oneNaN(g);
+        toBlue[i] = ru_oneNaN(b);
     }
 }
 
