@@ -13,8 +13,7 @@ ru_Asin RU_AsinFunc::expression(int) const
 void RU_AsinFunc::getPixelShader(UT_String& body)
 {
     addConstant("scale", RE_GPU_FLOAT32, 1, &scale_, 1);
-    if (useReplacement_)
-        addConstant("replacement", RE_GPU_FLOAT32, 1, &replacement_, 1);
+    addConstant("replacement", RE_GPU_FLOAT32, 1, &replacement_, 1);
     body = ru_guardedShader("<=1.0f", "asin", useReplacement_);
     body.append("value *= VEC4(scale);\n");
 }

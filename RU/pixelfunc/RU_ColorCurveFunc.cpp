@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -68,8 +69,8 @@ void RU_ColorCurveFunc::declarePoints()
             width = std::max(width, curve->controlPoints().entries());
 
     // All four components have their rows, however many curves there are: the shader steps through them.
-    shaderPoints_.assign(static_cast<size_t>(width * maxCurves * 2), 0.0f);
-    float* row = shaderPoints_.data();
+    std::vector<float> points(static_cast<size_t>(width * maxCurves * 2));
+    float* row = points.data();
     for (int c = 0; c < maxCurves; ++c, row += 2 * width) {
         const RU_ColorCurve* curve = curveOf(c);
         for (int64_t i = 0; curve != nullptr && i < curve->controlPoints().entries(); ++i) {
@@ -78,7 +79,7 @@ void RU_ColorCurveFunc::declarePoints()
         }
     }
     addArray(("points" + std::to_string(getFunctionIndex())).c_str(), RE_GPU_FLOAT32, 1,
-             static_cast<int>(width), 2 * maxCurves, shaderPoints_.data());
+             static_cast<int>(width), 2 * maxCurves, points.data());
 }
 
 void RU_ColorCurveFunc::getPixelShader(UT_String& body)

@@ -3,8 +3,6 @@
 #include <RU/pixelfunc/RU_ColorCurve.h>
 #include <RU/pixelfunc/RU_PixelFunction.h>
 
-#include <vector>
-
 /// y of a colour curve at x = v: one curve for all components, or one for each. Of `count` curves, components
 /// beyond the last use that one; a component without a curve keeps its value.
 ///
@@ -37,5 +35,4 @@ private:
 
     RU_ColorCurve* curves_[4] = {};
     int count_;
-    std::vector<float> shaderPoints_; ///< what the shader was given; it may be read until it has run
 };

@@ -61,10 +61,8 @@ RU_HueCurveFunc::RU_HueCurveFunc(const RU_ColorCurve* hue, const RU_ColorCurve* 
                                  const RU_ColorCurve* value)
     : turns_(samplesOf(hue)), satGains_(gainsOf(saturation)), valGains_(gainsOf(value))
 {
-    for (size_t i = 0; i < turns_.size(); ++i) {
-        turns_[i] -= neutral;
-        shaderTable_.insert(shaderTable_.end(), {turns_[i], satGains_[i], valGains_[i]});
-    }
+    for (float& turn : turns_)
+        turn -= neutral;
 }
 
 void RU_HueCurveFunc::fill(ru_HueCurve& expression, ru_Present) const
@@ -81,7 +79,10 @@ void RU_HueCurveFunc::getPixelShader(UT_String& body)
                   [this](auto... shared) { addFunction(shared...); });
     addLocal("gain", RE_GPU_FLOAT32, 3);
     const std::string table = "huecurve" + std::to_string(getFunctionIndex());
-    addArray(table.c_str(), RE_GPU_FLOAT32, 3, static_cast<int>(turns_.size()), 1, shaderTable_.data());
+    std::vector<float> samples; // the three side by side
+    for (size_t i = 0; i < turns_.size(); ++i)
+        samples.insert(samples.end(), {turns_[i], satGains_[i], valGains_[i]});
+    addArray(table.c_str(), RE_GPU_FLOAT32, 3, static_cast<int>(turns_.size()), 1, samples.data());
 
     // Back by the pure hue k: (1 - (1 - k) s) v, also for s > 1.
     body = "if(num_comps < 3 || max(value.r, max(value.g, value.b)) <= 0.0) return value;\n";

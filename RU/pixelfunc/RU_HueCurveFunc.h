@@ -44,5 +44,4 @@ private:
     void fill(ru_HueCurve& expression, unsigned present) const;
 
     std::vector<float> turns_, satGains_, valGains_;
-    std::vector<float> shaderTable_; ///< the three side by side
 };

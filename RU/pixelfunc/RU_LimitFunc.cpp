@@ -23,10 +23,8 @@ ru_Limit RU_LimitFunc::expression(int) const
 void RU_LimitFunc::getPixelShader(UT_String& body)
 {
     body.clear();
-    if (has(useLowerFlag))
-        addConstant("lower", RE_GPU_FLOAT32, 1, &lower_, 1);
-    if (has(useUpperFlag))
-        addConstant("upper", RE_GPU_FLOAT32, 1, &upper_, 1);
+    addConstant("lower", RE_GPU_FLOAT32, 1, &lower_, 1);
+    addConstant("upper", RE_GPU_FLOAT32, 1, &upper_, 1);
     const bool both = has(useLowerFlag) && has(useUpperFlag);
     if (has(clampFlag)) {
         if (both)

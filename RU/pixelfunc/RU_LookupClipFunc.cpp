@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -89,32 +90,31 @@ void RU_LookupClipFunc::getPixelShader(UT_String& body)
     for (int row = 0; row < rows; ++row)
         width = std::max(width, entriesOf(track(row)));
 
-    shaderKeys_.assign(static_cast<size_t>(2 * width * rows), 0.0f);
+    std::vector<float> keys(static_cast<size_t>(2 * width * rows));
     for (int row = 0; row < rows; ++row)
         for (int64_t i = 0; i < entriesOf(track(row)); ++i) {
             const CL_Key key = track(row)->entry(i);
             const auto at = static_cast<size_t>(2 * (row * width + i));
-            shaderKeys_[at] = key.time;
-            shaderKeys_[at + 1] = key.value;
+            keys[at] = key.time;
+            keys[at + 1] = key.value;
         }
     if (width > 0) {
         UT_String code(clipFunction);
         code.substitute("%n", index);
         addFunction(("clipTrack" + index).c_str(), code.buffer());
-        addArray(("clip" + index).c_str(), RE_GPU_FLOAT32, 2, static_cast<int>(width), rows,
-                 shaderKeys_.data());
+        addArray(("clip" + index).c_str(), RE_GPU_FLOAT32, 2, static_cast<int>(width), rows, keys.data());
     }
 
     static constexpr const char* lookedUp[] = {"value.r", "value.b", "value.g", "value.a"}; // a departure
     body = "value = VEC4(";
     for (int c = 0; c < 4; ++c) {
         body.append(c == 0 ? "" : ",\n             ");
-        const int64_t keys = entriesOf(track(c));
-        if (keys == 0)
+        const int64_t keyCount = entriesOf(track(c));
+        if (keyCount == 0)
             body.append("0.0f");
         else
             body.append("clipTrack" + index + "(" + lookedUp[c] + ", " + std::to_string(c % rows) + ", " +
-                        std::to_string(keys) + ")");
+                        std::to_string(keyCount) + ")");
     }
     body.append(");\n");
 }

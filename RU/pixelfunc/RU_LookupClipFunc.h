@@ -2,8 +2,6 @@
 
 #include <RU/pixelfunc/RU_PixelFunction.h>
 
-#include <vector>
-
 class CL_Clip;
 class CL_Track;
 
@@ -34,5 +32,4 @@ private:
     const CL_Track* track(int component) const; ///< null: missing
 
     const CL_Clip* clip_;
-    std::vector<float> shaderKeys_; ///< what the shader's array was made from
 };

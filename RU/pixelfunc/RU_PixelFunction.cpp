@@ -3,42 +3,9 @@
 #include <RU/pixelfunc/ru_ChainRows.h>
 
 #include <mutex>
-#include <string>
 #include <utility>
 
 namespace {
-
-/// The macro that the shader prelude defines for a type; empty where there is none.
-const char* glslType(RE_GPUType type, int vectorSize)
-{
-    static constexpr const char* integers[] = {"INT", "IVEC2", "IVEC3", "IVEC4"};
-    static constexpr const char* floats[] = {"FLOAT", "VEC2", "VEC3", "VEC4"};
-    const bool isVector = vectorSize >= 1 && vectorSize <= 4;
-    switch (type) {
-    case RE_GPU_UINT8:
-    case RE_GPU_UINT16:
-    case RE_GPU_UINT32:
-    case RE_GPU_INT8:
-    case RE_GPU_INT16:
-    case RE_GPU_INT32:
-        return isVector ? integers[vectorSize - 1] : "";
-    case RE_GPU_FLOAT16:
-    case RE_GPU_FLOAT32:
-        return isVector ? floats[vectorSize - 1] : "";
-    case RE_GPU_MATRIX2:
-        return vectorSize == 1 ? "MATRIX2" : "";
-    case RE_GPU_MATRIX3:
-        return vectorSize == 1 ? "MATRIX3" : "";
-    case RE_GPU_MATRIX4:
-        return vectorSize == 1 ? "MATRIX4" : "";
-    }
-    return "";
-}
-
-UT_String numbered(const char* name, int index)
-{
-    return UT_String(name).append(std::to_string(index));
-}
 
 void copyRows(const float* const* in, float* const* out, int64_t count)
 {
@@ -243,66 +210,41 @@ void RU_PixelFunction::pixelByPixel(RU_PixelFunction* function, const float* con
 void RU_PixelFunction::declareShader(RU_PixelFunction& head, RE_OGLComputeGPU* gpu, int index,
                                      UT_String& body)
 {
-    head.gpu_ = gpu;
-    head.functionIndex_ = index;
-    head_ = &head;
+    builder_ = &head.shader_;
+    builder_->begin(gpu, index);
     getPixelShader(body);
-    head_ = nullptr;
-    head.gpu_ = nullptr;
-}
-
-void RU_PixelFunction::addParameter(const char* qualifier, const char* type, const UT_String& name, int count)
-{
-    UT_String& declarations = head_->parameterDeclarations_;
-    declarations.append(qualifier).append(type).append(" ").append(name.view());
-    if (count > 1)
-        declarations.append("[").append(std::to_string(count)).append("]");
-    head_->callArguments_.append(",").append(name.view());
+    builder_ = nullptr;
 }
 
 void RU_PixelFunction::addConstant(const char* name, RE_GPUType type, int vectorSize, const void* data,
                                    int count)
 {
-    const UT_String unique = numbered(name, head_->functionIndex_);
-    addParameter(", in ", glslType(type, vectorSize), unique, count);
-    head_->gpu_->setConstant(unique.buffer(), type, vectorSize, data, count, false);
+    builder_->addConstant(name, type, vectorSize, data, count);
 }
 
 void RU_PixelFunction::addLocal(const char* name, RE_GPUType type, int vectorSize)
 {
-    const UT_String unique = numbered(name, head_->functionIndex_);
-    addParameter(", out ", glslType(type, vectorSize), unique, 1);
-    head_->localDeclarations_.append(glslType(type, vectorSize))
-        .append(" ")
-        .append(unique.view())
-        .append(";\n");
+    builder_->addLocal(name, type, vectorSize);
 }
 
 void RU_PixelFunction::addArray(const char* name, RE_GPUType type, int vectorSize, int width, int height,
                                 const void* data)
 {
-    head_->gpu_->setArray2D(name, type, vectorSize, width, height, data);
+    builder_->addArray(name, type, vectorSize, width, height, data);
 }
 
 void RU_PixelFunction::addArray(const char* name, RE_GPUType type, int vectorSize, int width, int height,
                                 const void* d0, const void* d1, const void* d2, const void* d3)
 {
-    const UT_String unique = numbered(name, head_->functionIndex_);
-    addParameter(", out ", glslType(type, vectorSize), unique, 1);
-    head_->gpu_->setArray2D(unique.buffer(), type, vectorSize, width, height, d0, d1, d2, d3);
+    builder_->addArray(name, type, vectorSize, width, height, d0, d1, d2, d3);
 }
 
 void RU_PixelFunction::addFunction(const char* name, const char* code)
 {
-    if (head_->addedFunctionNames_.sortedInsert(name))
-        head_->addedFunctionCode_.append(code).append("\n");
+    builder_->addFunction(name, code);
 }
 
 void RU_PixelFunction::usesGlobal(const char* name)
 {
-    if (head_->usesNumComps_ || std::string_view(name) != "num_comps")
-        return;
-    head_->usesNumComps_ = true;
-    head_->callArguments_.append(", num_comps");
-    head_->parameterDeclarations_.append(", in int num_comps");
+    builder_->usesGlobal(name);
 }

@@ -1,11 +1,8 @@
 #pragma once
 
-#include <RE/RE_OGLComputeGPU.h>
-#include <RU/RU_API.h>
+#include <RU/pixelfunc/RU_ShaderBuilder.h>
 #include <UT/UT_Lock.h>
 #include <UT/UT_PtrArray.h>
-#include <UT/UT_String.h>
-#include <UT/UT_StringArray.h>
 
 #include <cstdint>
 
@@ -87,18 +84,14 @@ public:
     /// The chain on `count` pixels; processValues() on each, bit for bit.
     void processRows(const float* const* in, float* const* out, int64_t count) const;
 
-    // Shaders. `head` collects what the functions of its chain declare.
+    // Shaders. The head of a chain collects what its functions declare.
 
-    void setNumComps(int count) { numComps_ = count; }
-    bool usesNumCompsGlobal() const { return usesNumComps_; }
-
-    const UT_String& getShaderCode() const { return shaderCode_; }
-    const UT_String& getFunctionCode() const { return functionCode_; }
-    const UT_String& getLocals() const { return locals_; }
-    const UT_String& getCallArguments() const { return callArguments_; }
-    const UT_String& getParameterDeclarations() const { return parameterDeclarations_; }
-    const UT_String& getLocalDeclarations() const { return localDeclarations_; }
-    const UT_String& getAddedFunctionCode() const { return addedFunctionCode_; }
+    void setNumComps(int count) { shader_.setNumComps(count); }
+    bool usesNumCompsGlobal() const { return shader_.usesNumComps(); }
+    const UT_String& getShaderCode() const { return shader_.shaderCode(); }
+    const UT_String& getFunctionCode() const { return shader_.functionCode(); }
+    const UT_String& getLocals() const { return shader_.locals(); }
+    const RU_ShaderBuilder& shader() const { return shader_; }
 
     /// getPixelShader() of function number `index` of a shader that `head` collects for `gpu`.
     void declareShader(RU_PixelFunction& head, RE_OGLComputeGPU* gpu, int index, UT_String& body);
@@ -116,8 +109,8 @@ protected:
 
     // For getPixelShader(). `vectorSize` is 1 to 4; names get the function's index appended.
 
-    int getNumComps() const { return head_->numComps_; }
-    int getFunctionIndex() const { return head_->functionIndex_; }
+    int getNumComps() const { return builder_->numComps(); }
+    int getFunctionIndex() const { return builder_->functionIndex(); }
 
     /// An input parameter, or an array of `count` of them.
     void addConstant(const char* name, RE_GPUType type, int vectorSize, const void* data, int count);
@@ -136,7 +129,6 @@ protected:
 private:
     void rememberScalarFunction() const;
     void appendToEngine(RU_PixelFunction* function, int64_t entries);
-    void addParameter(const char* qualifier, const char* type, const UT_String& name, int count);
 
     RU_PixelFunction* next_ = nullptr;
     UT_Lock lock_;
@@ -146,20 +138,8 @@ private:
     mutable RU_ScalarForm scalarFunction_ = defaultPixelFunction; ///< for the default vector and row forms
     bool scope_[4] = {true, true, true, true};
 
-    // Used on the head of a chain while a shader is built; head_ is null otherwise.
-    RU_PixelFunction* head_ = nullptr;
-    UT_String shaderCode_;
-    UT_String functionCode_;
-    UT_String locals_;
-    UT_String callArguments_;
-    UT_String parameterDeclarations_;
-    UT_String localDeclarations_;
-    UT_StringArray addedFunctionNames_;
-    UT_String addedFunctionCode_;
-    RE_OGLComputeGPU* gpu_ = nullptr;
-    int functionIndex_ = 0;
-    int numComps_ = 0;
-    bool usesNumComps_ = false;
+    RU_ShaderBuilder* builder_ = nullptr; ///< the head's, while this function declares its shader
+    RU_ShaderBuilder shader_;             ///< of the chain that starts here
 
     UT_PtrArray<RU_RowForm> rowEngine_;             ///< filled along with the pixel engine
     UT_PtrArray<RU_VectorRowForm> vectorRowEngine_; ///< filled along with the vector engine

@@ -2,7 +2,8 @@
 
 #include <RE/RE_Types.h>
 
-/// One computation on the GPU: named constants and arrays for a shader program that is being built.
+/// One computation on the GPU: named constants and arrays for a shader program that is being built. What the
+/// data pointers point at is copied by the call.
 class RE_OGLComputeGPU
 {
 public:
@@ -14,8 +15,7 @@ public:
                              bool normalize) = 0;
 
     /// An input array of width x height vectors. The program reads it as IN_name at the pixel that it
-    /// computes, and as ABS_name(x, y) anywhere; single values are FLOAT, pairs VEC2 and so on. The data
-    /// must last until the computation is done.
+    /// computes, and as ABS_name(x, y) anywhere; single values are FLOAT, pairs VEC2 and so on.
     virtual void setArray2D(const char* name, RE_GPUType type, int vectorSize, int width, int height,
                             const void* data) = 0;
 

@@ -52,6 +52,9 @@ public:
                     const void* data) override
     {
         arrays.push_back({name, {type, size, width, height}, {data}});
+        const auto* floats = static_cast<const float*>(data);
+        if (type == RE_GPU_FLOAT32)
+            lastArray.assign(floats, floats + size * width * height);
     }
     void setArray2D(const char* name, RE_GPUType type, int size, int width, int height, const void* d0,
                     const void* d1, const void* d2, const void* d3) override
@@ -61,6 +64,7 @@ public:
 
     std::vector<ConstantCall> constants;
     std::vector<ArrayCall> arrays;
+    std::vector<float> lastArray; ///< the values of the last one that has floats
 };
 
 constexpr int planes[4] = {};
@@ -138,9 +142,7 @@ std::vector<float> arrayOf(RU_PixelFunction& function)
     RecordingGPU gpu;
     UT_String body;
     function.declareShader(head, &gpu, 7, body);
-    const RecordingGPU::ArrayCall& array = gpu.arrays.at(0);
-    const auto* data = static_cast<const float*>(array.data[0]);
-    return {data, data + array.shape[1] * array.shape[2] * array.shape[3]};
+    return gpu.lastArray;
 }
 
 /// Lists values of constants and sizes of arrays, then declarations and body unless they are those of the function
@@ -162,8 +164,8 @@ void list(std::string& shaders, std::string& before, const std::string& name, RU
     for (const auto& [array, shape, data] : gpu.arrays)
         values << "; " << array << " " << shape[2] << " x " << shape[3] << ", type " << shape[0] << ", "
                << shape[1];
-    std::string text = head.getParameterDeclarations().buffer() + std::string("\n") + body.buffer();
-    const std::string code = head.getAddedFunctionCode().buffer();
+    std::string text = head.shader().parameterDeclarations().buffer() + std::string("\n") + body.buffer();
+    const std::string code = head.shader().addedFunctionCode().buffer();
     const std::pair<const char*, const char*> shared[] = {
         {" toHSV(", "VEC3 toHSV(VEC3 value, out FLOAT minv, out FLOAT maxv, out FLOAT s1, out FLOAT hue,"},
         {" fromHSV(", "VEC3 fromHSV(VEC3 value, out INT i, out FLOAT hue, out FLOAT sat,"}};
@@ -215,13 +217,14 @@ TEST(Shader, DeclarationsGoToTheHeadUnderIndexedNames)
     declarer.declareShader(head, &gpu, 12, body);
 
     EXPECT_EQ(body.view(), "3 of 12");
-    EXPECT_EQ(head.getParameterDeclarations().view(),
+    EXPECT_EQ(head.shader().parameterDeclarations().view(),
               ", in FLOAT one12, in VEC2 three12[3], out VEC3 hue12, out VEC4 planes12, in int num_comps");
-    EXPECT_EQ(head.getCallArguments().view(), ",one12,three12,hue12,planes12, num_comps");
-    EXPECT_EQ(head.getLocalDeclarations().view(), "VEC3 hue12;\n");
-    EXPECT_EQ(head.getAddedFunctionCode().view(), "void zed();\nvoid alpha();\n");
+    EXPECT_EQ(head.shader().callArguments().view(), ",one12,three12,hue12,planes12, num_comps");
+    EXPECT_EQ(head.shader().localDeclarations().view(), "VEC3 hue12;\n");
+    EXPECT_EQ(head.shader().addedFunctionCode().view(), "void zed();\nvoid alpha();\n");
     EXPECT_TRUE(head.usesNumCompsGlobal());
-    EXPECT_TRUE(declarer.getParameterDeclarations().isEmpty() && declarer.getAddedFunctionCode().isEmpty());
+    EXPECT_TRUE(declarer.shader().parameterDeclarations().isEmpty() &&
+                declarer.shader().addedFunctionCode().isEmpty());
 
     ASSERT_EQ(gpu.constants.size(), 2u);
     EXPECT_EQ(gpu.constants[1].name, "three12");
@@ -234,7 +237,7 @@ TEST(Shader, DeclarationsGoToTheHeadUnderIndexedNames)
 
     Declarer second;
     second.declareShader(head, &gpu, 13, body);
-    EXPECT_EQ(head.getAddedFunctionCode().view(), "void zed();\nvoid alpha();\n") << "once per chain";
+    EXPECT_EQ(head.shader().addedFunctionCode().view(), "void zed();\nvoid alpha();\n") << "once per chain";
     EXPECT_EQ(gpu.constants.back().name, "three13");
 }
 
