@@ -16,11 +16,11 @@ class BlendPass
 {
 public:
     BlendPass(const RU_Blend& blend, const TIL_TileList& out)
-        : BlendPass(blend, out.blackPoint, out.whitePoint, out.width(), out.height())
+        : BlendPass(blend, out.blackPoint, out.whitePoint, ru_TileRows::allOf(out))
     {
     }
     BlendPass(const RU_Blend& blend, const TIL_Region& out)
-        : BlendPass(blend, out.plane->blackPoint, out.plane->whitePoint, out.width(), out.height())
+        : BlendPass(blend, out.plane->blackPoint, out.plane->whitePoint, ru_TileRows::allOf(out))
     {
     }
 
@@ -38,7 +38,7 @@ public:
     {
         if (first == nullptr)
             return;
-        if (isEmptyRange()) { // every value is written as the black code
+        if (ru_isEmpty<T, FullRange>(range_)) { // every value is written as the black code
             second = nullptr;
             mask = nullptr;
             weights_ = {};
@@ -48,7 +48,7 @@ public:
         const ru_BlendRow<T, FullRange>& rows = kernels;
         const ru_BlendMask<Work>& masks = kernels;
         if (two && constant)
-            std::fill_n(constants_[count_], std::min(piece, width_), *second);
+            std::fill_n(constants_[count_], std::min(piece, rows_.width), *second);
         planes_[count_++] = {first,   second, mask, rows.of(two, mask != nullptr), masks.of(swap_ && !two),
                              constant};
     }
@@ -56,9 +56,10 @@ public:
     /// Always 1, as the operations answer.
     int run(int thread)
     {
-        for (int64_t y = 0; y < height_ && !RU_Algorithm::interruptCheck(thread); ++y)
-            for (int64_t x = 0; x < width_; x += piece)
-                runPiece(y * width_ + x, std::min(piece, width_ - x));
+        rows_.each(thread, [this](int64_t y) {
+            for (int64_t x = 0; x < rows_.width; x += piece)
+                runPiece(rows_.offset(y) + x, std::min(piece, rows_.width - x));
+        });
         return 1;
     }
 
@@ -77,23 +78,21 @@ private:
         bool constant;
     };
 
-    BlendPass(const RU_Blend& blend, unsigned int black, unsigned int white, int width, int height)
+    BlendPass(const RU_Blend& blend, unsigned int black, unsigned int white, const ru_TileRows& rows)
         : range_(ru_rangeOf<T, FullRange>(black, white)), factor_(blend.blendFactor),
-          swap_(blend.swapMaskedInputs), width_(width), height_(height)
+          swap_(blend.swapMaskedInputs), rows_(rows)
     {
         PXLdetermineProcCaps();
         weights_.first = blend.useBlendFactor ? factor_ : blend.firstWeight;
         weights_.second = blend.useBlendFactor ? Work(1) - factor_ : blend.secondWeight;
     }
 
-    bool isEmptyRange() const { return !FullRange && std::is_integral_v<T> && range_.span == 0; }
-
     /// Under a mask, 8-bit planes take the wide path only with a certain size and mask.
     const ru_BlendKernels& kernelsFor(const float* mask) const
     {
         constexpr int64_t fewPixels = 32;
-        const bool narrow =
-            width_ * height_ <= fewPixels || !PXLcpuHasSSE() || reinterpret_cast<uintptr_t>(mask) % 16 != 0;
+        const bool narrow = rows_.width * rows_.height <= fewPixels || !PXLcpuHasSSE() ||
+                            reinterpret_cast<uintptr_t>(mask) % 16 != 0;
         if (std::is_same_v<T, unsigned char> && mask != nullptr && narrow)
             return ru_blendRows(PXL_InstructionSet::baseline);
         return ru_blendRows();
@@ -121,7 +120,7 @@ private:
     Work factor_;
     bool swap_;
     ru_BlendWeights<Work> weights_ = {};
-    int64_t width_, height_;
+    ru_TileRows rows_;
     int count_ = 0;
     Plane planes_[4];
     Work fraction_[piece], rest_[piece];
@@ -164,7 +163,7 @@ public:
     {
         BlendPass<T, FullRange> pass(static_cast<const RU_Blend&>(*this->algorithm_), *out);
         for (int c = 0; c < 4; ++c) {
-            const TIL_Tile* tile = in->tiles[c];
+            const TIL_Tile* tile = in != nullptr ? in->tiles[c] : nullptr;
             if (tile == nullptr)
                 continue;
             const T* second = nullptr;

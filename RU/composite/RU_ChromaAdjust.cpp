@@ -18,12 +18,14 @@ public:
         const ru_ChromaAdjustRow<T, FullRange>& rows = ru_chromaAdjustRows();
         const ru_Range<T> range = ru_rangeOf<T, FullRange>(out->blackPoint, out->whitePoint);
         const float backing[] = {chroma.backingRed, chroma.backingGreen, chroma.backingBlue};
-        const int64_t width = out->width(), height = out->height();
         T* const colour[] = {ru_outputData<T>(*out, 0), ru_outputData<T>(*out, 1), ru_outputData<T>(*out, 2)};
-        for (int64_t y = 0; y < height && !RU_Algorithm::interruptCheck(thread); ++y)
+        const auto all = ru_TileRows::allOf(*out);
+        all.each(thread, [&](int64_t y) {
             for (int c = 0; c < 3; ++c)
                 if (colour[c] != nullptr)
-                    rows.adjust(colour[c] + y * width, chroma.matte + y * width, width, backing[c], range);
+                    rows.adjust(colour[c] + all.offset(y), chroma.matte + all.offset(y), all.width,
+                                backing[c], range);
+        });
         return 1;
     }
 };

@@ -20,7 +20,7 @@ void adjustRow(T* codes, const float* matte, int64_t count, ru_Work<T> backing, 
         const Work less = value - (Work(1) - m) * backing;
         Work adjusted = m <= Work(0) ? Work(0) : less;
         if constexpr (std::is_integral_v<T>)
-            adjusted = adjusted * range.span;
+            adjusted = range.span != Work(0) ? adjusted * range.span : Work(0); // NaN too is black then
         T code;
         storeAbove<FullRange>(one, &code, adjusted, range, white);
         codes[i] = m >= Work(1) ? stored : code;

@@ -10,6 +10,8 @@
 
 namespace {
 
+constexpr int reach = 1; ///< of the neighbourhood, to every side
+
 template <class Work>
 ru_EdgeWeights<Work> weightsOf(const RU_EdgeDetect& edge)
 {
@@ -54,7 +56,7 @@ class EdgePass
 {
 public:
     EdgePass(const RU_EdgeDetect& edge, const TIL_TileList& out)
-        : kernel_(edge), rows_(out), width_(out.width()), height_(out.height()), stride_(width_ + 2),
+        : kernel_(edge), convert_(out), rows_(ru_TileRows::allOf(out)), stride_(rows_.width + 2 * reach),
           scratch_(static_cast<size_t>(4 * stride_))
     {
     }
@@ -65,18 +67,15 @@ public:
     {
         const Work* top = read(source, 0);
         const Work* middle = read(source, 1);
-        for (int64_t y = 0; y < height_; ++y) {
-            if (RU_Algorithm::interruptCheck(thread))
-                return false;
+        return rows_.each(thread, [&](int64_t y) {
             const Work* bottom = read(source, y + 2);
-            T* codes = target + y * width_;
-            Work* values = rows_.target(codes, scratch_.data() + 3 * stride_);
-            kernel_(top, middle, bottom, values, width_);
-            rows_.write(values, codes, width_);
+            T* codes = target + rows_.offset(y);
+            Work* values = convert_.target(codes, scratch_.data() + 3 * stride_);
+            kernel_(top, middle, bottom, values, rows_.width);
+            convert_.write(values, codes, rows_.width);
             top = middle;
             middle = bottom;
-        }
-        return true;
+        });
     }
 
 private:
@@ -84,13 +83,13 @@ private:
 
     const Work* read(const T* source, int64_t y)
     {
-        return rows_.read(source + y * stride_, scratch_.data() + y % 3 * stride_, stride_);
+        return convert_.read(source + y * stride_, scratch_.data() + y % 3 * stride_, stride_);
     }
 
     EdgeKernel<Work> kernel_;
-    ru_RowConverter<T, FullRange> rows_;
-    int64_t width_, height_; ///< of the output
-    int64_t stride_;         ///< of the input
+    ru_RowConverter<T, FullRange> convert_;
+    ru_TileRows rows_; ///< of the output
+    int64_t stride_;   ///< of the input
     std::vector<Work> scratch_;
 };
 
@@ -105,7 +104,7 @@ public:
 
     int filter(TIL_TileList* out, const TIL_Region* in, float, int thread, void*) override
     {
-        if (out->width() <= 0 || out->height() <= 0)
+        if (in == nullptr || ru_TileRows::allOf(*out).empty())
             return 1;
         EdgePass<T, FullRange> pass(static_cast<const RU_EdgeDetect&>(*this->algorithm_), *out);
         for (int c = 0; c < 4; ++c) {
@@ -121,3 +120,8 @@ public:
 template class RU_FilterFactories<RU_EdgeDetectOp>;
 
 RU_EdgeDetect::~RU_EdgeDetect() = default;
+
+RU_Border RU_EdgeDetect::border() const
+{
+    return {reach, reach, reach, reach};
+}

@@ -28,7 +28,7 @@ extern template class RU_API RU_FilterFactories<RU_EdgeDetectOp>;
 /// and the sum is divided by (a b)^(1/4) where a and b are above 0. The two do not meet: at a = b = 1 the
 /// second would weigh the middle row and column w - 1 rather than w.
 ///
-/// Input: a region with one pixel of border on every side of the tile list, (W + 2) x (H + 2) values.
+/// Input: a region with a border of one pixel on every side, (W + 2) x (H + 2) values.
 /// Range: a flat input gives 0, or the black code between black and white points; integers saturate at the
 /// end of their type.
 /// Result: 1, also when interrupted. Only tile lists are written; the region form returns 0.
@@ -40,6 +40,8 @@ public:
     RU_EdgeDetect() = default;
     RU_EdgeDetect(const RU_EdgeDetect&) = default;
     RU_EdgeDetect& operator=(const RU_EdgeDetect&) = default;
+
+    RU_Border border() const override;
 
     int sobelWeights = 1;      ///< non-zero: the middle row and column weigh 2, else 1
     float edgeGain = 1.0f;     ///< gain of both differences

@@ -1,7 +1,10 @@
 #include <RU/framework/RU_Algorithm.h>
 
+#include <SYS/SYS_Fail.h>
 #include <TIL/TIL_Region.h>
 
+#include <algorithm>
+#include <iterator>
 #include <memory>
 #include <new>
 
@@ -37,6 +40,11 @@ int RU_Algorithm::initialize(float)
     return 1;
 }
 
+RU_Border RU_Algorithm::border() const
+{
+    return {};
+}
+
 #define RU_DEFINE_FACTORIES(CODE, T, WHITE, NAME, FAMILY)                                                    \
     RU_##FAMILY##Op<T, true>* RU_Algorithm::allocate##FAMILY(T)                                              \
     {                                                                                                        \
@@ -54,17 +62,53 @@ PXL_FOR_EACH_FORMAT(RU_DEFINE_FACTORIES, Binary)
 
 #undef RU_DEFINE_FACTORIES
 
+namespace {
+
+bool usesPoints(const TIL_TileList& out)
+{
+    return out.blackWhitePoints;
+}
+
+bool usesPoints(const TIL_Region& out)
+{
+    return out.plane->usesBlackWhitePoints() != 0;
+}
+
+/// A filter takes its input's rows for as long as the output and the border make them: any other region
+/// would be read in the wrong places, or behind its end.
+template <class Out>
+void checkBorder([[maybe_unused]] const RU_Border& border, [[maybe_unused]] const Out* out,
+                 [[maybe_unused]] const TIL_Region* in)
+{
+#if defined(RU_CHECKED)
+    if (out == nullptr || in == nullptr)
+        return;
+    const int needed[] = {out->x1 - border.left, out->y1 - border.bottom, out->x2 + border.right,
+                          out->y2 + border.top};
+    const int given[] = {in->x1, in->y1, in->x2, in->y2};
+    if (!std::equal(std::begin(needed), std::end(needed), given))
+        SYSfail(
+            "The filter's input has to cover (%d, %d) to (%d, %d), border included; it covers (%d, %d) to "
+            "(%d, %d).",
+            needed[0], needed[1], needed[2], needed[3], given[0], given[1], given[2], given[3]);
+#endif
+}
+
+} // namespace
+
 /// What all entry points share: pick the factory by format and range, run its operation, delete it. Without
-/// memory nothing is done.
-template <class Allocate, class Run>
-int RU_Algorithm::run(const TIL_Plane& plane, bool points, void* data, int thread, Allocate allocate,
-                      Run work)
+/// an output or memory nothing is done.
+template <class Out, class Allocate, class Run>
+int RU_Algorithm::run(const Out* out, void* data, int thread, Allocate allocate, Run work)
 try {
+    if (out == nullptr || out->plane == nullptr)
+        return 0;
+    const bool points = usesPoints(*out);
     const auto runOnce = [&](auto* made) {
         const std::unique_ptr<RU_Operation> op(made);
         return made != nullptr ? work(*made) : 0;
     };
-    switch (plane.formatCode) {
+    switch (out->plane->formatCode) {
 #define RU_CASE(CODE, T, WHITE, NAME)                                                                        \
     case CODE: {                                                                                             \
         const InterruptScope scope(data, thread);                                                            \
@@ -82,8 +126,7 @@ try {
 int RU_Algorithm::generate(TIL_TileList* out, float time, void* data, int thread, void* context)
 {
     return run(
-        *out->plane, out->blackWhitePoints, data, thread,
-        [this](auto... select) { return allocateGenerator(select...); },
+        out, data, thread, [this](auto... select) { return allocateGenerator(select...); },
         [&](auto& op) { return op.generate(out, time, thread, context); });
 }
 
@@ -91,26 +134,25 @@ int RU_Algorithm::pixelAdjust(TIL_TileList* out, const TIL_TileList* in, float t
                               void* context)
 {
     return run(
-        *out->plane, out->blackWhitePoints, data, thread,
-        [this](auto... select) { return allocatePixel(select...); },
+        out, data, thread, [this](auto... select) { return allocatePixel(select...); },
         [&](auto& op) { return op.pixelAdjust(out, in, time, thread, context); });
 }
 
 int RU_Algorithm::filter(TIL_TileList* out, const TIL_Region* in, float time, void* data, int thread,
                          void* context)
 {
+    checkBorder(border(), out, in);
     return run(
-        *out->plane, out->blackWhitePoints, data, thread,
-        [this](auto... select) { return allocateFilter(select...); },
+        out, data, thread, [this](auto... select) { return allocateFilter(select...); },
         [&](auto& op) { return op.filter(out, in, time, thread, context); });
 }
 
 int RU_Algorithm::filter(TIL_Region* out, const TIL_Region* in, float time, void* data, int thread,
                          void* context)
 {
+    checkBorder(border(), out, in);
     return run(
-        *out->plane, out->plane->usesBlackWhitePoints() != 0, data, thread,
-        [this](auto... select) { return allocateFilter(select...); },
+        out, data, thread, [this](auto... select) { return allocateFilter(select...); },
         [&](auto& op) { return op.filter(out, in, time, thread, context); });
 }
 
@@ -118,8 +160,7 @@ int RU_Algorithm::binary(TIL_TileList* out, const TIL_Region* in1, const TIL_Reg
                          void* data, int thread, void* context)
 {
     return run(
-        *out->plane, out->blackWhitePoints, data, thread,
-        [this](auto... select) { return allocateBinary(select...); },
+        out, data, thread, [this](auto... select) { return allocateBinary(select...); },
         [&](auto& op) { return op.binary(out, in1, in2, time, thread, context); });
 }
 
@@ -127,8 +168,7 @@ int RU_Algorithm::binary(TIL_Region* out, const TIL_Region* in1, const TIL_Regio
                          void* data, int thread, void* context)
 {
     return run(
-        *out->plane, out->plane->usesBlackWhitePoints() != 0, data, thread,
-        [this](auto... select) { return allocateBinary(select...); },
+        out, data, thread, [this](auto... select) { return allocateBinary(select...); },
         [&](auto& op) { return op.binary(out, in1, in2, time, thread, context); });
 }
 

@@ -4,6 +4,12 @@
 #include <RU/framework/RU_Operation.h>
 #include <TIL/TIL_TileList.h>
 
+/// Columns and rows around a rectangle: to the left of x1, to the right of x2, above y2, below y1.
+struct RU_Border
+{
+    int left = 0, right = 0, top = 0, bottom = 0;
+};
+
 /// The base of every raster algorithm that a host runs piece by piece over its images.
 ///
 /// The host sets the algorithm's parameters, calls initialize() once per cook, and then one entry point for
@@ -20,13 +26,17 @@
 ///       full range:               v = code / white          code = floor(v * white + 0.5)
 ///       black and white point:    v = (code - black) * s    code = floor(v * (white - black) + black + 0.5)
 ///
-///   with s = 1 / (white - black), or 1 where the points are equal. Codes are clamped to their type, NaN
-///   becomes code 0. Float and half are taken as they are and never clamped. Which of the two holds, and the
-///   points, come from the output alone.
-/// - Null and constant tiles. An output tile that is null, constant or done is not written. A constant input
-///   is read at its first processed pixel only.
-/// - Result. 1 when work was done, 0 when nothing was: a format code above 4, a family that the algorithm
-///   does not override, or no memory. Nothing is thrown and nothing is printed.
+///   with s = 1 / (white - black), or 1 where the points are equal: then every result is the black code.
+///   Codes are clamped to their type, NaN becomes code 0. Float and half are taken as they are and never
+///   clamped; a NaN that is computed is the one quiet NaN 7fc00000 (half 7e00), copies keep their bits. Which
+///   of the two holds, and the points, come from the output alone.
+/// - Borders. A filter's input region reaches around the output by exactly border(): its rows are taken to be
+///   that long. Builds with RU_CHECKED compare the bounds and stop the program when they differ.
+/// - Null and constant tiles. An output tile that is null, constant or done is not written. A null input, or
+///   component of it, is skipped. A constant input is read at its first processed pixel only.
+/// - Result. 1 when work was done, 0 when nothing was: no output or an output without a plane, a format code
+///   above 4, a family that the algorithm does not override, or no memory. Nothing is thrown and nothing is
+///   printed.
 /// - Ownership. The host owns algorithms, images and whatever an algorithm points at.
 /// - Threads. Up to 8 threads may call the entry points of one object at once, each with a thread index of
 ///   its own, 0 to 7, or a negative one when it has none. Parameters must not change meanwhile.
@@ -61,6 +71,9 @@ public:
     RU_DECLARE_FACTORIES(Filter)
     RU_DECLARE_FACTORIES(Binary)
 
+    /// What a filter's input has around the output, and no more; none unless a filter says so.
+    virtual RU_Border border() const;
+
 #undef RU_DECLARE_FACTORIES
 #undef RU_DECLARE_POINTS
 #undef RU_DECLARE_FULL
@@ -86,8 +99,8 @@ public:
 
 private:
     class InterruptScope;
-    template <class Allocate, class Run>
-    static int run(const TIL_Plane& plane, bool points, void* data, int thread, Allocate allocate, Run work);
+    template <class Out, class Allocate, class Run>
+    static int run(const Out* out, void* data, int thread, Allocate allocate, Run work);
 
     static constexpr int maxThreads = 8;
     static bool (*copInterruptCheck)(void*, int);

@@ -3,6 +3,7 @@
 #include <RU/kernel/ru_ConvertRows.h>
 #include <TIL/TIL_TileList.h>
 
+#include <algorithm>
 #include <type_traits>
 
 /// The range of T over its full width, or between two points.
@@ -17,6 +18,19 @@ ru_Range<T> ru_rangeOf(unsigned int black, unsigned int white)
         const Work span = static_cast<Work>(white - black); // an unsigned difference
         return {white == black ? Work(1) : Work(1) / span, span, static_cast<Work>(black)};
     }
+}
+
+/// Between equal points, where every result is the black code.
+template <class T, bool FullRange>
+bool ru_isEmpty(const ru_Range<T>& range)
+{
+    return !FullRange && std::is_integral_v<T> && range.span == 0;
+}
+
+template <class T>
+T ru_blackCode(const ru_Range<T>& range)
+{
+    return static_cast<T>(std::min(range.black, static_cast<ru_Work<T>>(PXL_FormatOf<T>::white)));
 }
 
 /// Rows of one format to and from values, for one call of an operation. The values are of the working type,
@@ -61,7 +75,9 @@ public:
 
     void write(const Value* values, T* codes, int64_t count) const
     {
-        if (!isSame(codes, values))
+        if (ru_isEmpty<T, FullRange>(range_))
+            std::fill_n(codes, count, ru_blackCode(range_));
+        else if (!isSame(codes, values))
             rows_.write(values, codes, count, range_);
     }
 

@@ -107,23 +107,29 @@ RU_PixelEngine::~RU_PixelEngine()
     delete lut16fp_.load();
 }
 
+RU_PixelFunction& RU_PixelEngine::chain() const
+{
+    static RU_PixelFunction unchanged;
+    return function != nullptr ? *function : unchanged;
+}
+
 ru_lut8* RU_PixelEngine::buildLUT8(unsigned int black, unsigned int white)
 {
     // Over the full range whatever the points are.
-    const ru_ChainRows<unsigned char, true> rows(*function, ru_engineRange<unsigned char, true>(0, 255));
-    return findOrBuild(lut8Lock_, lut8s_, *function, black, white,
+    const ru_ChainRows<unsigned char, true> rows(chain(), ru_engineRange<unsigned char, true>(0, 255));
+    return findOrBuild(lut8Lock_, lut8s_, chain(), black, white,
                        [&](unsigned char* table, int c) { fillTable(table, rows, c); });
 }
 
 ru_lut16* RU_PixelEngine::buildLUT16(unsigned int black, unsigned int white)
 {
     if (black == 0 && white == 65535)
-        return findOrBuild(lut16Lock_, lut16s_, *function, black, white,
-                           [&](unsigned short* table, int c) { fillFullRange16(table, *function, c); });
+        return findOrBuild(lut16Lock_, lut16s_, chain(), black, white,
+                           [&](unsigned short* table, int c) { fillFullRange16(table, chain(), c); });
     PXLdetermineProcCaps();
-    const ru_ChainRows<unsigned short, false> rows(*function,
+    const ru_ChainRows<unsigned short, false> rows(chain(),
                                                    ru_engineRange<unsigned short, false>(black, white));
-    return findOrBuild(lut16Lock_, lut16s_, *function, black, white,
+    return findOrBuild(lut16Lock_, lut16s_, chain(), black, white,
                        [&](unsigned short* table, int c) { fillTable(table, rows, c); });
 }
 
@@ -131,15 +137,15 @@ ru_lut16fp* RU_PixelEngine::buildLUT16FP()
 {
     if (ru_lut16fp* record = lut16fp_.load(); record != nullptr && record->ready.load())
         return record;
-    function->buildPixelEngine();
+    chain().buildPixelEngine();
     const std::lock_guard guard(lut16fpLock_);
     if (ru_lut16fp* record = lut16fp_.load())
         return record;
     auto made = std::make_unique<ru_lut16fp>();
-    allocateTables(*made, function->isComponentDependent());
+    allocateTables(*made, chain().isComponentDependent());
     ru_lut16fp* record = made.release();
     lut16fp_.store(record); // threads that see it before it is ready wait at the lock
-    const ru_ChainRows<fpreal16, true> rows(*function, ru_engineRange<fpreal16, true>(0, 1));
+    const ru_ChainRows<fpreal16, true> rows(chain(), ru_engineRange<fpreal16, true>(0, 1));
     fillTables(*record, [&](fpreal16* table, int c) { fillHalves(table, rows, c); });
     record->ready.store(true);
     return record;

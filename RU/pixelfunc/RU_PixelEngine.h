@@ -62,8 +62,8 @@ extern template class RU_API RU_PixelFactories<RU_PixelEngineOp>;
 /// Chains that need all components of a pixel are evaluated pixel by pixel in every format.
 ///
 /// Departures from the common rules, all of them deliberate:
-/// - 8-bit tables span the full range also when black and white points are in use; the pixel path honours
-///   them.
+/// - 8-bit tables span the full range also when black and white points are in use; the pixel path and
+///   constant tiles honour them.
 /// - A full-range 16-bit table of a chain that treats components differently tops out at code 65355.
 /// - 32-bit codes between points are scaled by a float 1 / (white - black), and evaluated as float.
 /// - Only an output tile's done flag keeps it from being written, so that a constant tile can be adjusted in
@@ -74,8 +74,10 @@ extern template class RU_API RU_PixelFactories<RU_PixelEngineOp>;
 /// row step choose the rows.
 /// Constant tiles: where the input is constant the chain is evaluated once, and the output is filled and
 /// marked constant. One-component chains decide that tile by tile; for the others all existing inputs must
-/// be constant.
-/// Result: 1, also when interrupted; 0 without a function.
+/// be constant. The code goes through the common rules, never through a table, so that it may differ from
+/// that of a varying tile wherever a table departs from them.
+/// Without a function the codes are copied as they are; tables are then those of a chain that changes nothing.
+/// Result: 1, also when interrupted.
 /// Ownership: the chain stays the caller's and must outlive the engine; the engine owns its tables, builds
 /// each once on first use and keeps it. A changed chain takes a new engine.
 /// Threads: tables are built under a lock, by the row form, and then shared.
@@ -90,12 +92,14 @@ public:
 
     RU_PixelFunction* function; ///< head of the chain
 
-    /// The table for a pair of points, building it when there is none. They need a function.
+    /// The table for a pair of points, building it when there is none.
     ru_lut8* buildLUT8(unsigned int black, unsigned int white);
     ru_lut16* buildLUT16(unsigned int black, unsigned int white);
     ru_lut16fp* buildLUT16FP();
 
 private:
+    RU_PixelFunction& chain() const; ///< the function, or one that changes nothing
+
     UT_Lock lut8Lock_;
     UT_Lock lut16Lock_;
     UT_Lock lut16fpLock_;

@@ -32,6 +32,8 @@ template <class T, bool FullRange>
 class ru_ChainRows
 {
 public:
+    using Code = T;
+
     ru_ChainRows(const RU_PixelFunction& chain, const ru_Range<T>& range) : chain_(chain), rows_(range) {}
 
     /// `in` and `out` may be the same.

@@ -33,7 +33,7 @@ template <class T>
 void fillConstant(TIL_Tile& tile, const ru_TileRows& rows, T code)
 {
     T* data = dataOf<T>(tile);
-    for (int y = rows.first; y < rows.height; y += rows.step)
+    for (int64_t y = rows.first; y < rows.height; y += rows.step)
         std::fill_n(data + rows.offset(y), rows.width, code);
     tile.setConstantTile(true);
 }
@@ -44,7 +44,43 @@ bool allConstant(const TIL_TileList& list)
                        [](const TIL_Tile* tile) { return tile == nullptr || tile->isConstant(); });
 }
 
-/// Stretches of pixels, as the chain sees them: a row of values per component, zeros where the input has
+/// Calls visit(component, output tile, input tile) for the components that have both.
+template <class Visit>
+void eachPair(const TIL_TileList& out, const TIL_TileList& in, Visit visit)
+{
+    for (int c = 0; c < 4; ++c) {
+        TIL_Tile* to = openTile(out, c);
+        if (to != nullptr && in.tiles[c] != nullptr)
+            visit(c, *to, *in.tiles[c]);
+    }
+}
+
+bool hasVarying(const TIL_TileList& out, const TIL_TileList& in)
+{
+    bool found = false;
+    eachPair(out, in, [&](int, TIL_Tile&, const TIL_Tile& from) { found = found || !from.isConstant(); });
+    return found;
+}
+
+/// Varying tiles by `evaluator`, component by component.
+template <class Rows>
+void adjustRows(const TIL_TileList& out, const TIL_TileList& in, int thread, const Rows& evaluator)
+{
+    using T = typename Rows::Code;
+    const ru_TileRows rows(out);
+    bool running = true;
+    eachPair(out, in, [&](int c, TIL_Tile& to, const TIL_Tile& from) {
+        if (from.isConstant())
+            return;
+        running = running && rows.each(thread, [&](int64_t y) {
+            to.setConstantTile(false);
+            evaluator.evaluate(dataOf<T>(from) + rows.offset(y), dataOf<T>(to) + rows.offset(y), rows.width,
+                               c);
+        });
+    });
+}
+
+/// Segments of pixels, as the chain sees them: a row of values per component, zeros where the input has
 /// none. Float values are computed where the output has them. Constant inputs are read once, up front: the
 /// output may be the same tile.
 template <class T, bool FullRange>
@@ -118,64 +154,61 @@ private:
 } // namespace
 
 template <class T, bool FullRange>
-int RU_PixelEngineOp<T, FullRange>::pixelAdjust(TIL_TileList* out, const TIL_TileList* in, float, int thread,
-                                                void*)
+int RU_PixelEngineOp<T, FullRange>::pixelAdjust(TIL_TileList* out, const TIL_TileList* given, float,
+                                                int thread, void*)
 {
-    if (engine().function == nullptr)
-        return 0;
+    static const TIL_TileList none;
+    const TIL_TileList& in = given != nullptr ? *given : none;
     if (ru_TileRows(*out).empty())
         return 1;
-    if (engine().function->areAllComponentsNeeded())
-        adjustPixels(*out, *in, thread);
-    else
-        adjustComponents(*out, *in, thread);
+    const RU_PixelFunction* function = engine().function;
+    if (function != nullptr && function->areAllComponentsNeeded()) {
+        adjustPixels(*out, in, thread);
+        return 1;
+    }
+    adjustConstants(*out, in);
+    if (function == nullptr)
+        adjustRows(*out, in, thread, ru_CopiedRows<T>());
+    else if (hasVarying(*out, in))
+        adjustRows(*out, in, thread, componentRows(*out));
     return 1;
+}
+
+template <class T, bool FullRange>
+auto RU_PixelEngineOp<T, FullRange>::chainRows(const TIL_TileList& out) const -> ru_ChainRows<T, FullRange>
+{
+    engine().function->buildPixelEngine();
+    const auto range = ru_engineRange<T, FullRange>(out.blackPoint, out.whitePoint);
+    return ru_ChainRows<T, FullRange>(*engine().function, range);
 }
 
 template <class T, bool FullRange>
 auto RU_PixelEngineOp<T, FullRange>::componentRows(const TIL_TileList& out) const
 {
-    constexpr unsigned int fullWhite = PXL_FormatOf<T>::white;
     const unsigned int black = FullRange ? 0 : out.blackPoint;
-    const unsigned int white = FullRange ? fullWhite : out.whitePoint;
+    const unsigned int white = FullRange ? static_cast<unsigned int>(PXL_FormatOf<T>::white) : out.whitePoint;
     if constexpr (std::is_same_v<T, unsigned char>)
         return ru_TableRows<T>(engine().buildLUT8(black, white)->table);
     else if constexpr (std::is_same_v<T, unsigned short>)
         return ru_TableRows<T>(engine().buildLUT16(black, white)->table);
     else if constexpr (std::is_same_v<T, fpreal16> && FullRange)
         return ru_TableRows<T>(engine().buildLUT16FP()->table);
-    else {
-        engine().function->buildPixelEngine();
-        return ru_ChainRows<T, FullRange>(*engine().function, ru_engineRange<T, FullRange>(black, white));
-    }
+    else
+        return chainRows(out);
 }
 
 template <class T, bool FullRange>
-void RU_PixelEngineOp<T, FullRange>::adjustComponents(const TIL_TileList& out, const TIL_TileList& in,
-                                                      int thread) const
+void RU_PixelEngineOp<T, FullRange>::adjustConstants(const TIL_TileList& out, const TIL_TileList& in) const
 {
-    const auto evaluator = componentRows(out);
     const ru_TileRows rows(out);
-    for (int c = 0; c < 4; ++c) {
-        TIL_Tile* to = openTile(out, c);
-        const TIL_Tile* from = in.tiles[c];
-        if (to == nullptr || from == nullptr)
-            continue;
-        const T* source = dataOf<T>(*from);
-        if (from->isConstant()) {
-            T code;
-            evaluator.evaluate(source + rows.offset(rows.first), &code, 1, c);
-            fillConstant(*to, rows, code);
-            continue;
-        }
-        T* target = dataOf<T>(*to);
-        for (int y = rows.first; y < rows.height; y += rows.step) {
-            if (RU_Algorithm::interruptCheck(thread))
-                return;
-            to->setConstantTile(false);
-            evaluator.evaluate(source + rows.offset(y), target + rows.offset(y), rows.width, c);
-        }
-    }
+    eachPair(out, in, [&](int c, TIL_Tile& to, const TIL_Tile& from) {
+        if (!from.isConstant())
+            return;
+        T code = dataOf<T>(from)[rows.offset(rows.first)];
+        if (engine().function != nullptr)
+            chainRows(out).evaluate(&code, &code, 1, c);
+        fillConstant(to, rows, code);
+    });
 }
 
 template <class T, bool FullRange>
@@ -198,11 +231,9 @@ void RU_PixelEngineOp<T, FullRange>::adjustPixels(const TIL_TileList& out, const
             }
         return;
     }
-    for (int y = rows.first; y < rows.height; y += rows.step) {
-        if (RU_Algorithm::interruptCheck(thread))
-            return;
+    rows.each(thread, [&](int64_t y) {
         for (int64_t x = 0; x < rows.width; x += ru_chunk) {
-            const int64_t count = std::min<int64_t>(ru_chunk, rows.width - x);
+            const int64_t count = std::min(ru_chunk, rows.width - x);
             pixels.evaluate(rows.offset(y) + x, count);
             for (int c = 0; c < 4; ++c)
                 if (TIL_Tile* tile = openTile(out, c)) {
@@ -210,7 +241,7 @@ void RU_PixelEngineOp<T, FullRange>::adjustPixels(const TIL_TileList& out, const
                     pixels.write(dataOf<T>(*tile) + rows.offset(y) + x, c, count);
                 }
         }
-    }
+    });
 }
 
 #define RU_INSTANTIATE(CODE, T, WHITE, NAME)                                                                 \

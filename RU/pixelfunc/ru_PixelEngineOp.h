@@ -10,6 +10,8 @@ template <class T>
 class ru_TableRows
 {
 public:
+    using Code = T;
+
     explicit ru_TableRows(T* const* tables) : tables_(tables) {}
 
     void evaluate(const T* in, T* out, int64_t count, int component) const
@@ -26,6 +28,20 @@ private:
     T* const* tables_;
 };
 
+/// Rows as they are.
+template <class T>
+class ru_CopiedRows
+{
+public:
+    using Code = T;
+
+    void evaluate(const T* in, T* out, int64_t count, int) const
+    {
+        if (in != out)
+            std::copy_n(in, count, out);
+    }
+};
+
 /// The engine's operation: one component at a time where the chain allows it, else pixel by pixel.
 template <class T, bool FullRange>
 class RU_PixelEngineOp : public RU_PixelOp<T, FullRange>
@@ -39,9 +55,11 @@ public:
 private:
     RU_PixelEngine& engine() const { return static_cast<RU_PixelEngine&>(*this->algorithm_); }
 
+    /// The chain, as it is given.
+    ru_ChainRows<T, FullRange> chainRows(const TIL_TileList& out) const;
     /// How rows of this format pass through a chain that needs one component at a time.
     auto componentRows(const TIL_TileList& out) const;
 
-    void adjustComponents(const TIL_TileList& out, const TIL_TileList& in, int thread) const;
+    void adjustConstants(const TIL_TileList& out, const TIL_TileList& in) const;
     void adjustPixels(const TIL_TileList& out, const TIL_TileList& in, int thread) const;
 };

@@ -131,8 +131,6 @@ struct Work
         const double m = from < 0 ? 1.0 : floats.codeAt(mask.getImageData(from), i);
         if (form == chromaAdjust)
             return m >= 1 || c == 3 ? std::optional<Sum>() : adjusted(a, m, c);
-        if (out.format.isInteger() && points.span() == 0)
-            return Sum{0, 0};
         const void* data = secondGiven ? second.getImageData(c) : nullptr;
         if (form == single)
             tile->getImageData(data);

@@ -60,17 +60,19 @@ public:
 
     ::testing::AssertionResult accepts(double stored, int c, int x, int y) const
     {
+        const Range read = fills(c) ? format_.range() : read_; // one evaluation takes no table
+        const Range write = fills(c) ? format_.range() : write_;
         Pixel pixel;
         for (int k = 0; k < 4; ++k) {
             const double code = in_.tiles[k].isConstant() ? in_.at(k, 0, first) : in_.at(k, x, y);
-            pixel[static_cast<size_t>(k)] = in_.list.tiles[k] ? format_.valueOf(code, read_) : NAN;
+            pixel[static_cast<size_t>(k)] = in_.list.tiles[k] ? format_.valueOf(code, read) : NAN;
         }
         const auto component = static_cast<size_t>(c);
         double exact = in_.list.tiles[c] ? chain_.exact(pixel)[component] : 0.0;
         const double error = 1e-6 * (1.0 + std::abs(exact));
-        if (format_.isInteger() && write_.black == 0)
+        if (format_.isInteger() && write.black == 0)
             exact = std::clamp(exact, 0.0, 1.0);
-        return format_.holds(stored, exact, write_, error);
+        return format_.holds(stored, exact, write, error);
     }
 
     const int first;
@@ -177,12 +179,18 @@ TEST_P(Engine, EveryColourFunctionIsRoundedOnce)
         }
 }
 
-// Constant tiles show no seam next to varying ones, and a list may be adjusted in place.
+// Constant tiles show no seam next to varying ones but where a table departs from the common rules, and a list
+// may be adjusted in place.
 TEST_P(Engine, ConstantTilesAndSharedListsGiveTheSameBytes)
 {
     for (const KnownChain& chain : knownChains())
         for (const bool constant : {false, true}) {
             SCOPED_TRACE(chain.name);
+            const bool departs = GetParam().code == PXL_FORMAT_uint8    ? !GetParam().full
+                                 : GetParam().code == PXL_FORMAT_uint16 ? GetParam().full && chain.dependent()
+                                                                        : false;
+            if (constant && departs && !chain.perPixel())
+                continue;
             Random random(3);
             Picture varying(GetParam(), 37, 5), shared(GetParam(), 37, 5), out(GetParam(), 37, 5);
             varying.randomize(random);
@@ -241,7 +249,7 @@ TEST_P(Engine, ValuesBeyondTheRangeAndNotNumbersAreStoredByTheFormatsRule)
     }
 }
 
-TEST_P(Engine, StopsAtTheRowWhereTheHostSaysSoAndDoesNothingWithoutChain)
+TEST_P(Engine, StopsAtTheRowWhereTheHostSaysSoAndCopiesWithoutChain)
 {
     for (const KnownChain& chain : knownChains()) {
         Random random(9);
@@ -249,13 +257,13 @@ TEST_P(Engine, StopsAtTheRowWhereTheHostSaysSoAndDoesNothingWithoutChain)
         in.randomize(random);
         out.randomize(random);
         const Bytes third = out.rows(0, 2, 3), rest = out.rows(0, 3, 20), untouched = out.bytes(1);
-        EXPECT_EQ(adjust(nullptr, out, in), 0);
-        EXPECT_TRUE(out.rows(0, 2, 3) == third && out.rows(0, 3, 20) == rest);
         StopAfter host(3);
         EXPECT_EQ(adjust(chain.chain->head(), out, in, &host.token), 1);
         EXPECT_EQ(host.furtherQuestions(), 0);
         EXPECT_NE(out.rows(0, 2, 3), third);
         EXPECT_EQ(out.rows(0, 3, 20), rest);
         EXPECT_TRUE(chain.perPixel() || out.bytes(1) == untouched);
+        EXPECT_EQ(adjust(nullptr, out, in), 1);
+        EXPECT_EQ(out.bytes(1), in.bytes(1));
     }
 }

@@ -119,11 +119,15 @@ struct Format
     }
 
     /// Is `stored` a right way to store `value`, when `value` may be off by `slack`?
-    /// Integers must lie within half a code of the unrounded result, never farther.
+    /// Integers must lie within half a code of the unrounded result, never farther; between equal points any
+    /// value is the black code.
     ::testing::AssertionResult holds(double stored, double value, Range points, double slack = 0.0) const
     {
         double shown = stored, meant = value, allowed = slack;
-        if (isInteger()) {
+        if (isInteger() && points.span() == 0) {
+            meant = std::min(points.black, white());
+            allowed = 0.0;
+        } else if (isInteger()) {
             const double unrounded = points.black + points.span() * value;
             meant = std::isnan(unrounded) ? 0.0 : std::clamp<double>(unrounded, 0.0, white());
             const double most = std::abs(points.span() * value) + points.black + 1.0;
