@@ -4,7 +4,9 @@
 #include <UT/UT_PathSearch.h>
 
 #include <cstdio>
+#include <map>
 #include <mutex>
+#include <string>
 
 namespace {
 
@@ -21,28 +23,29 @@ void appendFile(const UT_String& path, UT_String& text)
     std::fclose(file);
 }
 
-} // namespace
-
-bool ru_ShaderFile::load()
+/// What the file holds; nothing where it cannot be had. A text that was read changes no more.
+const UT_String& contentsOf(std::string_view name)
 {
     static UT_Lock lock;
+    static std::map<std::string, UT_String, std::less<>> files;
     const std::lock_guard guard(lock);
-    if (!text_.isEmpty())
-        return true;
-    const UT_String name = UT_String("ogl2/gpgpu/").append(name_);
-    const UT_String path = UT_PathSearch::getInstance(UT_PATH_RESOURCES)->findFile(name.view());
+    UT_String& contents = files.try_emplace(std::string(name)).first->second;
+    if (!contents.isEmpty())
+        return contents;
+    const UT_String relative = UT_String("ogl2/gpgpu/").append(name);
+    const UT_String path = UT_PathSearch::getInstance(UT_PATH_RESOURCES)->findFile(relative.view());
     if (!path.isEmpty())
-        appendFile(path, text_);
-    return !text_.isEmpty();
+        appendFile(path, contents);
+    static const UT_String nothing; // not the text that another thread may be about to read
+    return contents.isEmpty() ? nothing : contents;
 }
 
-void ru_ShaderFile::write(UT_String& text, std::initializer_list<ru_Substitution> substitutions)
+} // namespace
+
+void ru_writeShaderFile(UT_String& text, std::string_view name,
+                        std::initializer_list<ru_Substitution> substitutions)
 {
-    if (!load()) {
-        text.clear();
-        return;
-    }
-    text.harden(text_.view());
+    text.harden(contentsOf(name).view());
     for (const ru_Substitution& made : substitutions)
         text.substitute(made.marker, made.replacement);
 }

@@ -1,3 +1,4 @@
+#include <RU/gpgpu/RU_ShaderSources.h>
 #include <RU/gpgpu/ru_ShaderFile.h>
 #include <UT/UT_PathSearch.h>
 #include <gtest/gtest.h>
@@ -41,10 +42,10 @@ protected:
         std::ofstream(path(place, name)) << text;
     }
 
-    static std::string textOf(ru_ShaderFile& file)
+    static std::string textOf(const char* file, std::initializer_list<ru_Substitution> substitutions = {})
     {
         UT_String text("what was there before");
-        file.write(text, {});
+        ru_writeShaderFile(text, file, substitutions);
         return text.buffer();
     }
     static std::string found(const char* name)
@@ -81,7 +82,7 @@ TEST_F(ShaderSources, AreFoundInOrderOfTheListedDirectoriesAndBesideTheLibrary)
 
 TEST_F(ShaderSources, AreTriedAgainUntilTheyCanBeReadAndThenKept)
 {
-    ru_ShaderFile file("gpgpu_late");
+    const char* file = "gpgpu_late";
     ::testing::internal::CaptureStderr();
     EXPECT_EQ(textOf(file), "");
     EXPECT_EQ(textOf(file), "");
@@ -104,22 +105,36 @@ TEST_F(ShaderSources, AreTriedAgainUntilTheyCanBeReadAndThenKept)
 TEST_F(ShaderSources, ReplaceEveryMarkerInOrder)
 {
     put("first", "gpgpu_marked", "%1 %2(%1 %11) %3");
-    ru_ShaderFile file("gpgpu_marked");
+    EXPECT_EQ(textOf("gpgpu_marked", {{"%1", "<%1%2>"}, {"%2", ""}, {"", "never"}, {"%4", "absent"}}),
+              "<%1> (<%1> <%1>1) %3");
+    EXPECT_EQ(textOf("gpgpu_marked"), "%1 %2(%1 %11) %3") << "the kept text stays";
+}
+
+/// A getter with any arguments but the output.
+template <class... Arguments>
+std::string textOf(void (*getter)(Arguments..., UT_String&))
+{
     UT_String text;
-    file.write(text, {{"%1", "<%1%2>"}, {"%2", ""}, {"", "never"}, {"%4", "absent"}});
-    EXPECT_EQ(text.view(), "<%1> (<%1> <%1>1) %3");
-    EXPECT_EQ(textOf(file), "%1 %2(%1 %11) %3") << "the kept text stays";
+    getter(Arguments()..., text);
+    return text.buffer();
+}
+
+TEST(ShaderSourceList, NamesFilesThatAreInstalled)
+{
+#define EXPECT_TEXT(FUNCTION, PARAMETERS, FILE, ...)                                                         \
+    EXPECT_NE(textOf(static_cast<void(*) PARAMETERS>(FUNCTION)), "") << #FUNCTION << ": " << FILE;
+    RU_FOR_EACH_SHADER_SOURCE(EXPECT_TEXT)
+#undef EXPECT_TEXT
 }
 
 TEST_F(ShaderSources, AreReadOnceByManyThreads)
 {
     const std::string text(100000, 'z');
     put("first", "gpgpu_shared", text);
-    ru_ShaderFile file("gpgpu_shared");
     std::vector<std::string> got(8);
     std::vector<std::thread> threads;
     for (std::string& one : got)
-        threads.emplace_back([&] { one = textOf(file); });
+        threads.emplace_back([&] { one = textOf("gpgpu_shared"); });
     for (std::thread& thread : threads)
         thread.join();
     EXPECT_EQ(got, std::vector(8, text));
