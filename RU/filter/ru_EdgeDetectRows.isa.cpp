@@ -14,14 +14,26 @@ RU_INLINE double magnitude(double v)
     return __builtin_fabs(v);
 }
 
-RU_INLINE float stored(float strength)
+// What is stored. Doubles become codes, whatever NaN they are.
+
+RU_INLINE float sumOf(float a, float b)
 {
-    return ru_oneNaN(strength);
+    return ru_oneNaNOfMagnitudes(magnitude(a) + magnitude(b));
 }
 
-RU_INLINE double stored(double strength) // becomes a code
+RU_INLINE double sumOf(double a, double b)
 {
-    return strength;
+    return magnitude(a) + magnitude(b);
+}
+
+RU_INLINE float scaled(float sum, float norm)
+{
+    return ru_oneNaN(sum * norm);
+}
+
+RU_INLINE double scaled(double sum, double norm)
+{
+    return sum * norm;
 }
 
 // Both differences share those along the diagonals, I - A and G - C. The rows are not __restrict: clang
@@ -36,7 +48,7 @@ void edgeRow(const Work* top, const Work* middle, const Work* bottom, Work* out,
         const Work rising = bottom[x] - top[x + 2];
         const Work gx = (falling - rising) + w * (middle[x + 2] - middle[x]);
         const Work gy = (falling + rising) + w * (bottom[x + 1] - top[x + 1]);
-        out[x] = stored(magnitude(gx) + magnitude(gy));
+        out[x] = sumOf(gx, gy);
     }
 }
 
@@ -53,7 +65,7 @@ void generalEdgeRow(const Work* top, const Work* middle, const Work* bottom, Wor
         const Work rising = bottom[x] - top[x + 2];
         const Work gx = a * (b * (falling - rising) + m * (middle[x + 2] - middle[x]));
         const Work gy = a * (b * (falling + rising) + m * (bottom[x + 1] - top[x + 1]));
-        out[x] = stored((magnitude(gx) + magnitude(gy)) * n);
+        out[x] = scaled(magnitude(gx) + magnitude(gy), n);
     }
 }
 
