@@ -14,7 +14,7 @@ public:
         NoInput,  ///< there is no such input file
         Read,     ///< an input file cannot be read
         Write,    ///< an output file cannot be written
-        Output,   ///< nor can any other file of its format and directory
+        Output,   ///< nor could the other files of a sequence be: there is no directory, the format does not fit ...
         Cancelled ///< told to stop
     };
 

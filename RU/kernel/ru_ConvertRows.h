@@ -19,16 +19,17 @@ struct ru_WorkOf<unsigned int>
 template <class T>
 using ru_Work = typename ru_WorkOf<T>::type;
 
-/// How the codes of T stand for working values; see RU_Algorithm.h. Means nothing for float and half.
+/// The codes of 0 and 1, as numbers to compute with; see RU_Algorithm.h. Not used for float and half.
 template <class T>
 struct ru_Range
 {
-    ru_Work<T> scale; ///< working value of one code
-    ru_Work<T> span;  ///< codes from 0.0 to 1.0
-    ru_Work<T> black; ///< code of 0.0
+    ru_Work<T> scale; ///< 1 / span, or 1 where that is 0
+    ru_Work<T> span;  ///< white - black
+    ru_Work<T> black;
 };
 
-/// What does not fit one loop passes rows in pieces of this many values, which stay in the nearest cache.
+/// Work that takes several loops over a row goes piece by piece, so that what is in between stays in the nearest
+/// cache. A piece has this many values.
 inline constexpr int64_t ru_chunk = 512;
 
 /// Rows of codes to rows of values and back. Source and target do not overlap.
@@ -39,7 +40,7 @@ struct ru_RowConversion
     void (*write)(const Value* values, T* codes, int64_t count, const ru_Range<T>& range);
 };
 
-/// All conversions: a table that is each of them. Pixel functions take 32-bit codes as floats too.
+/// The conversions of every format, and those of 32-bit codes to float, in which pixel functions compute.
 struct ru_ConvertKernels :
 #define RU_BASES(CODE, T, WHITE, NAME)                                                                       \
     ru_RowConversion<T, true, ru_Work<T>>, ru_RowConversion<T, false, ru_Work<T>>,

@@ -80,7 +80,7 @@ RU_INLINE double log2OfFinite(double v)
 inline constexpr double exp2Limit = 300.0;
 
 /// t within the limits; NaN stays.
-RU_INLINE double limited(double t)
+RU_INLINE double clamped(double t)
 {
     const double above = -exp2Limit > t ? -exp2Limit : t;
     return exp2Limit < above ? exp2Limit : above;
@@ -88,7 +88,7 @@ RU_INLINE double limited(double t)
 
 /// 2^t within the limits, relative error 2^-28.5: t = k + f with |f| <= 1/2, 2^f by its minimax polynomial.
 /// Any other t gives some number.
-RU_INLINE double exp2OfLimited(double t)
+RU_INLINE double exp2OfClamped(double t)
 {
     const Whole k = nearestWhole(t);
     const double f = t - k.value;
@@ -104,7 +104,7 @@ RU_INLINE double exp2OfLimited(double t)
 RU_INLINE float powOfMagnitude(float x, float y)
 {
     const double t = static_cast<double>(y) * log2OfFinite(x);
-    const float power = static_cast<float>(exp2OfLimited(limited(t)));
+    const float power = static_cast<float>(exp2OfClamped(clamped(t)));
     // 0, infinity and NaN stay what they are, or swap places: 1 / x by its bits.
     const int32_t bits = __builtin_bit_cast(int32_t, x);
     const float edge = y > 0.0f ? x : __builtin_bit_cast(float, 0x7F800000 - bits);
@@ -148,7 +148,7 @@ RU_INLINE float ru_log(float v)
 RU_INLINE float ru_exp(float v)
 {
     using namespace ru_math;
-    const float result = static_cast<float>(exp2OfLimited(limited(v * log2e)));
+    const float result = static_cast<float>(exp2OfClamped(clamped(v * log2e)));
     return v == v ? result : v;
 }
 

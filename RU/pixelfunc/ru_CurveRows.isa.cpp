@@ -7,24 +7,24 @@ namespace {
 
 /// By comparing with all of them.
 RU_INLINE void countStarts(const ru_CurveView& curve, const float* __restrict in,
-                           int32_t* __restrict stretches, int64_t count)
+                           int32_t* __restrict segments, int64_t count)
 {
     for (int64_t k = 0; k < curve.startCount; k += ru_curveStarts) {
         const float s0 = curve.starts[k], s1 = curve.starts[k + 1];
         const float s2 = curve.starts[k + 2], s3 = curve.starts[k + 3];
         for (int64_t i = 0; i < count; ++i)
-            stretches[i] += (int(in[i] >= s0) + int(in[i] >= s1)) + (int(in[i] >= s2) + int(in[i] >= s3));
+            segments[i] += (int(in[i] >= s0) + int(in[i] >= s1)) + (int(in[i] >= s2) + int(in[i] >= s3));
     }
 }
 
 /// By halving, for many. At least the last start is NaN.
 RU_INLINE void bisectStarts(const ru_CurveView& curve, const float* __restrict in,
-                            int32_t* __restrict stretches, int64_t count)
+                            int32_t* __restrict segments, int64_t count)
 {
     const float* __restrict starts = curve.starts;
     for (auto step = static_cast<int32_t>(curve.startCount / 2); step > 0; step /= 2)
         for (int64_t i = 0; i < count; ++i)
-            stretches[i] += in[i] >= starts[stretches[i] + step - 1] ? step : 0;
+            segments[i] += in[i] >= starts[segments[i] + step - 1] ? step : 0;
 }
 
 template <bool Extend>
@@ -32,14 +32,14 @@ RU_INLINE bool runRow(const ru_CurveView& given, const float* __restrict in, flo
                       int64_t count)
 {
     const ru_CurveView curve = given;
-    int32_t stretches[ru_curveRow];
-    __builtin_memset(stretches, 0, sizeof stretches);
+    int32_t segments[ru_curveRow];
+    __builtin_memset(segments, 0, sizeof segments);
     if (curve.startCount > ru_curveCounted)
-        bisectStarts(curve, in, stretches, count);
+        bisectStarts(curve, in, segments, count);
     else
-        countStarts(curve, in, stretches, count);
+        countStarts(curve, in, segments, count);
     for (int64_t i = 0; i < count; ++i)
-        out[i] = ru_curveInside(curve, stretches[i], in[i]);
+        out[i] = ru_curveInside(curve, segments[i], in[i]);
     int undefined = 0;
     for (int64_t i = 0; i < count; ++i) { // apart: compilers would make the loads above depend on v
         const float y = ru_curveValue<Extend>(curve, in[i], out[i]);

@@ -7,6 +7,7 @@
 #include <array>
 #include <bit>
 #include <cmath>
+#include <iterator>
 #include <limits>
 
 namespace {
@@ -16,7 +17,7 @@ constexpr int mostCells = 512;
 constexpr int64_t mostCoefficients = 1 << 30; ///< kernels count them with 32 bits
 constexpr double undefined = std::numeric_limits<double>::quiet_NaN();
 
-using Cell = std::array<double, ru_curveCellSize>;
+using Cell = std::array<double, ru_cellDoubles>;
 
 /// One coordinate of a Bezier segment.
 struct Bezier
@@ -40,9 +41,9 @@ struct Bezier
 };
 
 /// The curve between two keys.
-struct Stretch
+struct Segment
 {
-    Stretch(const UT_Vector2Array& points, int64_t first)
+    Segment(const UT_Vector2Array& points, int64_t first)
     {
         const UT_Vector2 p0 = points(first), p1 = points(first + 1);
         const UT_Vector2 p2 = points(first + 2), p3 = points(first + 3);
@@ -67,11 +68,11 @@ struct Stretch
     Bezier x, y;
 };
 
-/// Cuts a stretch into cells.
+/// Cuts a segment into cells.
 class Fitter
 {
 public:
-    explicit Fitter(const Stretch& stretch) : x_(stretch.x), y_(stretch.y), stretch_(stretch)
+    explicit Fitter(const Segment& segment) : x_(segment.x), y_(segment.y), segment_(segment)
     {
         extremes_ = UT_RootFinder::quadratic(3.0 * x_.a(), 2.0 * x_.b(), x_.c(), 0.0, 1.0, extreme_);
         const auto [low, high] = std::minmax({y_.p0, y_.p1, y_.p2, y_.p3});
@@ -99,9 +100,9 @@ private:
     {
         cells.clear();
         const double width = (x_.p3 - x_.p0) / count;
-        double from = stretch_.parameter(x_.p0);
+        double from = segment_.parameter(x_.p0);
         for (int i = 0; i < count; ++i) {
-            const double to = stretch_.parameter(x_.p0 + width * (i + 1));
+            const double to = segment_.parameter(x_.p0 + width * (i + 1));
             cells.push_back(fit(x_.p0 + width * i, width, from, to));
             if (std::isnan(cells.back()[0]) && count < mostCells)
                 return false;
@@ -135,13 +136,13 @@ private:
 
     const Bezier& x_;
     const Bezier& y_;
-    const Stretch& stretch_;
+    const Segment& segment_;
     double extreme_[2]; ///< where x turns
     int extremes_;
     double tolerance_;
 };
 
-/// Stretches can be told apart by their starts.
+/// Segments can be told apart by their starts.
 bool isOrdered(const UT_Vector2Array& points)
 {
     bool ordered = std::isfinite(points(0).x);
@@ -159,16 +160,19 @@ ru_CurveTable::ru_CurveTable(const UT_Vector2Array& points, bool extend, float p
     if (!isOrdered(points_))
         return;
     for (int64_t j = 0; j + 3 < points_.entries(); j += 3) {
-        const Stretch stretch(points_, j);
-        const std::vector<Cell> cells = Fitter(stretch).cells();
-        const double width = stretch.x.p3 - stretch.x.p0;
+        const Segment segment(points_, j);
+        const std::vector<Cell> cells = Fitter(segment).cells();
+        const double width = segment.x.p3 - segment.x.p0;
         const auto count = static_cast<double>(cells.size());
-        const size_t before = cells_.size() / ru_curveCellSize;
-        stretches_.insert(stretches_.end(),
-                          {stretch.x.p0, cells.empty() ? 0.0 : count / width, static_cast<double>(before)});
+        const size_t before = cells_.size() / ru_cellDoubles;
+        double entry[ru_segmentDoubles];
+        entry[ru_segmentX] = segment.x.p0;
+        entry[ru_segmentCells] = cells.empty() ? 0.0 : count / width;
+        entry[ru_segmentCell] = static_cast<double>(before);
+        segments_.insert(segments_.end(), std::begin(entry), std::end(entry));
         for (const Cell& cell : cells)
             cells_.insert(cells_.end(), cell.begin(), cell.end());
-        cells_.insert(cells_.end(), {stretch.y.p3, 0.0, 0.0, 0.0});
+        cells_.insert(cells_.end(), {segment.y.p3, 0.0, 0.0, 0.0});
         if (j > 0)
             starts_.push_back(points_(j).x);
         if (std::ssize(cells_) > mostCoefficients) { // too many keys: every value is solved for
@@ -185,8 +189,8 @@ ru_CurveTable::ru_CurveTable(const UT_Vector2Array& points, bool extend, float p
 
 ru_CurveView ru_CurveTable::view() const
 {
-    return {stretches_.data(), cells_.data(), starts_.data(), std::ssize(starts_), first_.x, first_.y,
-            preslope_,         last_.x,       last_.y,        postslope_,          extend_};
+    return {segments_.data(), cells_.data(), starts_.data(), std::ssize(starts_), first_.x, first_.y,
+            preslope_,        last_.x,       last_.y,        postslope_,          extend_};
 }
 
 float ru_CurveTable::solve(float x) const
@@ -203,8 +207,8 @@ float ru_CurveTable::solved(float x) const
     int64_t j = 0;
     while (j < points_.entries() - 4 && !(points_(j).x <= x && x < points_(j + 3).x))
         j += 3;
-    const Stretch stretch(points_, j);
-    return static_cast<float>(stretch.y.at(stretch.parameter(x)));
+    const Segment segment(points_, j);
+    return static_cast<float>(segment.y.at(segment.parameter(x)));
 }
 
 float ru_CurveTable::evaluate(float x) const
@@ -212,9 +216,9 @@ float ru_CurveTable::evaluate(float x) const
     if (cells_.empty() || std::isnan(x))
         return solve(x);
     const auto end = starts_.begin() + startCount_;
-    const auto stretch = static_cast<int32_t>(std::upper_bound(starts_.begin(), end, x) - starts_.begin());
+    const auto segment = static_cast<int32_t>(std::upper_bound(starts_.begin(), end, x) - starts_.begin());
     const ru_CurveView curve = view();
-    const float inside = ru_curveInside(curve, stretch, x);
+    const float inside = ru_curveInside(curve, segment, x);
     const float y = extend_ ? ru_curveValue<true>(curve, x, inside) : ru_curveValue<false>(curve, x, inside);
     return std::isnan(y) ? solve(x) : y;
 }

@@ -31,8 +31,8 @@ private:
     const bool extend_;
     const float preslope_;
     const float postslope_;
-    std::vector<double> stretches_; ///< these as in ru_CurveView; empty: every value is solved for
-    std::vector<double> cells_;
+    std::vector<double> segments_; ///< these as in ru_CurveView
+    std::vector<double> cells_;    ///< empty: every value is solved for
     std::vector<float> starts_;
     int64_t startCount_ = 0; ///< starts that are numbers
 };

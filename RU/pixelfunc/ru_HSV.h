@@ -2,8 +2,9 @@
 
 #include <RU/kernel/ru_Kernels.h>
 
-/// Hue, saturation and value, each in [0, 1] for colours in [0, 1]. Nothing here branches; what looks
-/// roundabout makes one division out of several, with the same result.
+/// Hue, saturation and value, each in [0, 1] for colours in [0, 1]. Nothing here branches. The three cases of
+/// the usual formula select what is divided, so that there is one division and not one for each; the result is
+/// the same.
 namespace ru_hsv {
 
 /// One sixth, with which a pure red comes to a hue of 1.0000002 and not 1. Kept as it stands.
@@ -19,14 +20,14 @@ RU_INLINE float smaller(float a, float b)
     return b < a ? b : a;
 }
 
-RU_INLINE float limited(float v) // NaN becomes 0
+RU_INLINE float clamped01(float v) // NaN becomes 0
 {
     const float above = v > 0.0f ? v : 0.0f;
     return above < 1.0f ? above : 1.0f;
 }
 
-/// Hue of a colour whose largest and smallest components are given. A sector's hue is base + or - the
-/// distance of one component from the largest, as a part of the whole range.
+/// Hue of a colour whose largest and smallest components are given. The circle has six sectors. In each, hue
+/// is a whole number of sectors plus or minus (largest - component) / (largest - smallest), for one component.
 RU_INLINE float hue(float r, float g, float b, float largest, float smallest)
 {
     const bool red = largest == r, green = largest == g;
@@ -75,15 +76,15 @@ RU_INLINE float paled(float s, float d, float v)
     return (1.0f - part) * v;
 }
 
-/// Back, for a hue given as its sixfold in [0, 6]. Each component has a sixth of a turn in which it falls off
-/// to either side of the third where it is full; its distance from there, at most 1, is exact. A hue that is
-/// NaN leaves red full, blue at its lowest and green NaN. A saturation above 1 stands for components below 0.
-RU_INLINE void toWideColour(float sixfold, float s, float v, float& r, float& g, float& b)
+/// Back, for a hue in sectors, 0 to 6. A component is full over two sectors, falls off linearly over the one to
+/// either side, and is lowest over the other two; how far it has fallen, 0 to 1, is exact. A hue that is NaN
+/// leaves red full, blue lowest and green NaN. A saturation above 1 gives components below 0.
+RU_INLINE void toWideColour(float sectors, float s, float v, float& r, float& g, float& b)
 {
-    const float fromRed = smaller(5.0f - sixfold, sixfold - 1.0f);
-    const float fromGreen = larger(sixfold - 3.0f, 1.0f - sixfold);
-    const float fromBlue = larger(sixfold - 5.0f, 3.0f - sixfold);
-    const float red = limited(fromRed);
+    const float fromRed = smaller(5.0f - sectors, sectors - 1.0f);
+    const float fromGreen = larger(sectors - 3.0f, 1.0f - sectors);
+    const float fromBlue = larger(sectors - 5.0f, 3.0f - sectors);
+    const float red = clamped01(fromRed);
     const float green = smaller(larger(fromGreen, 0.0f), 1.0f); // NaN stays
     const float blue = larger(smaller(1.0f, fromBlue), 0.0f);   // NaN becomes 1
     const bool coloured = s > 0.0f;
@@ -93,19 +94,19 @@ RU_INLINE void toWideColour(float sixfold, float s, float v, float& r, float& g,
 }
 
 /// The same with a saturation of at most 1.
-RU_INLINE void toColour(float sixfold, float s, float v, float& r, float& g, float& b)
+RU_INLINE void toColour(float sectors, float s, float v, float& r, float& g, float& b)
 {
-    toWideColour(sixfold, s > 1.0f ? 1.0f : s, v, r, g, b);
+    toWideColour(sectors, s > 1.0f ? 1.0f : s, v, r, g, b);
 }
 
-/// The sixfold of a hue in [0, 1].
-RU_INLINE float sixfoldOf(float h)
+/// A hue in [0, 1] in sectors.
+RU_INLINE float sectorsOf(float h)
 {
-    const float sixfold = h * 6.0f;
-    return sixfold >= 6.0f ? sixfold - 6.0f : sixfold;
+    const float sectors = h * 6.0f;
+    return sectors >= 6.0f ? sectors - 6.0f : sectors;
 }
 
-/// A hue to within one turn: the remainder of a division by 1, made positive.
+/// A hue in turns without its whole turns, 0 to 1.
 RU_INLINE float withinTurn(float h)
 {
     const float rest = h - __builtin_truncf(h);

@@ -179,8 +179,8 @@ struct ru_AdjustHSV : ru_OfPresent
     {
         using namespace ru_hsv;
         fromColour(r, g, b);
-        const float s = limited(g * satScale + satShift);
-        toColour(sixfoldOf(withinTurn(r + turn)), s, b * valScale + valShift, r, g, b);
+        const float s = clamped01(g * satScale + satShift);
+        toColour(sectorsOf(withinTurn(r + turn)), s, b * valScale + valShift, r, g, b);
     }
 };
 
@@ -229,7 +229,7 @@ struct ru_HueCurve : ru_OfColour
         const float satGain = between(satGains, at, part), valGain = between(valGains, at, part);
         const float grown = v * (1.0f + (valGain - 1.0f) * smaller(s, 1.0f));
         float red, green, blue;
-        toWideColour(sixfoldOf(withinTurn(h + turn)), s * satGain, grown, red, green, blue);
+        toWideColour(sectorsOf(withinTurn(h + turn)), s * satGain, grown, red, green, blue);
         const bool changes = (turn != 0.0f) | (satGain != 1.0f) | (valGain != 1.0f);
         const bool touched = changes & (v > 0.0f) & (s < __builtin_inff());
         r = touched ? red : r;
@@ -257,13 +257,13 @@ struct ru_Replace : ru_OfColour
         const float turn = 2.0f * hueApart * smaller(s, keySat);
         const float satApart = s - keySat, valApart = v - keyVal;
         const float distance = __builtin_sqrtf(turn * turn + satApart * satApart + valApart * valApart);
-        const float rise = limited((outer - distance) * slope);
+        const float rise = clamped01((outer - distance) * slope);
         const float smooth = rise * rise * (3.0f - 2.0f * rise);
         const float weight = distance <= inner ? 1.0f : smooth;
 
         float red, green, blue;
-        const float sixfold = sixfoldOf(withinTurn(toHue + hueScale * hueApart));
-        toColour(sixfold, s * satScale + satShift, v * valScale + valShift, red, green, blue);
+        const float sectors = sectorsOf(withinTurn(toHue + hueScale * hueApart));
+        toColour(sectors, s * satScale + satShift, v * valScale + valShift, red, green, blue);
         const bool touched = weight > 0.0f;
         r = touched ? (1.0f - weight) * r + weight * red : r;
         g = touched ? (1.0f - weight) * g + weight * green : g;
