@@ -39,6 +39,16 @@ void compareHeaders(const Image& a, const Image& b, std::vector<std::string>& li
             lines.push_back("channel " + channel.name + ": only in '" + b.path + "'");
 }
 
+/// The value of a code over the full range of its format, as a double so that every code keeps its own.
+template <class T>
+double valueOf(T code)
+{
+    if constexpr (std::is_integral_v<T>)
+        return code / static_cast<double>(PXL_FormatOf<T>::white);
+    else
+        return static_cast<float>(code);
+}
+
 /// One row of a channel in both images, as interleaved pixels.
 struct RowPair
 {
@@ -76,7 +86,7 @@ void compareRow(const RowPair& pair, ChannelDiff& result)
         if constexpr (sameFormat)
             if (std::memcmp(&a, &b, sizeof(A)) == 0)
                 continue;
-        const double valueA = valueOfCode(a), valueB = valueOfCode(b);
+        const double valueA = valueOf(a), valueB = valueOf(b);
         if (sameFormat || (valueA != valueB && !(std::isnan(valueA) && std::isnan(valueB))))
             countDifference(result, valueA, valueB, pair.row.x + i, pair.row.y, codesPerUnit);
     }

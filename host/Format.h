@@ -34,16 +34,7 @@ auto withElementType(unsigned char format, Work work)
     }
 }
 
-/// The value of a code over the full range of its format, as a double so that every code keeps its own.
-template <class T>
-double valueOfCode(T code)
-{
-    return static_cast<double>(static_cast<std::conditional_t<std::is_same_v<T, fpreal16>, float, T>>(code)) /
-           PXL_FormatOf<T>::white;
-}
-
-/// `count` elements from one format to another, over the full range of both: integers are rounded to the
-/// nearest code and clamped, NaN becomes code 0.
+/// `count` elements from one format to another, over the full range of both, by the library's rule.
 void convertFormat(unsigned char from, const void* in, unsigned char to, void* out, int64_t count);
 
 } // namespace host

@@ -1,5 +1,4 @@
 #include <host/Error.h>
-#include <host/Format.h>
 #include <host/Frames.h>
 #include <host/Image.h>
 #include <host/Interleaving.h>
@@ -9,9 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <cmath>
 #include <cstring>
-#include <limits>
 #include <numeric>
 
 namespace {
@@ -59,46 +56,6 @@ TEST(Planes, APlaneHasOneFormat)
 {
     EXPECT_EQ(planesOf({{"R", PXL_FORMAT_half}, {"G", PXL_FORMAT_half}, {"A", PXL_FORMAT_float32}}),
               "color*(01--) color-2(---2) ");
-}
-
-TEST(Format, ConversionsRoundClampAndKeepWhite)
-{
-    const auto convert = [](auto value, auto result, unsigned char from, unsigned char to) {
-        host::convertFormat(from, &value, to, &result, 1);
-        return result;
-    };
-    constexpr unsigned char u8 = PXL_FORMAT_uint8, u16 = PXL_FORMAT_uint16, u32 = PXL_FORMAT_uint32;
-    constexpr unsigned char f32 = PXL_FORMAT_float32, f16 = PXL_FORMAT_half;
-    for (int code = 0; code < 256; ++code) {
-        const auto byte = static_cast<uint8_t>(code);
-        const uint16_t wide = convert(byte, uint16_t{0}, u8, u16);
-        EXPECT_EQ(wide, code * 257);
-        EXPECT_EQ(convert(wide, uint8_t{0}, u16, u8), byte);
-        EXPECT_EQ(convert(convert(byte, fpreal16(), u8, f16), uint8_t{0}, f16, u8), byte);
-    }
-    EXPECT_EQ(convert(uint32_t{4294967295u}, 0.0f, u32, f32), 1.0f);
-    EXPECT_EQ(convert(1.0f, uint32_t{0}, f32, u32), 4294967295u);
-    EXPECT_EQ(convert(2.0f, uint32_t{0}, f32, u32), 4294967295u);
-    EXPECT_EQ(convert(-1.0f, uint16_t{7}, f32, u16), 0);
-    EXPECT_EQ(convert(std::numeric_limits<float>::quiet_NaN(), uint16_t{7}, f32, u16), 0);
-    EXPECT_EQ(convert(std::numeric_limits<float>::infinity(), uint8_t{7}, f32, u8), 255);
-    EXPECT_EQ(static_cast<float>(convert(65504.0f, fpreal16(), f32, f16)), 65504.0f);
-}
-
-TEST(Format, RowsOfHalvesAreTheirElements)
-{
-    std::vector<float> values(1 << 20); // bits that step through signs, exponents, ties, infinities and NaN
-    for (size_t i = 0; i < values.size(); ++i) {
-        const uint32_t bits = static_cast<uint32_t>(i) << 12 | (i % 3 == 2 ? 1u : 0u);
-        std::memcpy(&values[i], &bits, sizeof(bits));
-    }
-    std::vector<fpreal16> row(values.size());
-    host::convertFormat(PXL_FORMAT_float32, values.data(), PXL_FORMAT_half, row.data(),
-                        static_cast<int64_t>(row.size()));
-    int64_t wrong = 0;
-    for (size_t i = 0; i < values.size(); ++i)
-        wrong += row[i].bits() != SYShalfBits(values[i]);
-    EXPECT_EQ(wrong, 0);
 }
 
 TEST(Interleaving, SplitAndJoinMoveEveryBit)
