@@ -40,7 +40,7 @@ public:
     /// Back to a curve as constructed.
     void reset() { *this = RU_ColorCurve(); }
 
-    /// y at x; NaN gives the y at which the last stretch begins.
+    /// y at x; NaN gives the y at which the last segment starts.
     float evaluate(float x) const;
     /// `count` values in place, bit for bit as one by one.
     void evaluate(float* values, int64_t count) const;

@@ -9,7 +9,7 @@
 /// In the shader curve k has the constants numsplinesk (its control points), extendk, preslopek and
 /// postslopek. The control points are the array pointsN, N being the function's index, read as
 /// ABS_pointsN(column, row): their x in row 2c and their y in row 2c + 1, for each component c. There roots
-/// are good to some 0.0005, and the last weight of a stretch is the fourth power of its parameter, not the
+/// are good to some 0.0005, and the last weight of a segment is the fourth power of its parameter, not the
 /// third.
 /// Ownership: curves are borrowed; they must be created before the function is used, and outlive it.
 class RU_API RU_ColorCurveFunc : public RU_PixelFunction
