@@ -1,6 +1,7 @@
 #pragma once
 
 #include <SYS/SYS_Half.h>
+#include <reference/Random.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -92,12 +93,17 @@ struct Format
     /// The relative error of one operation in the type that pixels are computed in.
     double roundOff() const { return code == 2 ? 0x1p-53 : 0x1p-24; }
 
-    /// The code at an index, or the value where codes are values.
-    double codeAt(const void* data, int64_t index) const
+    uint32_t bitsAt(const void* data, int64_t index) const
     {
         uint32_t bits = 0;
         std::memcpy(&bits, static_cast<const unsigned char*>(data) + index * size(),
                     static_cast<size_t>(size()));
+        return bits;
+    }
+    /// The code at an index, or the value where codes are values.
+    double codeAt(const void* data, int64_t index) const
+    {
+        const uint32_t bits = bitsAt(data, index);
         return isHalf()      ? halfValue(static_cast<uint16_t>(bits))
                : isInteger() ? bits
                              : static_cast<double>(std::bit_cast<float>(bits));
@@ -112,10 +118,34 @@ struct Format
     void put(void* data, int64_t index, double stored) const
     {
         const auto value = static_cast<float>(isInteger() ? 0.0 : stored);
-        const uint32_t bits = isInteger() ? static_cast<uint32_t>(stored)
-                              : isHalf()  ? SYShalfBits(value)
-                                          : std::bit_cast<uint32_t>(value);
+        putBits(data, index,
+                isInteger() ? static_cast<uint32_t>(stored)
+                : isHalf()  ? SYShalfBits(value)
+                            : std::bit_cast<uint32_t>(value));
+    }
+    void putBits(void* data, int64_t index, uint32_t bits) const
+    {
         std::memcpy(static_cast<unsigned char*>(data) + index * size(), &bits, static_cast<size_t>(size()));
+    }
+
+    uint32_t quietNaN() const { return isHalf() ? 0x7E00 : 0x7FC00000; }
+
+    /// Any codes; else values around [0, 1], and one in `oddOneIn` an odd one: NaN with any bits, an infinity, a
+    /// zero, something subnormal, or, of all `kinds`, huge. 0: none.
+    void randomize(void* data, int64_t count, Random& random, int oddOneIn, int kinds = 4) const
+    {
+        const uint32_t infinity = isHalf() ? 0x7C00 : 0x7F800000, lowest = infinity & ~(infinity << 1);
+        for (int64_t i = 0; i < count; ++i) {
+            const auto any = static_cast<uint32_t>(random.bits()), rest = any & ~infinity;
+            const uint32_t odd[] = {rest | infinity, (rest & ~(lowest - 1)) | infinity, rest & ~(lowest - 1), rest,
+                                    rest | (infinity - lowest)};
+            if (isInteger())
+                putBits(data, i, any);
+            else if (oddOneIn > 0 && random.oneIn(oddOneIn))
+                putBits(data, i, odd[random.between(1, kinds) - 1]);
+            else
+                put(data, i, random.between(-1.0, 2.0));
+        }
     }
 
     /// Is `stored` a right way to store `value`, when `value` may be off by `slack`?
@@ -155,10 +185,14 @@ inline std::vector<Format> formats()
     return all;
 }
 
-inline std::string nameOf(const ::testing::TestParamInfo<Format>& info)
+inline std::string nameOf(Format format)
 {
     static constexpr const char* names[] = {"uint8", "uint16", "uint32", "float32", "half"};
-    return std::string(names[info.param.code]) + (info.param.full ? "Full" : "Points");
+    return std::string(names[format.code]) + (format.full ? "Full" : "Points");
+}
+inline std::string nameOfParameter(const ::testing::TestParamInfo<Format>& info)
+{
+    return nameOf(info.param);
 }
 
 } // namespace reference

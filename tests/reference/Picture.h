@@ -8,13 +8,6 @@
 
 namespace reference {
 
-/// A pixel: any code of an integer format, some value around [0, 1] otherwise.
-inline double randomCode(const Format& format, Random& random)
-{
-    return format.isInteger() ? static_cast<double>(random.bits() & format.white())
-                              : random.between(-1.0, 2.0);
-}
-
 /// A tile list with its plane and four tiles. A pattern behind each tile shows whether anybody wrote there.
 class Picture
 {
@@ -40,7 +33,13 @@ public:
         tiles[c].getImageData(data);
         return data;
     }
-    Bytes bytes(int c) { return {data(c), data(c) + size()}; }
+    const unsigned char* data(int c) const
+    {
+        const unsigned char* data = nullptr;
+        tiles[c].getImageData(data);
+        return data;
+    }
+    Bytes bytes(int c) const { return {data(c), data(c) + size()}; }
     /// The bytes of some rows.
     Bytes rows(int c, int from, int to)
     {
@@ -48,13 +47,12 @@ public:
         return {data(c) + from * stride, data(c) + to * stride};
     }
     /// A code, or a value.
-    double at(int c, int x, int y) { return format.codeAt(data(c), int64_t(y) * list.width() + x); }
+    double at(int c, int x, int y) const { return format.codeAt(data(c), int64_t(y) * list.width() + x); }
 
     void randomize(Random& random)
     {
         for (int c = 0; c < 4; ++c)
-            for (int i = 0; i < list.itemCount; ++i)
-                format.put(data(c), i, randomCode(format, random));
+            format.randomize(data(c), list.itemCount, random, 0);
     }
 
     /// Makes some tiles absent, constant or done.
@@ -108,19 +106,5 @@ public:
 private:
     static inline int rowsLeft = 0;
 };
-
-/// An operation over 9 x 20 pixels ends before its fourth row when told so there, whether it takes component
-/// by component or row by row.
-template <class Run>
-void expectStop(Picture& out, const Run& run)
-{
-    Random random(8);
-    out.randomize(random);
-    const Bytes third = out.rows(0, 2, 3), rest = out.rows(0, 3, 20), restOfNext = out.rows(1, 3, 20);
-    StopAfter host(3);
-    EXPECT_EQ(run(&host.token), 1);
-    EXPECT_LE(host.furtherQuestions(), 3) << "one for each of the other components";
-    EXPECT_TRUE(out.rows(0, 2, 3) != third && out.rows(0, 3, 20) == rest && out.rows(1, 3, 20) == restOfNext);
-}
 
 } // namespace reference
