@@ -32,11 +32,12 @@ public:
             gx += weight * (at(1, i) - at(-1, i));
             gy += weight * (at(i, 1) - at(i, -1));
             for (int j = -1; j <= 1; ++j)
-                largest = std::max(largest, std::abs(at(i, j)));
+                if (std::isfinite(at(i, j)))
+                    largest = std::max(largest, std::abs(at(i, j)));
         }
         const double norm = a > 0 && b > 0 ? 1.0 / std::pow(a * b, 0.25) : 1.0;
         const double weights = std::abs(a) * norm * (4 * std::abs(b) + 2 * (w + 1 + 2 * std::abs(b)));
-        return {(std::abs(gx) + std::abs(gy)) * norm, std::isfinite(largest) ? 16 * weights * largest : 0.0};
+        return {(std::abs(gx) + std::abs(gy)) * norm, 16 * weights * largest};
     }
 };
 

@@ -34,8 +34,8 @@ protected:
 };
 INSTANTIATE_TEST_SUITE_P(, Contract,
                          ::testing::Combine(::testing::ValuesIn(subjects()), ::testing::ValuesIn(formats())),
-                         [](const auto& info) {
-                             return std::get<0>(info.param)->name + nameOf(std::get<1>(info.param));
+                         [](const auto& parameter) {
+                             return std::get<0>(parameter.param)->name + nameOf(std::get<1>(parameter.param));
                          });
 
 TEST_P(Contract, EverySizeAndStateOfTilesGivesTheFormula)
@@ -98,8 +98,9 @@ TEST_P(Contract, RegionsAreWrittenLikeTilesOrLeftAlone)
     for (int c = 0; c < 4; ++c)
         std::memcpy(region.getImageData(c), scene.held[c].data(), scene.held[c].size());
     const bool writes = subject.runOnRegion(scene, region) == 1;
-    if (writes)
+    if (writes) {
         EXPECT_EQ(subject.run(scene, nullptr, 1), 1);
+    }
     for (int c = 0; c < 4; ++c)
         EXPECT_EQ(part(region.getImageData(c), region, region, format.size()), scene.out.bytes(c)) << c;
 }
@@ -107,14 +108,19 @@ TEST_P(Contract, RegionsAreWrittenLikeTilesOrLeftAlone)
 // Before the fourth row, whether an algorithm goes component by component or row by row.
 TEST_P(Contract, StopsWhenTold)
 {
-    Random random(8);
-    Scene scene(format, subject.border(), 9, 20);
-    subject.choose(random);
-    scene.fill(random, 0);
-    Picture& out = scene.out;
-    const Bytes third = out.rows(0, 2, 3), rest = out.rows(0, 3, 20), restOfNext = out.rows(1, 3, 20);
-    StopAfter host(3);
-    EXPECT_EQ(subject.run(scene, &host.token, 1), 1);
-    EXPECT_LE(host.furtherQuestions(), 3) << "one for each of the other components";
-    EXPECT_TRUE(out.rows(0, 2, 3) != third && out.rows(0, 3, 20) == rest && out.rows(1, 3, 20) == restOfNext);
+    int changed = 0;
+    for (uint64_t seed = 0; seed < 8; ++seed) {
+        Random random(seed);
+        Scene scene(format, subject.border(), 9, 20);
+        subject.choose(random);
+        scene.fill(random, 0);
+        Picture& out = scene.out;
+        const Bytes third = out.rows(0, 2, 3), rest = out.rows(0, 3, 20), restOfNext = out.rows(1, 3, 20);
+        StopAfter host(3);
+        EXPECT_EQ(subject.run(scene, &host.token, 1), 1);
+        EXPECT_LE(host.furtherQuestions(), 3) << "one for each of the other components";
+        EXPECT_TRUE(out.rows(0, 3, 20) == rest && out.rows(1, 3, 20) == restOfNext);
+        changed += out.rows(0, 2, 3) != third ? 1 : 0;
+    }
+    EXPECT_GT(changed, 0);
 }

@@ -96,7 +96,7 @@ int adjust(RU_PixelFunction* chain, Picture& out, const Picture& in, void* data 
 class Engine : public ::testing::TestWithParam<Format>
 {
 };
-INSTANTIATE_TEST_SUITE_P(, Engine, ::testing::ValuesIn(formats()), nameOf);
+INSTANTIATE_TEST_SUITE_P(, Engine, ::testing::ValuesIn(formats()), nameOfParameter);
 
 TEST_P(Engine, EveryChainGivesTheExactResultInEveryLayout)
 {

@@ -17,7 +17,7 @@ TEST(TileList, TakesShapeAndRangeFromItsPlane)
 class Tiles : public ::testing::TestWithParam<Format>
 {
 };
-INSTANTIATE_TEST_SUITE_P(, Tiles, ::testing::ValuesIn(formats()), nameOf);
+INSTANTIATE_TEST_SUITE_P(, Tiles, ::testing::ValuesIn(formats()), nameOfParameter);
 
 TEST_P(Tiles, ClearToBlackFillsWhatIsThereAndNotDone)
 {

@@ -131,7 +131,8 @@ public:
             return {};
         const RU_Border size = border();
         const auto at = [&](int dx, int dy) {
-            return scene.value(data, int64_t(y + size.bottom + dy) * scene.around.width() + x + size.left + dx);
+            return scene.value(data,
+                               int64_t(y + size.bottom + dy) * scene.around.width() + x + size.left + dx);
         };
         Exact exact = result(at);
         exact.slack *= scene.out.format.roundOff();

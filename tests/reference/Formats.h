@@ -1,8 +1,8 @@
 #pragma once
 
 #include <SYS/SYS_Half.h>
-#include <reference/Random.h>
 #include <gtest/gtest.h>
+#include <reference/Random.h>
 
 #include <algorithm>
 #include <bit>
@@ -137,8 +137,8 @@ struct Format
         const uint32_t infinity = isHalf() ? 0x7C00 : 0x7F800000, lowest = infinity & ~(infinity << 1);
         for (int64_t i = 0; i < count; ++i) {
             const auto any = static_cast<uint32_t>(random.bits()), rest = any & ~infinity;
-            const uint32_t odd[] = {rest | infinity, (rest & ~(lowest - 1)) | infinity, rest & ~(lowest - 1), rest,
-                                    rest | (infinity - lowest)};
+            const uint32_t odd[] = {rest | infinity, (rest & ~(lowest - 1)) | infinity, rest & ~(lowest - 1),
+                                    rest, rest | (infinity - lowest)};
             if (isInteger())
                 putBits(data, i, any);
             else if (oddOneIn > 0 && random.oneIn(oddOneIn))
