@@ -4,6 +4,10 @@ foreach(set baseline avx2)
   set_tests_properties(isa.${set} PROPERTIES ENVIRONMENT KREILUGE_ISA=${set})
 endforeach()
 
+# All outputs, of inputs that no test has a formula for as well.
+add_test(NAME isa.digests COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/isa_digests.sh $<TARGET_FILE:kreiluge_tests>)
+set_tests_properties(isa.digests PROPERTIES TIMEOUT 600)
+
 # What kernel objects show the linker; sanitizers add symbols of their own.
 if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")
   foreach(set baseline avx2 avx512)

@@ -9,15 +9,6 @@ using namespace reference;
 
 namespace {
 
-RU_ColorCurve curveOf(const std::vector<Key>& keys, bool extend)
-{
-    RU_ColorCurve curve;
-    for (const Key& key : keys)
-        curve.addPoint(key.x, key.y, key.weight);
-    curve.create(extend);
-    return curve;
-}
-
 void expectPoints(const RU_ColorCurve& curve, const std::vector<Point>& expected, double error)
 {
     ASSERT_EQ(curve.controlPoints().entries(), std::ssize(expected));
@@ -27,22 +18,6 @@ void expectPoints(const RU_ColorCurve& curve, const std::vector<Point>& expected
         EXPECT_NEAR(got.x, expected[i].x, error) << i;
         EXPECT_NEAR(got.y, expected[i].y, error) << i;
     }
-}
-
-/// Up to 40 keys, sorted: some share an x, some of their curves fold back, some are tiny or huge.
-std::vector<Key> randomKeys(Random& random)
-{
-    const double size = std::ldexp(1.0, random.oneIn(3) ? random.between(-90, 90) : 0);
-    std::vector<Key> keys(
-        static_cast<size_t>(random.oneIn(3) ? random.between(0, 40) : random.between(2, 6)));
-    for (Key& key : keys) {
-        const double x = random.oneIn(4) ? random.between(0, 8) / 8.0 : random.between(-0.2, 1.2);
-        const double y = random.oneIn(4) ? x : random.between(-1.0, 2.0);
-        const float weights[] = {0.0f, 0.0f, 1.0f, 0.5f, -0.7f, 1.8f};
-        key = {static_cast<float>(x * size), static_cast<float>(y * size), weights[random.between(0, 5)]};
-    }
-    std::stable_sort(keys.begin(), keys.end(), [](const Key& a, const Key& b) { return a.x < b.x; });
-    return keys;
 }
 
 /// Special numbers, all keys and their neighbours, and places between and around them.

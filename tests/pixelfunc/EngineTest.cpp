@@ -146,7 +146,7 @@ TEST_P(Engine, EveryColourFunctionIsRoundedOnce)
     const Range range = format.range();
     const double span = range.span();
     const double scale = format.code == 2 && format.full ? 1 / span : static_cast<float>(1 / span);
-    for (const VectorFunction& function : vectorFunctions())
+    for (const PixelFunction& function : pixelFunctions())
         for (uint64_t seed = 0; seed < 30; ++seed) {
             SCOPED_TRACE(function.name + ", seed " + std::to_string(seed));
             Random random(seed);

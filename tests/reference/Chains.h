@@ -6,7 +6,7 @@
 #include <RU/pixelfunc/RU_MAddFunc.h>
 #include <RU/pixelfunc/RU_MultFunc.h>
 #include <RU/pixelfunc/RU_ScaleFunc.h>
-#include <reference/VectorFunctions.h>
+#include <reference/Functions.h>
 
 #include <array>
 #include <cmath>

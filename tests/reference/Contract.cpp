@@ -19,14 +19,15 @@ void Scene::hold()
     }
 }
 
-void Scene::fill(Random& random, int oddOneIn)
+void Scene::fill(Random& random, int oddOneIn, int kinds)
 {
     constexpr Format floats{PXL_FORMAT_float32, true};
     for (int c = 0; c < 4; ++c) {
-        out.format.randomize(out.data(c), out.list.itemCount, random, oddOneIn);
-        out.format.randomize(in.data(c), in.list.itemCount, random, oddOneIn);
-        out.format.randomize(around.getImageData(c), around.width() * around.height(), random, oddOneIn);
-        floats.randomize(mask.getImageData(c), mask.width() * mask.height(), random, oddOneIn);
+        out.format.randomize(out.data(c), out.list.itemCount, random, oddOneIn, kinds);
+        out.format.randomize(in.data(c), in.list.itemCount, random, oddOneIn, kinds);
+        out.format.randomize(around.getImageData(c), around.width() * around.height(), random, oddOneIn,
+                             kinds);
+        floats.randomize(mask.getImageData(c), mask.width() * mask.height(), random, oddOneIn, kinds);
     }
 }
 

@@ -15,8 +15,8 @@ class Scene
 public:
     Scene(Format format, RU_Border border, int width, int height, int x1 = 0, int y1 = 0);
 
-    /// Any pixels. In floats one in `oddOneIn` is no ordinary number, 0: none.
-    void fill(Random& random, int oddOneIn);
+    /// Any pixels; see Format::randomize().
+    void fill(Random& random, int oddOneIn, int kinds = 4);
     /// Tiles and components of every state, and now and then a range without width.
     void scatter(Random& random);
     /// The pixels of a scene that covers this one.

@@ -67,6 +67,30 @@ std::vector<double> rootsNear01(const double* p, double x)
 
 } // namespace
 
+std::vector<Key> randomKeys(Random& random)
+{
+    const double size = std::ldexp(1.0, random.oneIn(3) ? random.between(-90, 90) : 0);
+    std::vector<Key> keys(
+        static_cast<size_t>(random.oneIn(3) ? random.between(0, 40) : random.between(2, 6)));
+    for (Key& key : keys) {
+        const double x = random.oneIn(4) ? random.between(0, 8) / 8.0 : random.between(-0.2, 1.2);
+        const double y = random.oneIn(4) ? x : random.between(-1.0, 2.0);
+        const float weights[] = {0.0f, 0.0f, 1.0f, 0.5f, -0.7f, 1.8f};
+        key = {static_cast<float>(x * size), static_cast<float>(y * size), weights[random.between(0, 5)]};
+    }
+    std::stable_sort(keys.begin(), keys.end(), [](const Key& a, const Key& b) { return a.x < b.x; });
+    return keys;
+}
+
+RU_ColorCurve curveOf(const std::vector<Key>& keys, bool extend)
+{
+    RU_ColorCurve curve;
+    for (const Key& key : keys)
+        curve.addPoint(key.x, key.y, key.weight);
+    curve.create(extend);
+    return curve;
+}
+
 std::vector<Point> controlPoints(const std::vector<Key>& keys)
 {
     const size_t n = keys.size();

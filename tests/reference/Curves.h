@@ -1,6 +1,7 @@
 #pragma once
 
-#include <UT/UT_Vector2.h>
+#include <RU/pixelfunc/RU_ColorCurve.h>
+#include <reference/Random.h>
 
 #include <vector>
 
@@ -16,6 +17,11 @@ struct Point
 {
     double x, y;
 };
+
+/// Up to 40 keys, sorted: some share an x, some of their curves fold back, some are tiny or huge.
+std::vector<Key> randomKeys(Random& random);
+
+RU_ColorCurve curveOf(const std::vector<Key>& keys, bool extend);
 
 /// The control points of keys that are sorted.
 std::vector<Point> controlPoints(const std::vector<Key>& keys);

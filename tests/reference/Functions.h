@@ -1,8 +1,8 @@
 #pragma once
 
-#include <PXL/PXL_Caps.h>
 #include <RU/pixelfunc/RU_PixelFunction.h>
 
+#include <array>
 #include <functional>
 #include <memory>
 #include <ostream>
@@ -11,29 +11,40 @@
 
 namespace reference {
 
-/// A pixel function with certain parameters, and what is expected of it.
+/// Red, green, blue, alpha; NaN where a component is absent.
+using Pixel = std::array<double, 4>;
+
+/// A pixel function with certain parameters.
 struct Function
 {
-    std::string kernel; ///< "ru_Add"
+    std::string name;
     std::shared_ptr<RU_PixelFunction> object;
 
-    /// The result for a value of a component. Steps that round on the way do so here too.
-    std::function<double(float v, int c)> exact;
-    double ulp; ///< allowed error in units of the last place; 0: the very number
-
-    /// The kernel of an instruction set on a row.
-    void (*run)(const RU_PixelFunction&, PXL_InstructionSet, float* values, int64_t count, int component);
-
-    bool perComponent = false;
-    double least = 0.0; ///< errors of results below this count as those of one this large
+    friend void PrintTo(const Function& function, std::ostream* out) { *out << function.name; }
 };
 
-inline void PrintTo(const Function& function, std::ostream* out)
+/// One of single values, and what is expected of it.
+struct ValueFunction : Function
 {
-    *out << function.kernel;
-}
+    /// The result for a value of a component. Steps that round on the way do so here too.
+    std::function<double(float v, int c)> exact;
+    double ulp = 0.0;   ///< allowed error in units of the last place; 0: the very number
+    double least = 0.0; ///< errors of results below this count as those of one this large
+    bool perComponent = false;
+};
 
-/// The catalogue: every class, with parameters that reach each of its cases.
-const std::vector<Function>& functions();
+/// One that looks at several components of a pixel.
+struct PixelFunction : Function
+{
+    std::function<Pixel(Pixel)> exact; ///< in steps that round to float
+    double tolerance = 0.0;            ///< for a pixel around 1; 0: the very number
+};
+
+/// Every class, with parameters that reach each of its cases.
+const std::vector<ValueFunction>& valueFunctions();
+const std::vector<PixelFunction>& pixelFunctions();
+
+/// Both together.
+std::vector<Function> allFunctions();
 
 } // namespace reference

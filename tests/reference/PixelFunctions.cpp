@@ -13,7 +13,7 @@
 #include <RU/pixelfunc/RU_NormalizeFunc.h>
 #include <RU/pixelfunc/RU_SaturationFunc.h>
 #include <RU/pixelfunc/RU_VectorFunc.h>
-#include <reference/VectorFunctions.h>
+#include <reference/Functions.h>
 
 #include <algorithm>
 #include <cmath>
@@ -126,15 +126,15 @@ struct Adjustment
     }
 };
 
-using VectorCatalogue = std::vector<VectorFunction>;
+using PixelCatalogue = std::vector<PixelFunction>;
 
-void add(VectorCatalogue& list, const std::string& name, RU_PixelFunction* function,
+void add(PixelCatalogue& list, const std::string& name, RU_PixelFunction* function,
          std::function<Pixel(Pixel)> exact, double tolerance = 0.0)
 {
-    list.push_back({name, std::shared_ptr<RU_PixelFunction>(function), std::move(exact), tolerance});
+    list.push_back({{name, std::shared_ptr<RU_PixelFunction>(function)}, std::move(exact), tolerance});
 }
 
-void addSums(VectorCatalogue& list)
+void addSums(PixelCatalogue& list)
 {
     add(list, "NTSCLuminance", new RU_NTSCLuminanceFunc,
         onColours([](Colour c) { return grey(0.299f * c.r + 0.587f * c.g + 0.114f * c.b); }));
@@ -163,7 +163,7 @@ void addSums(VectorCatalogue& list)
     add(list, "Normalize", new RU_NormalizeFunc, onPresent(normal));
 }
 
-void addReductions(VectorCatalogue& list)
+void addReductions(PixelCatalogue& list)
 {
     for (const int index : {0, 1, 2, 3, 4, -1}) {
         const bool known = index >= 0 && index < 4;
@@ -186,7 +186,7 @@ void addReductions(VectorCatalogue& list)
     add(list, "Average", new RU_AverageFunc, onPresent(mean));
 }
 
-void addConversions(VectorCatalogue& list)
+void addConversions(PixelCatalogue& list)
 {
     add(list, "Saturation", new RU_SaturationFunc, onColours([](Colour c) { return grey(toHSV(c).g); }));
     add(list, "Hue", new RU_HueFunc, onColours([](Colour c) { return grey(toHSV(c).r); }));
@@ -219,7 +219,7 @@ RU_ColorCurve curveOf(const std::vector<float>& keys, int circles)
     return curve;
 }
 
-void addHueCurves(VectorCatalogue& list)
+void addHueCurves(PixelCatalogue& list)
 {
     struct Keys
     {
@@ -248,7 +248,7 @@ void addHueCurves(VectorCatalogue& list)
     }
 }
 
-void addReplacements(VectorCatalogue& list)
+void addReplacements(PixelCatalogue& list)
 {
     const auto replace = [&](Colour key, Colour by, float inner, float outer) {
         const auto formula = [=](Colour c) {
@@ -285,10 +285,10 @@ void addReplacements(VectorCatalogue& list)
 
 } // namespace
 
-const std::vector<VectorFunction>& vectorFunctions()
+const std::vector<PixelFunction>& pixelFunctions()
 {
-    static const VectorCatalogue all = [] {
-        VectorCatalogue list;
+    static const PixelCatalogue all = [] {
+        PixelCatalogue list;
         addSums(list);
         addReductions(list);
         addConversions(list);
