@@ -79,7 +79,8 @@ public:
     {
         if (!scene.out.mayWrite(c) || !scene.hasIn || !scene.inList()->tiles[c])
             return {};
-        const double a = scene.value(scene.held[c].data(), scene.index(x, y)), b = scene.input(c, x, y);
+        const double a = scene.value(scene.held[c].data(), scene.index(x, y)),
+                     b = scene.out.format.valueOf(scene.input(c, x, y), scene.points());
         return unmasked(scene, a, greenIsEmpty_ && c == 1 ? nullptr : &b);
     }
 

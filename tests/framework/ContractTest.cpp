@@ -5,27 +5,6 @@
 
 using namespace reference;
 
-namespace {
-
-::testing::AssertionResult isRight(const Subject& subject, const Scene& scene, int c, int x, int y)
-{
-    const Format& format = scene.out.format;
-    const std::optional<Exact> exact = subject.expected(scene, c, x, y);
-    const auto size = static_cast<size_t>(format.size()), at = size * static_cast<size_t>(scene.index(x, y));
-    const unsigned char* stored = scene.out.data(c) + at;
-    if (!exact)
-        return std::memcmp(stored, &scene.held[c][at], size) == 0
-                   ? ::testing::AssertionSuccess()
-                   : ::testing::AssertionFailure() << "was not to be written";
-    if (!format.isInteger() && std::isnan(exact->value))
-        return ::testing::AssertionResult(format.bitsAt(stored, 0) == format.quietNaN())
-               << "any other than the one quiet NaN";
-    return format.holds(format.codeAt(stored, 0), exact->value, exact->points.value_or(scene.points()),
-                        exact->slack);
-}
-
-} // namespace
-
 class Contract : public ::testing::TestWithParam<std::tuple<Subject*, Format>>
 {
 protected:
@@ -53,10 +32,7 @@ TEST_P(Contract, EverySizeAndStateOfTilesGivesTheFormula)
             scene.hold();
             ASSERT_EQ(subject.run(scene, nullptr, 1), 1);
             ASSERT_TRUE(scene.out.guardsIntact() && scene.in.guardsIntact());
-            for (int c = 0; c < 4; ++c)
-                for (int y = 0; y < height; ++y)
-                    for (int x = 0; x < scene.out.list.width(); ++x)
-                        ASSERT_TRUE(isRight(subject, scene, c, x, y)) << c << " at " << x << ", " << y;
+            ASSERT_NO_FATAL_FAILURE(expectFormula(subject, scene));
         }
 }
 

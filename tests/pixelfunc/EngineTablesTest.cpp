@@ -1,8 +1,7 @@
+#include <RU/pixelfunc/RU_CoshFunc.h>
 #include <RU/pixelfunc/RU_PixelEngine.h>
-#include <RU/pixelfunc/ru_LookUpRows.h>
 #include <reference/Chains.h>
 #include <reference/Formats.h>
-#include <reference/Random.h>
 
 #include <set>
 #include <thread>
@@ -98,31 +97,19 @@ TEST(EngineTables, ThreadsThatBuildAtOnceShareThem)
     }
 }
 
-TEST(LookUpRows, EveryInstructionSetLooksUpEveryCodeAtEveryLength)
+// Without a function they are those of the identity.
+TEST(EngineTables, AreThereWithoutAFunctionAndBetweenEqualPoints)
 {
-    Random random(5);
-    std::vector<uint16_t> words(65537), codes(65536);
-    std::vector<uint8_t> bytes(256);
-    std::generate(words.begin(), words.end(), [&] { return static_cast<uint16_t>(random.bits()); });
-    std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<uint8_t>(random.bits()); });
-    for (size_t i = 0; i < codes.size(); ++i)
-        codes[i] = static_cast<uint16_t>(i * 40503);
-
-    std::vector<size_t> counts = {65535};
-    for (size_t count = 0; count < 140; ++count)
-        counts.push_back(count);
-    for (const PXL_InstructionSet set : runnableSets())
-        for (const size_t count : counts) {
-            std::vector<uint16_t> row(codes.end() - static_cast<int64_t>(count) - 1, codes.end()),
-                out(count + 1, 7);
-            std::vector<uint8_t> small(row.begin(), row.end());
-            const std::vector<uint8_t> in = small;
-            ru_lookUpRows(set).words(words.data(), row.data(), out.data(), static_cast<int64_t>(count));
-            ru_lookUpRows(set).bytes(bytes.data(), small.data(), small.data(), static_cast<int64_t>(count));
-            for (size_t i = 0; i < count; ++i) {
-                ASSERT_EQ(out[i], words[row[i]]) << i << " of " << count;
-                ASSERT_EQ(small[i], bytes[in[i]]) << i << " of " << count << ", in place";
-            }
-            ASSERT_TRUE(out[count] == 7 && small[count] == in[count]);
-        }
+    RU_PixelEngine none;
+    for (int i = 0; i < 65536; ++i) {
+        const auto code = static_cast<uint16_t>(i);
+        ASSERT_EQ(none.buildLUT16(0, 65535)->table[3][i], i);
+        ASSERT_EQ(none.buildLUT16(4096, 60160)->table[1][i], i);
+        ASSERT_EQ(none.buildLUT16FP()->table[2][i].bits(), (code & 0x7C00) == 0x7C00 ? 0 : i);
+        ASSERT_EQ(none.buildLUT8(10, 200)->table[0][i & 255], i & 255);
+    }
+    RU_CoshFunc cosh(1);
+    RU_PixelEngine engine(&cosh);
+    const unsigned short* table = engine.buildLUT16(500, 500)->table[0];
+    EXPECT_EQ(std::count(table, table + 65536, 500), 65536);
 }

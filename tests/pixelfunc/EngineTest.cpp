@@ -1,269 +1,202 @@
+#include <RU/pixelfunc/RU_CoshFunc.h>
 #include <RU/pixelfunc/RU_PixelEngine.h>
 #include <reference/Chains.h>
-#include <reference/Picture.h>
+#include <reference/Contract.h>
 
 using namespace reference;
 
 namespace {
 
-/// Random pixels in tiles of every state, and rows to process.
-void scatter(Random& random, Picture& in, Picture& out)
-{
-    in.randomize(random);
-    out.randomize(random);
-    for (int c = 0; c < 4; ++c) {
-        if (random.oneIn(5))
-            in.list.tiles[c] = nullptr;
-        if (random.oneIn(5))
-            out.list.tiles[c] = nullptr;
-        in.tiles[c].setConstantTile(random.oneIn(3));
-        out.tiles[c].setConstantTile(random.oneIn(4));
-        out.tiles[c].setDone(random.oneIn(5));
-    }
-    if (random.oneIn(4)) // seldom happens by itself
-        for (TIL_Tile& tile : in.tiles)
-            tile.setConstantTile(true);
-    out.list.firstRow = static_cast<signed char>(random.oneIn(2) ? 0 : random.between(-1, 3));
-    out.list.rowStep = static_cast<signed char>(random.oneIn(2) ? 1 : random.between(-1, 3));
-}
-
-/// The engine's rules for one format and one chain, in double.
-class Expectation
+/// The engine's rules for a chain, whose exact results may be off by some `tolerance`, for values around 1.
+class Engine : public Subject
 {
 public:
-    Expectation(const KnownChain& chain, Picture& in, Picture& out)
-        : first(std::max<int>(out.list.firstRow, 0)), chain_(chain), in_(in), format_(in.format),
-          step_(std::max<int>(out.list.rowStep, 1)), read_(format_.range())
+    Engine(std::string of, RU_PixelFunction* chain, std::function<Pixel(Pixel)> formula, double tolerance)
+        : Subject(std::move(of)), engine_(chain), formula_(std::move(formula)), tolerance_(tolerance)
     {
-        if (format_.code == PXL_FORMAT_uint8 && !chain.perPixel())
-            read_ = {0, 255};
-        write_ = read_;
-        if (format_.code == PXL_FORMAT_uint16 && format_.full && chain.dependent() && !chain.perPixel())
-            write_.white = 65355;
+    }
+    explicit Engine(const KnownChain& known)
+        : Engine("Engine" + known.name, known.chain->head(), known.exact, 1e-6)
+    {
+        chain_ = known.chain;
     }
 
-    bool processes(int y) const { return y >= first && (y - first) % step_ == 0; }
+    int run(Scene& scene, void* token, int thread) override
+    {
+        Picture& out = scene.out;
+        bool constant[4];
+        for (int c = 0; c < 4; ++c)
+            constant[c] = out.tiles[c].isConstant();
+        const int result = engine_.pixelAdjust(&out.list, scene.inList(), 0.0f, token, thread, nullptr);
+        for (int c = 0; c < 4 && first(scene) < out.list.height(); ++c)
+            EXPECT_EQ(out.tiles[c].isConstant(), writes(scene, c) ? fills(scene, c) : constant[c]);
+        return result;
+    }
 
+    std::optional<Exact> expected(const Scene& scene, int c, int x, int y) const override
+    {
+        const Format& format = scene.out.format;
+        const int after = y - first(scene);
+        if (!writes(scene, c) || after < 0 || after % std::max<int>(scene.out.list.rowStep, 1) != 0)
+            return {};
+        // Tables have rules of their own; one evaluation takes none.
+        const bool table = !perPixel() && !fills(scene, c);
+        const Range read = table && format.code == PXL_FORMAT_uint8 ? Range{0, 255} : scene.points();
+        Range write = read;
+        if (table && format.code == PXL_FORMAT_uint16 && format.full &&
+            engine_.function->isComponentDependent())
+            write.white = 65355;
+        Pixel pixel;
+        for (int k = 0; k < 4; ++k)
+            pixel[static_cast<size_t>(k)] =
+                has(scene, k) ? valueOf(scene, scene.input(k, x, y, first(scene)), read) : absent;
+        const auto component = static_cast<size_t>(c);
+        double exact = has(scene, c) ? formula_(pixel)[component] : 0.0;
+        if (table && format.isHalf() && format.full && !std::isfinite(pixel[component]))
+            exact = 0.0;
+        const double slack = tolerance_ == 0.0 ? 0.0 : tolerance_ * (1.0 + std::abs(exact));
+        if (format.isInteger() && write.black == 0)
+            exact = std::clamp(exact, 0.0, 1.0);
+        return Exact{exact, std::isfinite(slack) ? slack : 0.0, write, !engine_.function->isScoped(c)};
+    }
+
+private:
+    static int first(const Scene& scene) { return std::max<int>(scene.out.list.firstRow, 0); }
+    static bool has(const Scene& scene, int c) { return scene.inList() && scene.inList()->tiles[c]; }
+    /// As the engine reads codes: in float, but for full 32 bits.
+    static double valueOf(const Scene& scene, double code, Range points)
+    {
+        const Format& format = scene.out.format;
+        if (!format.isInteger())
+            return std::isnan(code) ? std::abs(code) : code;
+        const double scale = points.span() == 0 ? 1.0 : 1.0 / points.span();
+        const bool isDouble = format.code == PXL_FORMAT_uint32 && format.full;
+        return static_cast<float>((code - points.black) * (isDouble ? scale : static_cast<float>(scale)));
+    }
+
+    bool perPixel() const { return engine_.function->areAllComponentsNeeded(); }
     /// Does one evaluation fill component c?
-    bool fills(int c) const
+    bool fills(const Scene& scene, int c) const
     {
         for (int other = 0; other < 4; ++other)
-            if ((chain_.perPixel() || other == c) && in_.list.tiles[other] && !in_.tiles[other].isConstant())
+            if ((perPixel() || other == c) && has(scene, other) && !scene.inputIsConstant[other])
                 return false;
         return true;
     }
-
-    bool writes(const Picture& out, int c) const
+    bool writes(const Scene& scene, int c) const
     {
-        return out.list.tiles[c] && !out.tiles[c].isDone() && (chain_.perPixel() || in_.list.tiles[c]);
+        return scene.out.list.tiles[c] && !scene.out.tiles[c].isDone() && (perPixel() || has(scene, c));
     }
 
-    ::testing::AssertionResult accepts(double stored, int c, int x, int y) const
-    {
-        const Range read = fills(c) ? format_.range() : read_; // one evaluation takes no table
-        const Range write = fills(c) ? format_.range() : write_;
-        Pixel pixel;
-        for (int k = 0; k < 4; ++k) {
-            const double code = in_.tiles[k].isConstant() ? in_.at(k, 0, first) : in_.at(k, x, y);
-            pixel[static_cast<size_t>(k)] = in_.list.tiles[k] ? format_.valueOf(code, read) : NAN;
-        }
-        const auto component = static_cast<size_t>(c);
-        double exact = in_.list.tiles[c] ? chain_.exact(pixel)[component] : 0.0;
-        const double error = 1e-6 * (1.0 + std::abs(exact));
-        if (format_.isInteger() && write.black == 0)
-            exact = std::clamp(exact, 0.0, 1.0);
-        return format_.holds(stored, exact, write, error);
-    }
-
-    const int first;
-
-private:
-    const KnownChain& chain_;
-    Picture& in_;
-    Format format_;
-    int step_;
-    Range read_, write_;
+    std::shared_ptr<Chain> chain_;
+    RU_PixelEngine engine_;
+    std::function<Pixel(Pixel)> formula_;
+    double tolerance_;
 };
 
-int adjust(RU_PixelFunction* chain, Picture& out, const Picture& in, void* data = nullptr)
+const Registered<Engine> alike(knownChains()[0]), different(knownChains()[1]), scoped(knownChains()[2]),
+    pixels(knownChains()[3]);
+
+Bytes evaluated(RU_PixelFunction* chain, Scene& scene)
 {
     RU_PixelEngine engine(chain);
-    return engine.pixelAdjust(&out.list, &in.list, 0.0f, data, 2, nullptr);
+    EXPECT_EQ(engine.pixelAdjust(&scene.out.list, &scene.in.list, 0.0f, nullptr, -1, nullptr), 1);
+    return scene.out.bytes(0);
 }
 
 } // namespace
 
-class Engine : public ::testing::TestWithParam<Format>
+class EngineFormats : public ::testing::TestWithParam<Format>
 {
 };
-INSTANTIATE_TEST_SUITE_P(, Engine, ::testing::ValuesIn(formats()), nameOfParameter);
+INSTANTIATE_TEST_SUITE_P(, EngineFormats, ::testing::ValuesIn(formats()), nameOfParameter);
 
-TEST_P(Engine, EveryChainGivesTheExactResultInEveryLayout)
+TEST_P(EngineFormats, EveryColourFunctionIsRoundedOnce)
 {
-    int filled = 0, varied = 0;
-    for (const KnownChain& chain : knownChains())
-        for (uint64_t seed = 0; seed < 150; ++seed) {
-            SCOPED_TRACE(chain.name + ", seed " + std::to_string(seed));
-            Random random(seed);
-            const int width = random.between(1, 40), height = random.between(1, 12);
-            Picture in(GetParam(), width, height), out(GetParam(), width, height);
-            scatter(random, in, out);
-            const Expectation expectation(chain, in, out);
-            Bytes before[4];
-            bool constant[4];
-            for (int c = 0; c < 4; ++c) {
-                before[c] = out.bytes(c);
-                constant[c] = out.tiles[c].isConstant();
-            }
-            ASSERT_EQ(adjust(chain.chain->head(), out, in), 1);
-            ASSERT_TRUE(in.guardsIntact() && out.guardsIntact());
-            for (int c = 0; c < 4; ++c) {
-                const bool writes = expectation.writes(out, c), fills = expectation.fills(c);
-                if (height > expectation.first || !writes) {
-                    ASSERT_EQ(out.tiles[c].isConstant(), writes ? fills : constant[c]) << c;
-                }
-                (fills ? filled : varied) += writes ? 1 : 0;
-                for (int y = 0; y < height; ++y) {
-                    if (!writes || !expectation.processes(y)) {
-                        const auto from = before[c].begin() + y * width * GetParam().size();
-                        ASSERT_EQ(out.rows(c, y, y + 1), Bytes(from, from + width * GetParam().size()));
-                        continue;
-                    }
-                    for (int x = 0; x < width; ++x)
-                        ASSERT_TRUE(expectation.accepts(out.at(c, x, y), c, x, y))
-                            << c << " at " << x << ", " << y;
-                }
-            }
-        }
-    EXPECT_GT(filled, 300);
-    EXPECT_GT(varied, 300);
-}
-
-// With codes read as the engine reads them, its result is stored as well as it can be.
-TEST_P(Engine, EveryColourFunctionIsRoundedOnce)
-{
-    const Format& format = GetParam();
-    const Range range = format.range();
-    const double span = range.span();
-    const double scale = format.code == 2 && format.full ? 1 / span : static_cast<float>(1 / span);
     for (const PixelFunction& function : pixelFunctions())
         for (uint64_t seed = 0; seed < 30; ++seed) {
             SCOPED_TRACE(function.name + ", seed " + std::to_string(seed));
             Random random(seed);
-            Picture in(format, random.between(1, 40), 2), out(format, in.list.width(), 2);
-            in.randomize(random);
-            bool scope[4];
-            for (int c = 0; c < 4; ++c) {
-                scope[c] = !random.oneIn(5);
-                if (random.oneIn(5))
-                    in.list.tiles[c] = nullptr;
-            }
-            function.object->setScope(scope);
-            ASSERT_EQ(adjust(function.object.get(), out, in), 1);
-            for (int i = 0; i < in.list.itemCount; ++i) {
-                Pixel pixel;
-                for (int c = 0; c < 4; ++c) {
-                    const double code = format.codeAt(in.data(c), i);
-                    const double value = format.isInteger() ? (code - range.black) * scale : code;
-                    pixel[static_cast<size_t>(c)] = in.list.tiles[c] ? static_cast<float>(value) : NAN;
-                }
-                const Pixel exact = function.exact(pixel);
-                for (size_t c = 0; c < 4; ++c) {
-                    const double value = pixel[c] != pixel[c] ? 0 : scope[c] ? exact[c] : pixel[c];
-                    ASSERT_TRUE(format.holds(format.codeAt(out.data(static_cast<int>(c)), i), value, range,
-                                             2 * function.tolerance))
-                        << c << " at " << i << " of " << ::testing::PrintToString(pixel);
-                }
-            }
-            function.object->setScope(RU_PixelFunction().getScope());
+            Engine engine("", function.object.get(), function.exact, 2 * function.tolerance);
+            Scene scene(GetParam(), {}, random.between(1, 40), 2);
+            scene.fill(random, 0);
+            scene.scatter(random);
+            scene.hold();
+            ASSERT_EQ(engine.run(scene, nullptr, -1), 1);
+            ASSERT_NO_FATAL_FAILURE(expectFormula(engine, scene));
         }
 }
 
-// Constant tiles show no seam next to varying ones but where a table departs from the common rules, and a list
-// may be adjusted in place.
-TEST_P(Engine, ConstantTilesAndSharedListsGiveTheSameBytes)
-{
-    for (const KnownChain& chain : knownChains())
-        for (const bool constant : {false, true}) {
-            SCOPED_TRACE(chain.name);
-            const bool departs = GetParam().code == PXL_FORMAT_uint8    ? !GetParam().full
-                                 : GetParam().code == PXL_FORMAT_uint16 ? GetParam().full && chain.dependent()
-                                                                        : false;
-            if (constant && departs && !chain.perPixel())
-                continue;
-            Random random(3);
-            Picture varying(GetParam(), 37, 5), shared(GetParam(), 37, 5), out(GetParam(), 37, 5);
-            varying.randomize(random);
-            for (int c = 0; c < 4; ++c) {
-                for (int i = 0; i < 37 * 5; ++i)
-                    GetParam().put(shared.data(c), i, GetParam().codeAt(varying.data(c), constant ? 0 : i));
-                std::memcpy(varying.data(c), shared.data(c), shared.bytes(c).size());
-                shared.tiles[c].setConstantTile(constant);
-            }
-            EXPECT_EQ(adjust(chain.chain->head(), out, varying), 1);
-            EXPECT_EQ(adjust(chain.chain->head(), shared, shared), 1);
-            for (int c = 0; c < 4; ++c) {
-                EXPECT_EQ(shared.bytes(c), out.bytes(c));
-                EXPECT_EQ(shared.tiles[c].isConstant(), constant);
-                EXPECT_FALSE(out.tiles[c].isConstant());
-            }
-        }
-}
-
-TEST_P(Engine, ChainsOfPixelsMayWriteOverAnotherComponentsInput)
+TEST_P(EngineFormats, ChainsOfPixelsMayWriteOverAnotherComponentsInput)
 {
     Random random(5);
-    Picture in(GetParam(), 29, 3), apart(GetParam(), 29, 3);
-    in.randomize(random);
+    Scene apart(GetParam(), {}, 29, 3);
+    Picture& in = apart.in;
+    apart.fill(random, 0);
     Swap swap;
-    EXPECT_EQ(adjust(&swap, apart, in), 1);
+    evaluated(&swap, apart);
     TIL_TileList crossed = in.list;
     std::swap(crossed.tiles[0], crossed.tiles[1]);
     RU_PixelEngine engine(&swap);
     EXPECT_EQ(engine.pixelAdjust(&crossed, &in.list, 0.0f, nullptr, 0, nullptr), 1);
-    EXPECT_TRUE(in.bytes(1) == apart.bytes(0) && in.bytes(0) == apart.bytes(1));
+    EXPECT_TRUE(in.bytes(1) == apart.out.bytes(0) && in.bytes(0) == apart.out.bytes(1));
 }
 
-TEST_P(Engine, ValuesBeyondTheRangeAndNotNumbersAreStoredByTheFormatsRule)
+TEST_P(EngineFormats, WithoutAFunctionBytesAreCopied)
+{
+    Random random(2);
+    Scene scene(GetParam(), {}, 31, 3);
+    scene.fill(random, 3);
+    scene.in.tiles[1].setConstantTile(true);
+    EXPECT_EQ(evaluated(nullptr, scene), scene.in.bytes(0));
+    EXPECT_TRUE(scene.out.tiles[1].isConstant() && !scene.out.tiles[0].isConstant());
+    for (int i = 0; i < 93; ++i)
+        EXPECT_EQ(GetParam().bitsAt(scene.out.data(1), i), GetParam().bitsAt(scene.in.data(1), 0));
+}
+
+// Whatever the chain makes of it.
+TEST_P(EngineFormats, EqualPointsGiveTheirCode)
 {
     const Format& format = GetParam();
-    Picture in(format, 4, 1), out(format, 4, 1);
-    if (format.isInteger()) {
-        RU_MultFunc notANumber(std::nanf(""));
-        Random random(1);
-        out.randomize(random);
-        EXPECT_EQ(adjust(&notANumber, out, in), 1);
-        EXPECT_EQ(out.bytes(0), in.bytes(0)) << "black";
+    if (format.full || !format.isInteger())
         return;
-    }
-    for (const bool perPixel : {false, true}) {
-        Swap swap;
-        RU_PixelFunction identity;
-        const double values[] = {-3.0, 40.0, HUGE_VAL, NAN};
-        for (int i = 0; i < 4; ++i)
-            format.put(in.data(2), i, values[i]);
-        EXPECT_EQ(adjust(perPixel ? &swap : &identity, out, in), 1);
-        const bool zeroed = format.isHalf() && format.full && !perPixel;
-        for (int i = 0; i < 4; ++i)
-            EXPECT_TRUE(format.holds(out.at(2, i, 0), zeroed && i > 1 ? 0.0 : values[i], {})) << i;
-    }
+    RU_CoshFunc infinite(1e30f);
+    RU_MultFunc none(NAN);
+    RU_AddFunc more(3.0f);
+    Swap perPixel;
+    for (RU_PixelFunction* function :
+         std::initializer_list<RU_PixelFunction*>{&infinite, &none, &more, &perPixel})
+        for (const bool constant : {false, true})
+            for (const unsigned int black : {0u, 100u, format.white()}) {
+                if (format.code == PXL_FORMAT_uint8 && !constant && function != &perPixel)
+                    continue; // the table is over the full range
+                Random random(3);
+                Scene scene(format, {}, 33, 2);
+                scene.fill(random, 0);
+                scene.in.tiles[0].setConstantTile(constant);
+                scene.out.list.blackPoint = scene.out.list.whitePoint = black;
+                evaluated(function, scene);
+                for (int i = 0; i < 66; ++i)
+                    ASSERT_EQ(format.codeAt(scene.out.data(0), i), black) << i;
+            }
 }
 
-TEST_P(Engine, StopsAtTheRowWhereTheHostSaysSoAndCopiesWithoutChain)
+TEST(EngineConstants, AreEvaluatedDirectly)
 {
-    for (const KnownChain& chain : knownChains()) {
-        Random random(9);
-        Picture in(GetParam(), 11, 20), out(GetParam(), 11, 20);
-        in.randomize(random);
-        out.randomize(random);
-        const Bytes third = out.rows(0, 2, 3), rest = out.rows(0, 3, 20), untouched = out.bytes(1);
-        StopAfter host(3);
-        EXPECT_EQ(adjust(chain.chain->head(), out, in, &host.token), 1);
-        EXPECT_EQ(host.furtherQuestions(), 0);
-        EXPECT_NE(out.rows(0, 2, 3), third);
-        EXPECT_EQ(out.rows(0, 3, 20), rest);
-        EXPECT_TRUE(chain.perPixel() || out.bytes(1) == untouched);
-        EXPECT_EQ(adjust(nullptr, out, in), 1);
-        EXPECT_EQ(out.bytes(1), in.bytes(1));
-    }
+    const auto constant = [](Format format, Range points, RU_PixelFunction& chain, double code) {
+        Scene scene(format, {}, 5, 3);
+        scene.out.list.blackPoint = points.black;
+        scene.out.list.whitePoint = points.white;
+        format.put(scene.in.data(0), 0, code);
+        scene.in.tiles[0].setConstantTile(true);
+        evaluated(&chain, scene);
+        EXPECT_TRUE(scene.out.tiles[0].isConstant());
+        return scene.out.at(0, 4, 2);
+    };
+    RU_AddFunc add(0.1f), zero(0.0f);
+    EXPECT_EQ(constant({PXL_FORMAT_uint8, false}, {16, 235}, add, 128), 150);
+    EXPECT_EQ(constant({PXL_FORMAT_half, true}, {}, zero, HUGE_VAL), HUGE_VAL);
+    const bool redOnly[] = {true, false, false, false};
+    zero.setScope(redOnly); // so that components differ
+    EXPECT_EQ(constant({PXL_FORMAT_uint16, true}, {0, 65535}, zero, 65535), 65535);
 }

@@ -57,7 +57,7 @@ private:
     RU_PixelFunction* head_;
 };
 
-/// A chain, and its exact result for a pixel whose absent components are NaN.
+/// A chain, and its exact result for a pixel.
 struct KnownChain
 {
     std::string name;
@@ -68,6 +68,13 @@ struct KnownChain
     bool perPixel() const { return (*chain)->areAllComponentsNeeded(); }
     double component(double v, int c) const { return exact({v, v, v, v})[static_cast<size_t>(c)]; }
 };
+
+/// What stands for a component that is absent. Those that are NaN are without the sign here.
+inline const double absent = std::copysign(NAN, -1.0);
+inline bool isAbsent(double v)
+{
+    return std::isnan(v) && std::signbit(v);
+}
 
 /// One for each way that the engine has to treat chains.
 inline std::vector<KnownChain> knownChains()
@@ -93,7 +100,7 @@ inline std::vector<KnownChain> knownChains()
          each([](double v, size_t c) { return v * mult[c] + add[c]; })},
         {"scoped", chain({partial}), each([](double v, size_t c) { return redAndBlue[c] ? v + 0.25 : v; })},
         {"pixels", chain({new RU_MultFunc(0.875f), new Swap, new RU_AddFunc(0.125f)}), [](Pixel p) {
-             if (p[0] == p[0] && p[1] == p[1])
+             if (!isAbsent(p[0]) && !isAbsent(p[1]))
                  std::swap(p[0], p[1]);
              for (double& v : p)
                  v = v * 0.875 + 0.125;

@@ -66,6 +66,28 @@ void Scene::copyFrom(const Scene& whole)
     }
 }
 
+void expectFormula(const Subject& subject, const Scene& scene)
+{
+    const Format& format = scene.out.format;
+    const auto size = static_cast<size_t>(format.size());
+    ASSERT_TRUE(scene.out.guardsIntact() && scene.in.guardsIntact());
+    for (int c = 0; c < 4; ++c)
+        for (int y = 0; y < scene.out.list.height(); ++y)
+            for (int x = 0; x < scene.out.list.width(); ++x) {
+                const std::optional<Exact> exact = subject.expected(scene, c, x, y);
+                const size_t at = size * static_cast<size_t>(scene.index(x, y));
+                const unsigned char* stored = scene.out.data(c) + at;
+                SCOPED_TRACE(std::to_string(c) + " at " + std::to_string(x) + ", " + std::to_string(y));
+                if (!exact)
+                    ASSERT_EQ(std::memcmp(stored, &scene.held[c][at], size), 0) << "was not to be written";
+                else if (!format.isInteger() && std::isnan(exact->value) && !exact->copied)
+                    ASSERT_EQ(format.bitsAt(stored, 0), format.quietNaN());
+                else
+                    ASSERT_TRUE(format.holds(format.codeAt(stored, 0), exact->value,
+                                             exact->points.value_or(scene.points()), exact->slack));
+            }
+}
+
 std::vector<Subject*>& subjects()
 {
     static std::vector<Subject*> all;

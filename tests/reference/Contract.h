@@ -30,10 +30,12 @@ public:
 
     int64_t index(int x, int y) const { return int64_t(y) * out.list.width() + x; }
     Range points() const { return {out.plane.blackPoint, out.plane.whitePoint}; }
-    /// The value of the input tiles, also where the output was written over them.
-    double input(int c, int x, int y) const
+    /// The code of the input tiles, also where the output was written over them; `first`: the row that constant
+    /// ones are read in.
+    double input(int c, int x, int y, int first = 0) const
     {
-        return value(shared ? held[c].data() : in.data(c), inputIsConstant[c] ? 0 : index(x, y));
+        return out.format.codeAt(shared ? held[c].data() : in.data(c),
+                                 inputIsConstant[c] ? index(0, first) : index(x, y));
     }
     double value(const void* data, int64_t at) const
     {
@@ -58,6 +60,7 @@ struct Exact
     double value;
     double slack;
     std::optional<Range> points = {}; ///< if not those of the scene
+    bool copied = false;              ///< a NaN is not the one that is computed
 };
 
 /// An algorithm, with parameters, and its formula.
@@ -91,6 +94,9 @@ Bytes part(const void* data, const From& from, const To& to, int size)
     }
     return bytes;
 }
+
+/// Every pixel of a scene that has been run is what the subject says.
+void expectFormula(const Subject& subject, const Scene& scene);
 
 std::vector<Subject*>& subjects();
 

@@ -67,7 +67,7 @@ public:
     }
     bool mayWrite(int c) const { return list.tiles[c] && !tiles[c].isConstant() && !tiles[c].isDone(); }
 
-    bool guardsIntact()
+    bool guardsIntact() const
     {
         for (int c = 0; c < 4; ++c)
             if (std::count(data(c) + size(), data(c) + size() + guardBytes, guard) != guardBytes)
