@@ -1,7 +1,6 @@
-#include <CL/CL_Clip.h>
+#include <CL/CL_Track.h>
 #include <PXL/PXL_Lookup.h>
 #include <RU/pixelfunc/RU_LevelsFunc.h>
-#include <RU/pixelfunc/RU_LookupClipFunc.h>
 #include <RU/pixelfunc/RU_LookupTableFunc.h>
 #include <reference/Formats.h>
 
@@ -15,16 +14,6 @@ constexpr float noNumber = NAN;
 float tableAt(const PXL_Lookup& table, float v)
 {
     return table.channel(0).evaluate(v);
-}
-
-std::unique_ptr<CL_Track> keyed(const std::vector<CL_Key>& keys)
-{
-    return std::make_unique<CL_Track>(keys);
-}
-
-std::unique_ptr<CL_Track> sampled(float start, float rate, std::vector<float> samples)
-{
-    return std::make_unique<CL_Track>(start, rate, std::move(samples));
 }
 
 } // namespace
@@ -89,32 +78,6 @@ TEST(Lookup, TracksHoldTheirEndsAndAreLinearBetween)
         for (int64_t i = 0; i < track.entries(); ++i) {
             const CL_Key key = track.entry(i);
             EXPECT_TRUE(key.time == 4.0f || track.evaluate(key.time) == key.value) << i;
-        }
-    }
-}
-
-TEST(Lookup, ClipTakesTheTrackOfTheComponentInEveryForm)
-{
-    CL_Clip one, three;
-    one.append(keyed({{0, 1}, {1, 3}, {2, -5}}));
-    three.append(sampled(0, 1, {1, 2, 4}));
-    three.append(nullptr);
-    three.append(keyed({{0, 5}, {1, 7}}));
-    std::vector<float> times = {noNumber, -inf, inf};
-    for (int i = -100; i < 300; ++i)
-        times.push_back(static_cast<float>(i) / 64.0f);
-    for (const CL_Clip* clip : std::initializer_list<const CL_Clip*>{nullptr, &one, &three}) {
-        RU_LookupClipFunc function(clip);
-        EXPECT_EQ(function.needAllComponents(), clip == &three);
-        for (int c = 0; c < 4; ++c) {
-            const CL_Track* track = clip == nullptr ? nullptr : clip->track(c % clip->trackCount());
-            std::vector<float> row = times;
-            function.getRowFunction()(&function, row.data(), std::ssize(row), c);
-            for (size_t i = 0; i < times.size(); ++i) {
-                const float expected = track != nullptr ? track->evaluate(times[i]) : 0.0f;
-                ASSERT_EQ(function.getPixelFunction()(&function, times[i], c), expected) << times[i];
-                ASSERT_EQ(row[i], expected) << times[i];
-            }
         }
     }
 }

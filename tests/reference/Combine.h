@@ -46,7 +46,7 @@ const T* plain(int type, const T* s, const T* d, bool sA, bool dA)
     return type == 0 || type == 2 ? s : type == 13 ? &zero : nullptr;
 }
 
-/// Values that are chosen rather than mixed.
+/// Values that are chosen rather than mixed, by the first five operations.
 inline float selected(int type, float s, float d, const float* sA, const float* dA, bool geometry)
 {
     const bool showsS = !sA || (geometry && *sA > 0), showsD = !dA || (geometry && *dA > 0);
@@ -57,7 +57,7 @@ inline float selected(int type, float s, float d, const float* sA, const float* 
         !dA || *dA > 0 ? s : 0,   // inside
         dA && *dA < 1 ? s : 0,    // outside
     };
-    return type < 5 ? results[type] : composited(type, s, d, sA, dA, 1.0f);
+    return results[type];
 }
 
 } // namespace reference
