@@ -25,124 +25,72 @@ Exact mixed(const Scene& scene, double value, double terms)
     return {value, scene.out.format.isInteger() ? 6 * scene.out.format.roundOff() * terms : 0.0};
 }
 
+enum class Form { single, filter, binary };
+
 class Blending : public Subject
 {
 public:
-    using Subject::Subject;
+    Blending(std::string of, Form form) : Subject(std::move(of)), form_(form) {}
 
     void choose(Random& random) override
     {
-        for (float* weight : {&blend.blendFactor, &blend.firstWeight, &blend.secondWeight})
+        for (float* weight : {&blend_.blendFactor, &blend_.firstWeight, &blend_.secondWeight})
             *weight = anyWeight(random);
-        blend.useBlendFactor = !random.oneIn(3);
-        blend.swapMaskedInputs = random.oneIn(2);
+        blend_.useBlendFactor = !random.oneIn(3);
+        blend_.swapMaskedInputs = random.oneIn(2);
+        greenIsEmpty_ = random.oneIn(3);
     }
-
-protected:
-    /// Of the output's own value and, unless it is null, that of the second image.
-    Exact sum(const Scene& scene, double a, const double* b, double first, double second) const
-    {
-        const double ofA = step(scene, first * a), ofB = b ? step(scene, second * *b) : 0.0;
-        return mixed(scene, b ? step(scene, ofA + ofB) : ofA, std::abs(ofA) + std::abs(ofB));
-    }
-    Exact unmasked(const Scene& scene, double a, const double* b) const
-    {
-        const double k = blend.blendFactor;
-        return blend.useBlendFactor ? sum(scene, a, b, k, step(scene, 1.0 - k))
-                                    : sum(scene, a, b, blend.firstWeight, blend.secondWeight);
-    }
-
-    RU_Blend blend;
-};
-
-class Single : public Blending
-{
-public:
-    using Blending::Blending;
-
     int run(Scene& scene, void* token, int thread) override
     {
-        TIL_TileList in = scene.in.list;
-        if (scene.hasIn)
-            in = *scene.inList();
+        TIL_TileList* out = &scene.out.list;
+        if (form_ == Form::filter)
+            return blend_.filter(out, scene.aroundGiven(), 0.0f, token, thread, nullptr);
+        if (form_ == Form::binary)
+            return blend_.binary(out, scene.aroundGiven(), scene.maskGiven(), 0.0f, token, thread, nullptr);
+        TIL_TileList in = scene.hasIn ? *scene.inList() : scene.in.list;
         TIL_Tile empty;
         if (greenIsEmpty_ && in.tiles[1])
             in.tiles[1] = &empty;
-        return blend.pixelAdjust(&scene.out.list, scene.hasIn ? &in : nullptr, 0.0f, token, thread, nullptr);
-    }
-    void choose(Random& random) override
-    {
-        Blending::choose(random);
-        greenIsEmpty_ = random.oneIn(3);
-    }
-    std::optional<Exact> expected(const Scene& scene, int c, int x, int y) const override
-    {
-        if (!scene.out.mayWrite(c) || !scene.hasIn || !scene.inList()->tiles[c])
-            return {};
-        const double a = scene.value(scene.held[c].data(), scene.index(x, y)),
-                     b = scene.out.format.valueOf(scene.input(c, x, y), scene.points());
-        return unmasked(scene, a, greenIsEmpty_ && c == 1 ? nullptr : &b);
-    }
-
-private:
-    bool greenIsEmpty_ = false;
-};
-
-class Filter : public Blending
-{
-public:
-    using Blending::Blending;
-
-    int run(Scene& scene, void* token, int thread) override
-    {
-        return blend.filter(&scene.out.list, scene.aroundGiven(), 0.0f, token, thread, nullptr);
+        return blend_.pixelAdjust(out, scene.hasIn ? &in : nullptr, 0.0f, token, thread, nullptr);
     }
     int runOnRegion(Scene& scene, TIL_Region& region) override
     {
-        return blend.filter(&region, scene.aroundGiven(), 0.0f, nullptr, 1, nullptr);
+        if (form_ == Form::binary)
+            return blend_.binary(&region, scene.aroundGiven(), scene.maskGiven(), 0.0f, nullptr, 1, nullptr);
+        return form_ == Form::filter ? blend_.filter(&region, scene.aroundGiven(), 0.0f, nullptr, 1, nullptr)
+                                     : 0;
     }
     std::optional<Exact> expected(const Scene& scene, int c, int x, int y) const override
     {
-        if (!scene.out.mayWrite(c))
+        const bool hasTile = scene.hasIn && scene.inList()->tiles[c];
+        if (!scene.out.mayWrite(c) || (form_ == Form::single && !hasTile))
             return {};
-        const double a = scene.value(scene.held[c].data(), scene.index(x, y));
+        const int64_t at = scene.index(x, y);
         const void* second = scene.hasAround ? scene.around.getImageData(c) : nullptr;
-        const double b = second ? scene.value(second, scene.index(x, y)) : 0.0;
-        return under(scene, a, second ? &b : nullptr, c, x, y);
+        bool hasSecond = second != nullptr;
+        double b = second ? scene.value(second, at) : 0.0;
+        if (form_ == Form::single) {
+            b = scene.out.format.valueOf(scene.input(c, x, y), scene.points());
+            hasSecond = !greenIsEmpty_ || c != 1;
+        }
+        const auto [first, other] = weights(scene, maskOf(scene, c), at, hasSecond);
+        const double a = scene.value(scene.held[c].data(), at);
+        const double ofA = step(scene, first * a), ofB = hasSecond ? step(scene, other * b) : 0.0;
+        return mixed(scene, hasSecond ? step(scene, ofA + ofB) : ofA, std::abs(ofA) + std::abs(ofB));
     }
 
 private:
-    virtual Exact under(const Scene& scene, double a, const double* b, int, int, int) const
+    /// Of the output and of the second image.
+    std::pair<double, double> weights(const Scene& scene, const float* mask, int64_t at, bool hasSecond) const
     {
-        return unmasked(scene, a, b);
-    }
-};
-
-class Binary : public Filter
-{
-public:
-    using Filter::Filter;
-
-    int run(Scene& scene, void* token, int thread) override
-    {
-        return blend.binary(&scene.out.list, scene.aroundGiven(), scene.maskGiven(), 0.0f, token, thread,
-                            nullptr);
-    }
-    int runOnRegion(Scene& scene, TIL_Region& region) override
-    {
-        return blend.binary(&region, scene.aroundGiven(), scene.maskGiven(), 0.0f, nullptr, 1, nullptr);
-    }
-
-private:
-    Exact under(const Scene& scene, double a, const double* b, int c, int x, int y) const override
-    {
-        const float* mask = maskOf(scene, c);
-        const double m = mask ? mask[scene.index(x, y)] : 1.0;
-        const double shown = mask && blend.swapMaskedInputs && !b ? step(scene, 1.0 - m) : m;
-        const double f = std::clamp(step(scene, shown * blend.blendFactor), 0.0, 1.0),
-                     rest = step(scene, 1.0 - f);
-        const bool swapped = mask && blend.swapMaskedInputs && b;
-        return sum(scene, a, b, swapped ? f : rest, swapped ? rest : f);
+        const double k = blend_.blendFactor;
+        if (form_ != Form::binary)
+            return blend_.useBlendFactor ? std::pair(k, step(scene, 1.0 - k))
+                                         : std::pair<double, double>(blend_.firstWeight, blend_.secondWeight);
+        const bool swaps = mask && blend_.swapMaskedInputs;
+        const double m = mask ? mask[at] : 1.0, shown = swaps && !hasSecond ? step(scene, 1.0 - m) : m;
+        const double f = std::clamp(step(scene, shown * k), 0.0, 1.0), rest = step(scene, 1.0 - f);
+        return swaps && hasSecond ? std::pair(f, rest) : std::pair(rest, f);
     }
 
     /// The component's own mask, else the lowest one's below, else the highest one's above.
@@ -157,6 +105,10 @@ private:
         const int from = has(c) ? c : lowest < c ? lowest : highest;
         return from < 0 ? nullptr : static_cast<const float*>(scene.mask.getImageData(from));
     }
+
+    Form form_;
+    RU_Blend blend_;
+    bool greenIsEmpty_ = false;
 };
 
 /// The matte is the mask's first component.
@@ -199,9 +151,8 @@ private:
     float backing_[3] = {};
 };
 
-const Registered<Single> single("BlendSingle");
-const Registered<Filter> filter("BlendFilter");
-const Registered<Binary> binary("BlendBinary");
+const Registered<Blending> single("BlendSingle", Form::single), filter("BlendFilter", Form::filter),
+    binary("BlendBinary", Form::binary);
 const Registered<Chroma> chromaAdjust("ChromaAdjust");
 
 } // namespace

@@ -88,27 +88,31 @@ struct Entries
         list.blackWhitePoints = regionPlane.blackWhitePoints = points;
         list.plane = &listPlane;
         region.plane = &regionPlane;
+        outList = &list;
+        outRegion = &region;
         inList.plane = in1.plane = in2.plane = &inPlane;
     }
 
     TIL_Plane listPlane, regionPlane, inPlane;
     TIL_TileList list, inList;
     TIL_Region region, in1, in2;
+    TIL_TileList* outList;
+    TIL_Region* outRegion;
     using A = RU_Algorithm;
     const std::vector<Entry> all = {
-        {'g', {&list}, [&](A& a, void* d, int t) { return a.generate(&list, 2.5f, d, t, this); }},
+        {'g', {&list}, [&](A& a, void* d, int t) { return a.generate(outList, 2.5f, d, t, this); }},
         {'p',
          {&list, &inList},
-         [&](A& a, void* d, int t) { return a.pixelAdjust(&list, &inList, 2.5f, d, t, this); }},
-        {'f', {&list, &in1}, [&](A& a, void* d, int t) { return a.filter(&list, &in1, 2.5f, d, t, this); }},
+         [&](A& a, void* d, int t) { return a.pixelAdjust(outList, &inList, 2.5f, d, t, this); }},
+        {'f', {&list, &in1}, [&](A& a, void* d, int t) { return a.filter(outList, &in1, 2.5f, d, t, this); }},
         {'f',
          {&region, &in1},
-         [&](A& a, void* d, int t) { return a.filter(&region, &in1, 2.5f, d, t, this); }},
+         [&](A& a, void* d, int t) { return a.filter(outRegion, &in1, 2.5f, d, t, this); }},
         {'b',
          {&list, &in1, &in2},
-         [&](A& a, void* d, int t) { return a.binary(&list, &in1, &in2, 2.5f, d, t, this); }},
+         [&](A& a, void* d, int t) { return a.binary(outList, &in1, &in2, 2.5f, d, t, this); }},
         {'b', {&region, &in1, &in2}, [&](A& a, void* d, int t) {
-             return a.binary(&region, &in1, &in2, 2.5f, d, t, this);
+             return a.binary(outRegion, &in1, &in2, 2.5f, d, t, this);
          }}};
 };
 
@@ -131,7 +135,7 @@ TEST(Dispatch, EveryFormatRangeAndEntryReachesItsOwnOperation)
     EXPECT_EQ(reached.size(), 40u);
 }
 
-TEST(Dispatch, DefaultsNullFactoriesAndUnknownFormatsDoNothing)
+TEST(Dispatch, DefaultsNullFactoriesUnknownFormatsAndMissingOutputsDoNothing)
 {
     RU_Algorithm base;
     Refuser refuser;
@@ -145,6 +149,16 @@ TEST(Dispatch, DefaultsNullFactoriesAndUnknownFormatsDoNothing)
                 EXPECT_EQ(entry.run(refuser, nullptr, 0), 0);
                 EXPECT_TRUE(format < 5 || entry.run(recorder, nullptr, 0) == 0);
             }
+    Entries entries(0, false);
+    const auto expectNothing = [&] {
+        for (const auto& entry : entries.all)
+            EXPECT_EQ(entry.run(recorder, nullptr, 0), 0);
+    };
+    entries.list.plane = entries.region.plane = nullptr;
+    expectNothing();
+    entries.outList = nullptr;
+    entries.outRegion = nullptr;
+    expectNothing();
     EXPECT_TRUE(last == Call{});
 }
 

@@ -111,6 +111,30 @@ class EngineFormats : public ::testing::TestWithParam<Format>
 };
 INSTANTIATE_TEST_SUITE_P(, EngineFormats, ::testing::ValuesIn(formats()), nameOfParameter);
 
+// Through tables; over ranges of which the points lie in every order.
+TEST_P(EngineFormats, EveryCodeGivesTheFormula)
+{
+    const Format& format = GetParam();
+    if (format.size() > 2)
+        return;
+    std::vector<Range> ranges = {format.range()};
+    if (format.code == PXL_FORMAT_uint16 && !format.full)
+        ranges.insert(ranges.end(), {{4096, 65535}, {0, 1}, {777, 777}, {60000, 100}});
+    for (const KnownChain& chain : knownChains())
+        for (const Range range : ranges) {
+            SCOPED_TRACE(chain.name + " from " + std::to_string(range.black));
+            Engine engine(chain);
+            Scene scene(format, {}, 256, 1 << (8 * (format.size() - 1)));
+            for (int i = 0; i < 4 * scene.out.list.itemCount; ++i)
+                format.putBits(scene.in.data(i % 4), i / 4, static_cast<uint32_t>(i / 4));
+            scene.out.list.blackPoint = scene.out.plane.blackPoint = range.black;
+            scene.out.list.whitePoint = scene.out.plane.whitePoint = range.white;
+            scene.hold();
+            ASSERT_EQ(engine.run(scene, nullptr, -1), 1);
+            ASSERT_NO_FATAL_FAILURE(expectFormula(engine, scene));
+        }
+}
+
 TEST_P(EngineFormats, EveryColourFunctionIsRoundedOnce)
 {
     for (const PixelFunction& function : pixelFunctions())
@@ -181,6 +205,19 @@ TEST_P(EngineFormats, EqualPointsGiveTheirCode)
             }
 }
 
+/// Tells how often it is asked.
+struct Counter : RU_PixelFunction
+{
+    RU_ScalarForm getPixelFunction() const override
+    {
+        return [](RU_PixelFunction* function, float value, int) {
+            ++static_cast<Counter*>(function)->calls;
+            return value;
+        };
+    }
+    int calls = 0;
+};
+
 TEST(EngineConstants, AreEvaluatedDirectly)
 {
     const auto constant = [](Format format, Range points, RU_PixelFunction& chain, double code) {
@@ -189,6 +226,7 @@ TEST(EngineConstants, AreEvaluatedDirectly)
         scene.out.list.whitePoint = points.white;
         format.put(scene.in.data(0), 0, code);
         scene.in.tiles[0].setConstantTile(true);
+        std::fill_n(scene.in.list.tiles + 1, 3, nullptr);
         evaluated(&chain, scene);
         EXPECT_TRUE(scene.out.tiles[0].isConstant());
         return scene.out.at(0, 4, 2);
@@ -196,6 +234,9 @@ TEST(EngineConstants, AreEvaluatedDirectly)
     RU_AddFunc add(0.1f), zero(0.0f);
     EXPECT_EQ(constant({PXL_FORMAT_uint8, false}, {16, 235}, add, 128), 150);
     EXPECT_EQ(constant({PXL_FORMAT_half, true}, {}, zero, HUGE_VAL), HUGE_VAL);
+    Counter counter;
+    EXPECT_EQ(constant({PXL_FORMAT_uint16, true}, {0, 65535}, counter, 77), 77);
+    EXPECT_EQ(counter.calls, 1) << "no table";
     const bool redOnly[] = {true, false, false, false};
     zero.setScope(redOnly); // so that components differ
     EXPECT_EQ(constant({PXL_FORMAT_uint16, true}, {0, 65535}, zero, 65535), 65535);

@@ -1,6 +1,5 @@
 #include <CL/CL_Track.h>
 #include <PXL/PXL_Lookup.h>
-#include <RU/pixelfunc/RU_LevelsFunc.h>
 #include <RU/pixelfunc/RU_LookupTableFunc.h>
 #include <reference/Formats.h>
 
@@ -80,24 +79,4 @@ TEST(Lookup, TracksHoldTheirEndsAndAreLinearBetween)
             EXPECT_TRUE(key.time == 4.0f || track.evaluate(key.time) == key.value) << i;
         }
     }
-}
-
-TEST(Lookup, LevelsPinTheirEnds)
-{
-    for (const float gamma : {1.0f, 2.2f, 0.45f})
-        for (const float componentGamma : {1.0f, 1.8f}) {
-            RU_LevelsFunc levels(0.1f, 0.9f, gamma, 0.0f, 1.0f, 0.0f, -0.2f, 0.7f, componentGamma, 0.1f,
-                                 0.9f);
-            const auto at = [&](float v) { return levels.getPixelFunction()(&levels, v, 1); };
-            EXPECT_NEAR(at(-0.2f), 0.0f, 1e-6f);
-            EXPECT_NEAR(at(0.7f), 1.0f, 1e-6f);
-            EXPECT_FALSE(levels.eachComponentDifferent());
-        }
-    float factor = 9, addend = 9;
-    RU_LevelsFunc::colourMap(0.5f, 0.5f, 1.0f, 4.0f, factor, addend);
-    EXPECT_EQ(factor, 0.0f);
-    EXPECT_EQ(addend, 2.5f);
-    RU_LevelsFunc::colourMap(2.0f, 1.0f, 3.0f, 5.0f, factor, addend);
-    EXPECT_EQ(factor, -2.0f);
-    EXPECT_EQ(addend, 7.0f);
 }

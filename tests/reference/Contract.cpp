@@ -77,14 +77,17 @@ void expectFormula(const Subject& subject, const Scene& scene)
                 const std::optional<Exact> exact = subject.expected(scene, c, x, y);
                 const size_t at = size * static_cast<size_t>(scene.index(x, y));
                 const unsigned char* stored = scene.out.data(c) + at;
-                SCOPED_TRACE(std::to_string(c) + " at " + std::to_string(x) + ", " + std::to_string(y));
+                auto right = ::testing::AssertionResult(true);
                 if (!exact)
-                    ASSERT_EQ(std::memcmp(stored, &scene.held[c][at], size), 0) << "was not to be written";
+                    right = ::testing::AssertionResult(std::memcmp(stored, &scene.held[c][at], size) == 0)
+                            << "was not to be written";
                 else if (!format.isInteger() && std::isnan(exact->value) && !exact->copied)
-                    ASSERT_EQ(format.bitsAt(stored, 0), format.quietNaN());
+                    right = ::testing::AssertionResult(format.bitsAt(stored, 0) == format.quietNaN())
+                            << "not the one quiet NaN";
                 else
-                    ASSERT_TRUE(format.holds(format.codeAt(stored, 0), exact->value,
-                                             exact->points.value_or(scene.points()), exact->slack));
+                    right = format.holds(format.codeAt(stored, 0), exact->value,
+                                         exact->points.value_or(scene.points()), exact->slack);
+                ASSERT_TRUE(right) << c << " at " << x << ", " << y;
             }
 }
 

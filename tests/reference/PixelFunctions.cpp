@@ -1,22 +1,9 @@
-#include <RU/pixelfunc/RU_AverageFunc.h>
-#include <RU/pixelfunc/RU_ColorCurve.h>
-#include <RU/pixelfunc/RU_ColorReplace.h>
-#include <RU/pixelfunc/RU_ComponentFunc.h>
-#include <RU/pixelfunc/RU_HSVConvertFunc.h>
-#include <RU/pixelfunc/RU_HueCurveFunc.h>
-#include <RU/pixelfunc/RU_HueFunc.h>
-#include <RU/pixelfunc/RU_LengthFunc.h>
-#include <RU/pixelfunc/RU_LuminanceFunc.h>
-#include <RU/pixelfunc/RU_MaxFunc.h>
-#include <RU/pixelfunc/RU_MinFunc.h>
-#include <RU/pixelfunc/RU_NTSCLuminanceFunc.h>
-#include <RU/pixelfunc/RU_NormalizeFunc.h>
-#include <RU/pixelfunc/RU_SaturationFunc.h>
-#include <RU/pixelfunc/RU_VectorFunc.h>
+#include <all_pixel_functions.h>
 #include <reference/Functions.h>
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
 namespace reference {
 
@@ -126,6 +113,21 @@ struct Adjustment
     }
 };
 
+// Formulas of a colour c, and of the values that are there and the one that gets the result.
+#define OF_COLOUR(...) onColours([=](Colour c) -> Colour { return __VA_ARGS__; })
+#define OF_PRESENT(...)                                                                                      \
+    onPresent([=](const std::vector<float>& all, [[maybe_unused]] float v) -> float { return __VA_ARGS__; })
+
+float sum(const std::vector<float>& values)
+{
+    return std::accumulate(values.begin(), values.end(), 0.0f);
+}
+
+float squares(const std::vector<float>& values)
+{
+    return std::inner_product(values.begin(), values.end(), values.begin(), 0.0f);
+}
+
 using PixelCatalogue = std::vector<PixelFunction>;
 
 void add(PixelCatalogue& list, const std::string& name, RU_PixelFunction* function,
@@ -137,59 +139,34 @@ void add(PixelCatalogue& list, const std::string& name, RU_PixelFunction* functi
 void addSums(PixelCatalogue& list)
 {
     add(list, "NTSCLuminance", new RU_NTSCLuminanceFunc,
-        onColours([](Colour c) { return grey(0.299f * c.r + 0.587f * c.g + 0.114f * c.b); }));
-    add(list, "Luminance", new RU_LuminanceFunc, onColours([](Colour c) { return grey(luminance(c)); }));
+        OF_COLOUR(grey(0.299f * c.r + 0.587f * c.g + 0.114f * c.b)));
+    add(list, "Luminance", new RU_LuminanceFunc, OF_COLOUR(grey(luminance(c))));
     static const UT_Matrix4 xform = {
         {{0.5f, 0.3f, -0.2f, 9}, {1.1f, -0.7f, 0.1f, 9}, {0, 0.4f, 2, 9}, {0.2f, -3, 0, 9}}};
-    const auto point = [](Pixel p) {
+    add(list, "Vector", new RU_VectorFunc(xform), [](Pixel p) {
         const float r = orZero(p[0]), g = orZero(p[1]), b = orZero(p[2]);
         for (size_t c = 0; c < 3; ++c)
             p[c] = p[c] == p[c] ? r * xform.m[0][c] + g * xform.m[1][c] + b * xform.m[2][c] + xform.m[3][c]
                                 : NAN;
         return p;
-    };
-    add(list, "Vector", new RU_VectorFunc(xform), point);
-    const auto squares = [](const auto& there) {
-        float sum = 0;
-        for (const float v : there)
-            sum += v * v;
-        return sum;
-    };
-    const auto length = [=](const auto& there, float) { return std::sqrt(squares(there)); };
-    const auto normal = [=](const auto& there, float v) {
-        return squares(there) > 0 ? v * (1.0f / std::sqrt(squares(there))) : v;
-    };
-    add(list, "Length", new RU_LengthFunc, onPresent(length));
-    add(list, "Normalize", new RU_NormalizeFunc, onPresent(normal));
-}
-
-void addReductions(PixelCatalogue& list)
-{
-    for (const int index : {0, 1, 2, 3, 4, -1}) {
-        const bool known = index >= 0 && index < 4;
-        const auto one = [=](Pixel p) {
-            const float value = known ? orZero(p[static_cast<size_t>(index)]) : 0.0f;
+    });
+    add(list, "Length", new RU_LengthFunc, OF_PRESENT(std::sqrt(squares(all))));
+    add(list, "Normalize", new RU_NormalizeFunc,
+        OF_PRESENT(squares(all) > 0 ? v * (1.0f / std::sqrt(squares(all))) : v));
+    for (const int index : {0, 1, 2, 3, 4, -1})
+        add(list, "Component" + std::to_string(index + 1), new RU_ComponentFunc(index), [=](Pixel p) {
+            const float value = index >= 0 && index < 4 ? orZero(p[static_cast<size_t>(index)]) : 0.0f;
             return onPresent([=](const auto&, float) { return value; })(p);
-        };
-        add(list, "Component" + std::to_string(index + 1), new RU_ComponentFunc(index), one);
-    }
-    add(list, "Max", new RU_MaxFunc,
-        onPresent([](const auto& there, float) { return *std::max_element(there.begin(), there.end()); }));
-    add(list, "Min", new RU_MinFunc,
-        onPresent([](const auto& there, float) { return *std::min_element(there.begin(), there.end()); }));
-    const auto mean = [](const auto& there, float) {
-        float sum = 0;
-        for (const float v : there)
-            sum += v;
-        return sum / static_cast<float>(there.size());
-    };
-    add(list, "Average", new RU_AverageFunc, onPresent(mean));
+        });
+    add(list, "Max", new RU_MaxFunc, OF_PRESENT(*std::max_element(all.begin(), all.end())));
+    add(list, "Min", new RU_MinFunc, OF_PRESENT(*std::min_element(all.begin(), all.end())));
+    add(list, "Average", new RU_AverageFunc, OF_PRESENT(sum(all) / static_cast<float>(all.size())));
 }
 
 void addConversions(PixelCatalogue& list)
 {
-    add(list, "Saturation", new RU_SaturationFunc, onColours([](Colour c) { return grey(toHSV(c).g); }));
-    add(list, "Hue", new RU_HueFunc, onColours([](Colour c) { return grey(toHSV(c).r); }));
+    add(list, "Saturation", new RU_SaturationFunc, OF_COLOUR(grey(toHSV(c).g)));
+    add(list, "Hue", new RU_HueFunc, OF_COLOUR(grey(toHSV(c).r)));
     const float ignored[] = {7, 7};
     add(list, "ToHSV", new RU_HSVConvertFunc(RU_RGB_TO_HSV, 90, ignored, ignored, true), onColours(toHSV));
     add(list, "FromHSV", new RU_HSVConvertFunc(RU_HSV_TO_RGB, 90, ignored, ignored, true),
@@ -290,7 +267,6 @@ const std::vector<PixelFunction>& pixelFunctions()
     static const PixelCatalogue all = [] {
         PixelCatalogue list;
         addSums(list);
-        addReductions(list);
         addConversions(list);
         addHueCurves(list);
         addReplacements(list);
