@@ -12,18 +12,8 @@ namespace {
 
 using Factory = std::tuple<char, int, bool>; // family, format code, full range
 
-/// What the last operation was, and what it was called with.
-struct Call
-{
-    Factory factory;
-    std::vector<const void*> images; // output, inputs
-    float time = 0.0f;
-    int thread = 0;
-    const void* context = nullptr;
-    const RU_Algorithm* algorithm = nullptr;
-
-    bool operator==(const Call&) const = default;
-};
+/// What the last operation was, and what it was called with: output and inputs, time, thread, context.
+using Call = std::tuple<Factory, std::vector<const void*>, float, int, const void*, const RU_Algorithm*>;
 
 Call last;
 int living = 0;
@@ -88,30 +78,26 @@ struct Entries
         list.blackWhitePoints = regionPlane.blackWhitePoints = points;
         list.plane = &listPlane;
         region.plane = &regionPlane;
-        outList = &list;
-        outRegion = &region;
         inList.plane = in1.plane = in2.plane = &inPlane;
     }
 
     TIL_Plane listPlane, regionPlane, inPlane;
-    TIL_TileList list, inList;
-    TIL_Region region, in1, in2;
-    TIL_TileList* outList;
-    TIL_Region* outRegion;
+    TIL_TileList list, inList, *out = &list;
+    TIL_Region region, in1, in2, *outRegion = &region;
     using A = RU_Algorithm;
     const std::vector<Entry> all = {
-        {'g', {&list}, [&](A& a, void* d, int t) { return a.generate(outList, 2.5f, d, t, this); }},
+        {'g', {out}, [&](A& a, void* d, int t) { return a.generate(out, 2.5f, d, t, this); }},
         {'p',
-         {&list, &inList},
-         [&](A& a, void* d, int t) { return a.pixelAdjust(outList, &inList, 2.5f, d, t, this); }},
-        {'f', {&list, &in1}, [&](A& a, void* d, int t) { return a.filter(outList, &in1, 2.5f, d, t, this); }},
+         {out, &inList},
+         [&](A& a, void* d, int t) { return a.pixelAdjust(out, &inList, 2.5f, d, t, this); }},
+        {'f', {out, &in1}, [&](A& a, void* d, int t) { return a.filter(out, &in1, 2.5f, d, t, this); }},
         {'f',
-         {&region, &in1},
+         {outRegion, &in1},
          [&](A& a, void* d, int t) { return a.filter(outRegion, &in1, 2.5f, d, t, this); }},
         {'b',
-         {&list, &in1, &in2},
-         [&](A& a, void* d, int t) { return a.binary(outList, &in1, &in2, 2.5f, d, t, this); }},
-        {'b', {&region, &in1, &in2}, [&](A& a, void* d, int t) {
+         {out, &in1, &in2},
+         [&](A& a, void* d, int t) { return a.binary(out, &in1, &in2, 2.5f, d, t, this); }},
+        {'b', {outRegion, &in1, &in2}, [&](A& a, void* d, int t) {
              return a.binary(outRegion, &in1, &in2, 2.5f, d, t, this);
          }}};
 };
@@ -130,7 +116,7 @@ TEST(Dispatch, EveryFormatRangeAndEntryReachesItsOwnOperation)
                     {entry.family, format, !points}, entry.images, 2.5f, 5, &entries, &recorder};
                 EXPECT_TRUE(last == expected) << "format " << format << ", family " << entry.family;
                 EXPECT_EQ(living, 0) << "the operation has to be deleted";
-                reached.insert(last.factory);
+                reached.insert(std::get<Factory>(last));
             }
     EXPECT_EQ(reached.size(), 40u);
 }
@@ -156,7 +142,7 @@ TEST(Dispatch, DefaultsNullFactoriesUnknownFormatsAndMissingOutputsDoNothing)
     };
     entries.list.plane = entries.region.plane = nullptr;
     expectNothing();
-    entries.outList = nullptr;
+    entries.out = nullptr;
     entries.outRegion = nullptr;
     expectNothing();
     EXPECT_TRUE(last == Call{});

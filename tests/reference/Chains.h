@@ -1,21 +1,11 @@
 #pragma once
 
-#include <RU/pixelfunc/RU_PixelFunction.h>
-
-#include <RU/pixelfunc/RU_AddFunc.h>
-#include <RU/pixelfunc/RU_MAddFunc.h>
-#include <RU/pixelfunc/RU_MultFunc.h>
-#include <RU/pixelfunc/RU_ScaleFunc.h>
+#include <all_pixel_functions.h>
 #include <reference/Functions.h>
 
-#include <array>
 #include <cmath>
-#include <functional>
 #include <initializer_list>
-#include <memory>
-#include <string>
 #include <utility>
-#include <vector>
 
 namespace reference {
 

@@ -31,38 +31,23 @@ double bernstein(const double* p, double t)
     return u * u * u * p[0] + 3 * u * u * t * p[1] + 3 * u * t * t * p[2] + t * t * t * p[3];
 }
 
-/// Where f changes its sign between neighbouring places.
-template <class F>
-std::vector<double> signChanges(const std::vector<double>& places, const F& f)
+/// Where x is reached near 0..1, by a grid fine enough for curves that fold.
+std::vector<double> rootsNear01(const double* p, double x)
 {
-    std::vector<double> changes;
-    for (size_t i = 1; i < places.size(); ++i) {
-        double low = places[i - 1], high = places[i];
-        const bool below = f(low) < 0;
-        if (below == (f(high) < 0))
+    constexpr int cells = 1000;
+    std::vector<double> roots;
+    for (int i = 0; i < cells; ++i) {
+        double low = -0.1 + 1.2 * i / cells, high = -0.1 + 1.2 * (i + 1) / cells;
+        const bool below = bernstein(p, low) < x;
+        if (below == (bernstein(p, high) < x))
             continue;
         for (int k = 0; k < 50; ++k) {
             const double middle = (low + high) / 2;
-            ((f(middle) < 0) == below ? low : high) = middle;
+            ((bernstein(p, middle) < x) == below ? low : high) = middle;
         }
-        changes.push_back(high);
+        roots.push_back(high);
     }
-    return changes;
-}
-
-/// The cubic is monotone between the places where its slope changes sign, which a grid finds.
-std::vector<double> rootsNear01(const double* p, double x)
-{
-    std::vector<double> places;
-    for (int i = 0; i <= 100; ++i)
-        places.push_back(-0.1 + 0.012 * i);
-    const std::vector<double> turns = signChanges(places, [&](double t) {
-        const double u = 1 - t;
-        return u * u * (p[1] - p[0]) + 2 * u * t * (p[2] - p[1]) + t * t * (p[3] - p[2]);
-    });
-    places.insert(places.end(), turns.begin(), turns.end());
-    std::sort(places.begin(), places.end());
-    return signChanges(places, [&](double t) { return bernstein(p, t) - x; });
+    return roots;
 }
 
 } // namespace
