@@ -54,7 +54,6 @@ public:
 private:
     static constexpr Format format{PXL_FormatOf<T>::code, Full};
     static constexpr bool inPlace = std::is_same_v<T, Value>;
-    static constexpr bool rough = sizeof(Value) < sizeof(ru_Work<T>); // a float has too few digits
 
     explicit Conversion(Range range) : range_(range)
     {
@@ -76,24 +75,23 @@ private:
         ASSERT_EQ(std::memcmp(loaded.data(), read, loaded.size() * sizeof(Value)), 0);
         ASSERT_EQ(static_cast<const void*>(read),
                   inPlace ? static_cast<const void*>(codes_.data()) : scratch.data());
-        std::vector<T> written(values_.size()), returned(codes_.size());
+        std::vector<T> written(values_.size());
         ASSERT_EQ(static_cast<void*>(converter.target(written.data(), values_.data())),
                   inPlace ? static_cast<void*>(written.data()) : values_.data());
         converter.write(values_.data(), written.data(), std::ssize(values_));
-        converter.write(loaded.data(), returned.data(), std::ssize(codes_));
 
         for (int64_t i = 0; i < std::ssize(values_); ++i)
             ASSERT_TRUE(
                 format.holds(format.codeAt(written.data(), i), values_[static_cast<size_t>(i)], range_))
                 << i;
         for (size_t i = 0; i < codes_.size(); ++i)
-            ASSERT_NO_FATAL_FAILURE(testCode(codes_[i], loaded[i], returned[i])) << i;
+            ASSERT_NO_FATAL_FAILURE(testCode(codes_[i], loaded[i])) << i;
         if constexpr (!inPlace)
             for (const PXL_InstructionSet set : runnableSets())
                 testSet(set);
     }
 
-    void testCode(T code, double read, T returned)
+    void testCode(T code, double read)
     {
         const double exact = format.valueOf(format.codeAt(&code, 0), range_);
         // Of the scale, of the product, and of a 32-bit code as a float.
@@ -104,11 +102,6 @@ private:
             << read << ", exact " << exact;
         const bool white = Full && format.isInteger() && format.codeAt(&code, 0) == format.white();
         ASSERT_TRUE(!white || read == 1.0);
-        if (std::isnan(exact) || range_.white == range_.black)
-            return; // NaN may become quiet
-        const double distance = format.codeAt(&returned, 0) - format.codeAt(&code, 0);
-        ASSERT_TRUE(std::memcmp(&returned, &code, sizeof(T)) == 0 ||
-                    (rough && std::abs(distance) <= 0x1p32 * 0x1p-22));
     }
 
     /// The kernels of a set against the baseline's: every short length, then all codes and values.
