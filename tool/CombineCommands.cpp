@@ -79,81 +79,76 @@ int chroma(ChromaOptions o)
 
 } // namespace
 
-void addComposite(CLI::App& app, int& exitCode)
+Command compositeCommand()
 {
-    CLI::App* command = app.add_subcommand("comp", "Put an image in front of another one, by an operation");
-    auto o = std::make_shared<CompositeOptions>();
-    command->add_option("OPERATION", o->operation, "name or number of an operation")->required();
-    command->add_option("FG", o->inputs.second, inputHelp("image in front, the source"))->required();
-    command->add_option("BG", o->inputs.first, inputHelp("image behind, the destination"))->required();
-    command->add_flag("--premult", o->composite.premultiply,
-                      "multiply the colours of both images by their alpha first");
-    command->add_flag("--unpremult", o->composite.unpremultiply,
-                      "divide the colours of the result by its alpha");
-    const auto list = [] {
-        printOperations();
-        throw CLI::Success();
-    };
-    command->add_flag_callback("--list", list, "list the operations with their formulas, and do no more");
-    addCookOptions(*command, *o);
-    command->footer("Examples:\n"
+    Command command{"comp", "Put an image in front of another one, by an operation",
+                    "Examples:\n"
                     "  kreiluge comp over fg.exr bg.exr -o out.exr\n"
                     "  kreiluge comp over fg.png bg.png -o out.png --premult --unpremult\n"
                     "  kreiluge comp screen glow.####.exr still.exr -o out.####.exr --frames 1-24\n"
-                    "Alpha is taken as it stands in the files: colours count as multiplied by it already.");
-    command->callback([o, &exitCode] { exitCode = composite(*o); });
+                    "Alpha is taken as it stands in the files: colours count as multiplied by it already."};
+    auto o = std::make_shared<CompositeOptions>();
+    command.add(
+        {{"OPERATION", &o->operation, "name or number of an operation", required},
+         {"FG", &o->inputs.second, inputHelp("image in front, the source"), required},
+         {"BG", &o->inputs.first, inputHelp("image behind, the destination"), required},
+         {"--premult", &o->composite.premultiply, "multiply the colours of both images by their alpha first"},
+         {"--unpremult", &o->composite.unpremultiply, "divide the colours of the result by its alpha"},
+         {"--list", printOperations, "list the operations with their formulas, and do no more"}});
+    addCookOptions(command, *o);
+    command.run = [o] { return composite(*o); };
+    return command;
 }
 
-void addBlend(CLI::App& app, int& exitCode)
+Command blendCommand()
 {
-    CLI::App* command = app.add_subcommand("blend", "Mix two images, or fade one, perhaps through a mask");
-    auto o = std::make_shared<BlendOptions>();
-    command->add_option("A", o->inputs.first, inputHelp("image file"))->required();
-    CLI::Option* second = command->add_option("B", o->inputs.second, "image to mix in (default: black)");
-    CLI::Option* mix = command->add_option("--mix", o->mix, "share of B, 0 to 1 (default: 1, with a mask)");
-    CLI::Option* mask =
-        command->add_option("--mask", o->inputs.matte, "image that the share is multiplied by");
-    command->add_option("--mask-channel", o->channel, "the component of the mask for all: r, g, b or a")
-        ->needs(mask);
-    command->add_flag("--swap", o->blend.swap, "exchange the two images; with one image, invert the mask")
-        ->needs(mask);
-    command->add_option("--weights", o->blend.weights, "multiply A and B by these instead, and add them")
-        ->type_name("WA WB")
-        ->needs(second)
-        ->excludes(mix)
-        ->excludes(mask);
-    addCookOptions(*command, *o);
-    addPoints(*command, *o);
-    command->footer(
+    Command command{
+        "blend", "Mix two images, or fade one, perhaps through a mask",
         "Examples:\n"
         "  kreiluge blend a.exr b.exr -o out.exr --mix 0.3\n"
         "  kreiluge blend a.exr b.exr -o out.exr --mask mask.exr --mask-channel a\n"
         "  kreiluge blend a.exr b.exr -o out.exr --weights 1 -0.5\n"
-        "  kreiluge blend shot.####.exr -o out.####.exr --mask vignette.exr --swap --frames 1-24");
-    command->callback([o, &exitCode] { exitCode = blend(*o); });
+        "  kreiluge blend shot.####.exr -o out.####.exr --mask vignette.exr --swap --frames 1-24"};
+    auto o = std::make_shared<BlendOptions>();
+    command.add(
+        {{"A", &o->inputs.first, inputHelp("image file"), required},
+         {"B", &o->inputs.second, "image to mix in (default: black)"},
+         {"--mix", &o->mix, "share of B, 0 to 1 (default: 1, with a mask)"},
+         {"--mask", &o->inputs.matte, "image that the share is multiplied by"},
+         {"--mask-channel", &o->channel, "the component of the mask for all: r, g, b or a", needs("--mask")},
+         {"--swap", &o->blend.swap, "exchange the two images; with one image, invert the mask",
+          needs("--mask")},
+         {"--weights",
+          &o->blend.weights,
+          "multiply A and B by these instead, and add them",
+          {.values = "WA WB", .needs = {"B"}, .excludes = {"--mix", "--mask"}}}});
+    addCookOptions(command, *o);
+    addPoints(command, *o);
+    command.run = [o] { return blend(*o); };
+    return command;
 }
 
-void addChroma(CLI::App& app, int& exitCode)
+Command chromaCommand()
 {
-    CLI::App* command =
-        app.add_subcommand("chroma", "Take the colour of a backing out of an image, by a matte");
-    auto o = std::make_shared<ChromaOptions>();
-    command->add_option("IMAGE", o->inputs.first, inputHelp("image file"))->required();
-    command->add_option("--matte", o->inputs.matte, "image that is 1 where the backing is hidden")
-        ->required();
-    command->add_option("--matte-channel", o->channel,
-                        "the component of the matte: r, g, b or a (default: alpha, else the first)");
-    command->add_option("--backing", o->chroma.backing, "the colour of the backing, three numbers")
-        ->type_name("R G B")
-        ->required();
-    addCookOptions(*command, *o);
-    addPoints(*command, *o);
-    command->footer(
+    Command command{
+        "chroma", "Take the colour of a backing out of an image, by a matte",
         "Examples:\n"
         "  kreiluge chroma shot.exr -o keyed.exr --matte matte.exr --backing 0.05 0.6 0.1\n"
         "Where the matte is 1 a pixel stays, where it is 0 its colour becomes black; between them\n"
-        "(1 - matte) times the backing is subtracted. Alpha stays as it is.");
-    command->callback([o, &exitCode] { exitCode = chroma(*o); });
+        "(1 - matte) times the backing is subtracted. Alpha stays as it is."};
+    auto o = std::make_shared<ChromaOptions>();
+    command.add({{"IMAGE", &o->inputs.first, inputHelp("image file"), required},
+                 {"--matte", &o->inputs.matte, "image that is 1 where the backing is hidden", required},
+                 {"--matte-channel", &o->channel,
+                  "the component of the matte: r, g, b or a (default: alpha, else the first)"},
+                 {"--backing",
+                  &o->chroma.backing,
+                  "the colour of the backing, three numbers",
+                  {.required = true, .values = "R G B"}}});
+    addCookOptions(command, *o);
+    addPoints(command, *o);
+    command.run = [o] { return chroma(*o); };
+    return command;
 }
 
 } // namespace tool

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
+#include "Arguments.h"
 
 #include <string>
 
@@ -20,16 +20,15 @@ unsigned int readWhole(const std::string& option, const std::string& text, unsig
                        unsigned int most);
 int readThreads(const std::string& text);
 
-// Each adds a subcommand to the application. Its callback sets `exitCode`, or throws host::Error.
-void addGrade(CLI::App& app, int& exitCode);
-void addEdge(CLI::App& app, int& exitCode);
-void addComposite(CLI::App& app, int& exitCode);
-void addBlend(CLI::App& app, int& exitCode);
-void addChroma(CLI::App& app, int& exitCode);
-void addFunctions(CLI::App& app);
-void addInfo(CLI::App& app);
-void addDiff(CLI::App& app, int& exitCode);
-void addCurve(CLI::App& app);
-void addPlate(CLI::App& app);
+Command gradeCommand();
+Command edgeCommand();
+Command compositeCommand();
+Command blendCommand();
+Command chromaCommand();
+Command functionsCommand();
+Command infoCommand();
+Command diffCommand();
+Command curveCommand();
+Command plateCommand();
 
 } // namespace tool

@@ -130,28 +130,25 @@ std::string inputHelp(const std::string& what)
     return what + "; #### or %04d stands for the frame number";
 }
 
-void addCookOptions(CLI::App& command, CookOptions& o)
+void addCookOptions(Command& command, CookOptions& o)
 {
-    command.add_option("-o,--output", o.output, "image file to write; its extension picks the file format")
-        ->required();
-    command.add_option("--frames", o.frames, "frames of a sequence: 1001-1100, 1001-1100x2 or 1,5,9");
-    command
-        .add_option("--planes", o.planes,
-                    "planes to work on, or all; the others are copied (default: those with colour)")
-        ->delimiter(',')
-        ->allow_extra_args(false);
-    command.add_option("--depth", o.depth,
-                       "store the output as uint8, uint16, uint32, half or float (default: as the inputs)");
-    command.add_option("--threads", o.threads, "threads, 1 to 8")->capture_default_str();
-    command.add_option("--tile", o.tile, "side of a tile in pixels")->capture_default_str();
-    command.add_option("--progress", o.progress, "auto, none, bar or json")->capture_default_str();
-    command.add_flag("--stats", o.stats, "tell where the time went");
+    command.add(
+        {{"-o,--output", &o.output, "image file to write; its extension picks the file format", required},
+         {"--frames", &o.frames, "frames of a sequence: 1001-1100, 1001-1100x2 or 1,5,9"},
+         {"--planes", &o.planes,
+          "planes to work on, or all; the others are copied (default: those with colour)"},
+         {"--depth", &o.depth,
+          "store the output as uint8, uint16, uint32, half or float (default: as the inputs)"},
+         {"--threads", &o.threads, "threads, 1 to 8"},
+         {"--tile", &o.tile, "side of a tile in pixels"},
+         {"--progress", &o.progress, "auto, none, bar or json"},
+         {"--stats", &o.stats, "tell where the time went"}});
 }
 
-void addPoints(CLI::App& command, CookOptions& o)
+void addPoints(Command& command, CookOptions& o)
 {
-    command.add_option("--black", o.black, "integer code of 0.0 (default: 0)");
-    command.add_option("--white", o.white, "integer code of 1.0 (default: the last code)");
+    command.add({{"--black", &o.black, "integer code of 0.0 (default: 0)"},
+                 {"--white", &o.white, "integer code of 1.0 (default: the last code)"}});
 }
 
 int cookAll(const CookOptions& o, const CookJob& job)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
+#include "Arguments.h"
 
 #include <host/Combine.h>
 
@@ -33,8 +33,8 @@ struct CookOptions : CookFiles
 /// What help says of an input.
 std::string inputHelp(const std::string& what);
 
-void addCookOptions(CLI::App& command, CookOptions& o);
-void addPoints(CLI::App& command, CookOptions& o);
+void addCookOptions(Command& command, CookOptions& o);
+void addPoints(Command& command, CookOptions& o);
 
 /// What is done to the files of one frame.
 using CookJob = std::function<host::CookReport(const CookFiles& files, const host::CookSettings& settings)>;

@@ -16,28 +16,30 @@ struct CurveOptions
     bool extend = false;
 };
 
-void draw(const CurveOptions& o)
+int draw(const CurveOptions& o)
 {
     host::CurvePictureSettings settings;
     settings.size = static_cast<int>(readWhole("--size", o.size, 64, 4096));
     settings.extend = o.extend;
     host::drawCurves(o.output, host::curvesOfText(o.keys), settings);
+    return exitDone;
 }
 
 } // namespace
 
-void addCurve(CLI::App& app)
+Command curveCommand()
 {
-    CLI::App* command = app.add_subcommand("curve", "Draw curves of colour as a picture");
-    auto o = std::make_shared<CurveOptions>();
-    command->add_option("KEYS", o->keys, "keys as the function curve takes them")->required();
-    command->add_option("-o,--output", o->output, "image file to write")->required();
-    command->add_option("--size", o->size, "sides of the picture in pixels")->capture_default_str();
-    command->add_flag("--extend", o->extend, "straight on outside the keys, and not level");
-    command->footer("Examples:\n"
+    Command command{"curve", "Draw curves of colour as a picture",
+                    "Examples:\n"
                     "  kreiluge curve \"0 0, 0.5 0.6, 1 1\" -o curve.png\n"
-                    "  kreiluge curve \"0 0, 1 1 | 0 0, 0.5 0.4, 1 1 | 0 0, 1 1\" -o curves.png");
-    command->callback([o] { draw(*o); });
+                    "  kreiluge curve \"0 0, 1 1 | 0 0, 0.5 0.4, 1 1 | 0 0, 1 1\" -o curves.png"};
+    auto o = std::make_shared<CurveOptions>();
+    command.add({{"KEYS", &o->keys, "keys as the function curve takes them", required},
+                 {"-o,--output", &o->output, "image file to write", required},
+                 {"--size", &o->size, "sides of the picture in pixels"},
+                 {"--extend", &o->extend, "straight on outside the keys, and not level"}});
+    command.run = [o] { return draw(*o); };
+    return command;
 }
 
 } // namespace tool

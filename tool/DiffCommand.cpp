@@ -44,20 +44,20 @@ void print(const host::DiffReport& report)
 
 } // namespace
 
-void addDiff(CLI::App& app, int& exitCode)
+Command diffCommand()
 {
-    CLI::App* command = app.add_subcommand("diff", "Compare two images bit by bit");
-    auto o = std::make_shared<DiffOptions>();
-    command->add_option("A", o->a, "image file")->required();
-    command->add_option("B", o->b, "image file")->required();
-    command->footer(
+    Command command{
+        "diff", "Compare two images bit by bit",
         "Exits with 0 when windows, channels, formats and all values are the same, with 1 when not.\n"
-        "Metadata does not count. Differences are of the full range: 1 is black against white.");
-    command->callback([o, &exitCode] {
+        "Metadata does not count. Differences are of the full range: 1 is black against white."};
+    auto o = std::make_shared<DiffOptions>();
+    command.add({{"A", &o->a, "image file", required}, {"B", &o->b, "image file", required}});
+    command.run = [o] {
         const host::DiffReport report = host::diff(o->a, o->b, &cancelSwitch());
         print(report);
-        exitCode = report.same() ? exitDone : exitSomeFailed;
-    });
+        return report.same() ? exitDone : exitSomeFailed;
+    };
+    return command;
 }
 
 } // namespace tool

@@ -6,13 +6,12 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <memory>
 
 namespace tool {
 
 namespace {
 
-void printList()
+int printList()
 {
     constexpr size_t most = 48; // a longer usage has a line of its own
     size_t width = 0;
@@ -26,6 +25,7 @@ void printList()
                     static_cast<int>(fits ? width - usage.size() + 2 : width + 2), "",
                     function.summary.c_str());
     }
+    return exitDone;
 }
 
 void printMarkdown()
@@ -39,18 +39,18 @@ void printMarkdown()
 
 } // namespace
 
-void addFunctions(CLI::App& app)
+Command functionsCommand()
 {
-    CLI::App* command = app.add_subcommand("functions", "List the functions that chains are made of");
-    auto markdown = std::make_shared<bool>(false);
-    command->add_flag("--markdown", *markdown, "as a table for documents");
-    command->footer(
+    Command command{
+        "functions", "List the functions that chains are made of",
         "Arguments in brackets may be left out. They are given by position or as name=value.\n"
         "Those of add, mult, madd and gamma, and the later ones of levels, may be one value per\n"
         "component, as in 1:0.9:0.8 or 1:0.9:0.8:1. Colours are 1:0.5:0, a matrix is 1:0:0;0:1:0;0:0:1\n"
         "or has 4 rows of 3 or 4. Keys are 0 0, 0.5 0.6, 1 1 or, in one word, 0:0;0.5:0.6;1:1; in\n"
-        "name=value the first form stands in quotes. A | begins the curve of the next component.");
-    command->callback([markdown] { *markdown ? printMarkdown() : printList(); });
+        "name=value the first form stands in quotes. A | begins the curve of the next component."};
+    command.add({{"--markdown", printMarkdown, "as a table for documents"}});
+    command.run = printList;
+    return command;
 }
 
 } // namespace tool

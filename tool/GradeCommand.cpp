@@ -28,24 +28,24 @@ host::Chain chainOf(const GradeOptions& o)
 
 } // namespace
 
-void addGrade(CLI::App& app, int& exitCode)
+Command gradeCommand()
 {
-    CLI::App* command = app.add_subcommand("grade", "Apply a chain of functions to an image or a sequence");
-    auto o = std::make_shared<GradeOptions>();
-    command->add_option("INPUT", o->inputs.first, inputHelp("image file"))->required();
-    addCookOptions(*command, *o);
-    addPoints(*command, *o);
-    command->add_option("CHAIN", o->chain,
-                        "functions with their arguments, separated by commas; \"\" copies");
-    command->add_option("--chain", o->chainFile, "read the chain from a JSON file instead");
-    command->footer(
+    Command command{
+        "grade", "Apply a chain of functions to an image or a sequence",
         "Examples:\n"
         "  kreiluge grade in.exr -o out.exr \"gamma 2.2, add 0.1\"\n"
         "  kreiluge grade in.png -o out.png \"mult 1.1:1:0.9, limit 0 1 @rgb\"\n"
         "  kreiluge grade shot.####.exr -o graded.####.exr --frames 1001-1100 --chain look.json\n"
         "A scope after @ says which of r, g, b and a a function applies to: all without it, alpha too.\n"
-        "`kreiluge functions` lists the functions.");
-    command->callback([o, &exitCode] { exitCode = cookAll(*o, host::Operation::grade(chainOf(*o))); });
+        "`kreiluge functions` lists the functions."};
+    auto o = std::make_shared<GradeOptions>();
+    command.add({{"INPUT", &o->inputs.first, inputHelp("image file"), required}});
+    addCookOptions(command, *o);
+    addPoints(command, *o);
+    command.add({{"CHAIN", &o->chain, "functions with their arguments, separated by commas; \"\" copies"},
+                 {"--chain", &o->chainFile, "read the chain from a JSON file instead"}});
+    command.run = [o] { return cookAll(*o, host::Operation::grade(chainOf(*o))); };
+    return command;
 }
 
 } // namespace tool

@@ -68,16 +68,17 @@ void printText(const host::Image& image)
 
 } // namespace
 
-void addInfo(CLI::App& app)
+Command infoCommand()
 {
-    CLI::App* command = app.add_subcommand("info", "Show the size, windows, planes and metadata of an image");
+    Command command{"info", "Show the size, windows, planes and metadata of an image", nullptr};
     auto o = std::make_shared<InfoOptions>();
-    command->add_option("FILE", o->file, "image file")->required();
-    command->add_flag("--json", o->json, "as JSON");
-    command->callback([o] {
+    command.add({{"FILE", &o->file, "image file", required}, {"--json", &o->json, "as JSON"}});
+    command.run = [o] {
         const host::Reader reader(o->file);
         o->json ? printJson(reader.image()) : printText(reader.image());
-    });
+        return exitDone;
+    };
+    return command;
 }
 
 } // namespace tool

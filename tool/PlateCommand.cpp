@@ -24,7 +24,7 @@ struct PlateOptions
     std::string threads = std::to_string(host::defaultThreads());
 };
 
-void draw(const PlateOptions& o)
+int draw(const PlateOptions& o)
 {
     host::PlateSettings settings;
     int end = 0;
@@ -39,24 +39,26 @@ void draw(const PlateOptions& o)
     settings.progress = progress.begin(o.output, 0, 1);
     host::setFileThreads(settings.threads);
     host::drawPlate(o.output, settings);
+    return exitDone;
 }
 
 } // namespace
 
-void addPlate(CLI::App& app)
+Command plateCommand()
 {
-    CLI::App* command = app.add_subcommand("plate", "Draw a test plate");
+    Command command{
+        "plate", "Draw a test plate",
+        "Float and half hold linear light, with highlights up to 16; integers hold it with the sRGB curve."};
     auto o = std::make_shared<PlateOptions>();
-    command->add_option("-o,--output", o->output, "image file to write")->required();
-    command->add_option("--size", o->size, "width and height in pixels")->capture_default_str();
-    command->add_option("--depth", o->depth,
-                        "uint8, uint16, uint32, half or float (default: what is usual for the file format)");
-    command->add_flag("--alpha", o->alpha, "add an alpha channel that fades out in the corners");
-    command->add_option("--threads", o->threads, "threads, 1 to 8")->capture_default_str();
-    command->add_option("--progress", o->progress, "auto, none, bar or json")->capture_default_str();
-    command->footer(
-        "Float and half hold linear light, with highlights up to 16; integers hold it with the sRGB curve.");
-    command->callback([o] { draw(*o); });
+    command.add({{"-o,--output", &o->output, "image file to write", required},
+                 {"--size", &o->size, "width and height in pixels"},
+                 {"--depth", &o->depth,
+                  "uint8, uint16, uint32, half or float (default: what is usual for the file format)"},
+                 {"--alpha", &o->alpha, "add an alpha channel that fades out in the corners"},
+                 {"--threads", &o->threads, "threads, 1 to 8"},
+                 {"--progress", &o->progress, "auto, none, bar or json"}});
+    command.run = [o] { return draw(*o); };
+    return command;
 }
 
 } // namespace tool
