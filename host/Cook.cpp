@@ -12,14 +12,14 @@ namespace {
 bool ignoresPoints(const Plane& plane, const Operation& operation, const CookSettings& settings)
 {
     return (settings.black || settings.white) && plane.format == PXL_FORMAT_uint8 && !operation.isCopy() &&
-           !operation.isFilter() && !operation.readsAllComponents;
+           !operation.isFilter && !operation.readsAllComponents;
 }
 
 Plan planOf(const Image& image, const Operation& operation, const CookSettings& settings)
 {
     Plan plan;
     plan.output = settings.depth ? image.withFormat(*settings.depth) : image;
-    plan.border = operation.border;
+    plan.border = operation.border();
     const std::vector<bool> chosen = choosePlanes(image, settings);
     std::vector<std::unique_ptr<PlaneCook>> cooks;
     bool converts = false, writes = false;
@@ -40,7 +40,7 @@ Plan planOf(const Image& image, const Operation& operation, const CookSettings& 
     }
     if (!writes && !operation.isCopy())
         refuse("'" + image.path + "': the scope names no component of " + joined(plan.planes));
-    plan.inPlace = !converts && !operation.isFilter();
+    plan.inPlace = !converts && !operation.isFilter;
     for (size_t p = 0; p < cooks.size(); ++p) {
         if (cooks[p] != nullptr)
             plan.works.push_back(std::move(cooks[p]));

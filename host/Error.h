@@ -10,11 +10,11 @@ class Error : public std::runtime_error
 {
 public:
     enum class Kind {
-        Usage,    ///< asked for something that does not exist or makes no sense
-        NoInput,  ///< there is no such input file
-        Read,     ///< an input file cannot be read
-        Write,    ///< an output file cannot be written
-        Output,   ///< nor could the other files of a sequence be: there is no directory, the format does not fit ...
+        Usage,   ///< asked for something that does not exist or makes no sense
+        NoInput, ///< there is no such input file
+        Read,    ///< an input file cannot be read
+        Write,   ///< an output file cannot be written
+        Output, ///< nor could the other files of a sequence be: there is no directory, the format does not fit ...
         Cancelled ///< told to stop
     };
 

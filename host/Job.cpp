@@ -136,7 +136,7 @@ int Job::fill(int64_t band, Slot& slot)
     const Clock::time_point start = Clock::now();
     const int begin = tiling_.bandBegin(band), end = tiling_.bandEnd(band);
     for (size_t i = 0; i < inputs_.size(); ++i)
-        fill(*inputs_[i], slot.in[i], begin - plan_.border, end + plan_.border);
+        fill(*inputs_[i], slot.in[i], begin - plan_.border.bottom, end + plan_.border.top);
     if (!plan_.inPlace)
         slot.out.reset(plan_.output, begin, end);
     report_.readSeconds += secondsSince(start);

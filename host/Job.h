@@ -43,7 +43,7 @@ struct Plan
     Image output;
     std::vector<std::unique_ptr<PlaneWork>> works; ///< run one after the other on each tile
     bool inPlace = false;            ///< the first input's bands go out, with what the works change in them
-    int border = 0;                  ///< rows of input around those of the output
+    RU_Border border;                ///< that the works read around the output
     std::vector<std::string> planes; ///< by name, those worked on
     std::vector<std::string> notes;
 };

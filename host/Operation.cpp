@@ -32,7 +32,7 @@ Operation Operation::edge(const EdgeSettings& settings, const Components& compon
     Operation operation;
     operation.algorithm = std::move(edge);
     operation.written = components;
-    operation.border = 1;
+    operation.isFilter = true;
     return operation;
 }
 

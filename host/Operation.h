@@ -23,13 +23,14 @@ struct Operation
     static Operation edge(const EdgeSettings& settings, const Components& components);
 
     bool isCopy() const { return algorithm == nullptr; }
-    bool isFilter() const { return border > 0; }
+    /// What it reads around its output.
+    RU_Border border() const { return isCopy() ? RU_Border{} : algorithm->border(); }
 
     Chain::Built chain; ///< what the algorithm evaluates; outlives it
     std::unique_ptr<RU_Algorithm> algorithm;
     Components written{};            ///< the components that it writes; others are copied
     bool readsAllComponents = false; ///< also those that it does not write
-    int border = 0;                  ///< pixels of input around the output
+    bool isFilter = false;           ///< of regions; else a pixel operation
 };
 
 } // namespace host

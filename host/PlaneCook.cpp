@@ -34,7 +34,7 @@ void PlaneCook::run(const std::vector<Band>& in, Band& out, const Window& rect, 
 {
     if (&in.front() != &out)
         others_.run(in, out, rect, workspace);
-    if (operation_.isFilter())
+    if (operation_.isFilter)
         filter(in.front(), out, rect, workspace);
     else
         adjust(in.front(), out, rect, workspace);
@@ -63,8 +63,10 @@ void PlaneCook::adjust(const Band& in, Band& out, const Window& rect, Workspace&
 
 void PlaneCook::filter(const Band& in, Band& out, const Window& rect, Workspace& workspace) const
 {
-    const int border = operation_.border;
-    const Window around{rect.x - border, rect.y - border, rect.width + 2 * border, rect.height + 2 * border};
+    const RU_Border border =
+        operation_.border(); // the library's bottom is at the lowest y, where our rows begin
+    const Window around{rect.x - border.left, rect.y - border.bottom, rect.width + border.left + border.right,
+                        rect.height + border.bottom + border.top};
     TIL_Region& region = workspace.region(plane_, written_, around);
     TIL_TileList outTiles(plane_, rect.x, rect.y, rect.x + rect.width - 1, rect.y + rect.height - 1);
     TIL_Tile* tiles = workspace.tiles(workFormat_);

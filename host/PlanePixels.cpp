@@ -43,12 +43,12 @@ PlanePixels::Arrays PlanePixels::arraysOf(TIL_Region& region)
 }
 
 /// The arrays themselves where no conversion is needed, else others to convert from or to.
-PlanePixels::Arrays PlanePixels::inOwnFormat(unsigned char format, const Arrays& arrays,
+PlanePixels::Arrays PlanePixels::inOwnFormat(unsigned char format, const Arrays& arrays, int64_t count,
                                              Workspace& workspace) const
 {
     Arrays own = arrays;
     for (size_t c = 0; c < 4 && format != format_; ++c)
-        own[c] = arrays[c] != nullptr && present_[c] ? workspace.scratch()[c].data() : nullptr;
+        own[c] = arrays[c] != nullptr && present_[c] ? workspace.scratch(count)[c].data() : nullptr;
     return own;
 }
 
@@ -58,7 +58,7 @@ void PlanePixels::load(const Band& in, const Window& rect, unsigned char format,
     const int64_t bytes = PXLbytesPerElement(format_);
     const int64_t count = static_cast<int64_t>(rect.width) * rect.height;
     const Window inside = intersection(rect, window_);
-    const Arrays own = inOwnFormat(format, arrays, workspace);
+    const Arrays own = inOwnFormat(format, arrays, count, workspace);
     if (outside == Outside::Zero && inside != rect)
         for (void* array : own)
             if (array != nullptr)
@@ -89,10 +89,11 @@ void PlanePixels::store(unsigned char format, const Arrays& arrays, Band& out, c
                         Workspace& workspace) const
 {
     const int64_t rowBytes = static_cast<int64_t>(rect.width) * PXLbytesPerElement(format_);
-    const Arrays own = inOwnFormat(format, arrays, workspace);
+    const int64_t count = static_cast<int64_t>(rect.width) * rect.height;
+    const Arrays own = inOwnFormat(format, arrays, count, workspace);
     for (size_t c = 0; c < 4 && format != format_; ++c)
         if (own[c] != nullptr)
-            convertFormat(format, arrays[c], format_, own[c], static_cast<int64_t>(rect.width) * rect.height);
+            convertFormat(format, arrays[c], format_, own[c], count);
     for (int i = 0; i < rect.height; ++i) {
         const void* rows[4] = {};
         for (size_t c = 0; c < 4; ++c)

@@ -32,7 +32,7 @@ public:
     static Arrays arraysOf(TIL_Region& region);
 
 private:
-    Arrays inOwnFormat(unsigned char format, const Arrays& arrays, Workspace& workspace) const;
+    Arrays inOwnFormat(unsigned char format, const Arrays& arrays, int64_t count, Workspace& workspace) const;
 
     Window window_;
     unsigned char format_;

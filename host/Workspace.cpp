@@ -36,14 +36,14 @@ TIL_Region& Workspace::region(const TIL_Plane& plane, const Components& present,
     return *regions_.back();
 }
 
-TIL_Buffer* Workspace::scratch()
+TIL_Buffer* Workspace::scratch(int64_t elements)
 {
-    if (scratch_ == nullptr) {
-        scratch_ = std::make_unique<TIL_Buffer[]>(4);
-        for (int c = 0; c < 4; ++c)
-            scratch_[static_cast<size_t>(c)] = TIL_Buffer(static_cast<int64_t>(side_ + 2) * (side_ + 2) * 4);
+    if (elements > scratchElements_) {
+        for (TIL_Buffer& buffer : scratch_)
+            buffer = TIL_Buffer(elements * 4);
+        scratchElements_ = elements;
     }
-    return scratch_.get();
+    return scratch_;
 }
 
 } // namespace host

@@ -28,8 +28,8 @@ public:
     /// rectangle of that size.
     TIL_Region& region(const TIL_Plane& plane, const Components& present, const Window& rect);
 
-    /// Four buffers for conversions, for elements of any format and a border of one.
-    TIL_Buffer* scratch();
+    /// Four buffers for conversions, for so many elements of any format.
+    TIL_Buffer* scratch(int64_t elements);
 
     const int thread;
     void* const stop;
@@ -44,7 +44,8 @@ private:
     int side_;
     std::vector<std::unique_ptr<Set>> sets_;
     std::vector<std::unique_ptr<TIL_Region>> regions_;
-    std::unique_ptr<TIL_Buffer[]> scratch_;
+    TIL_Buffer scratch_[4];
+    int64_t scratchElements_ = 0;
 };
 
 } // namespace host

@@ -4,6 +4,9 @@
 #include <host/Diff.h>
 #include <host/Error.h>
 
+#include <RU/framework/RU_Factories.h>
+#include <TIL/TIL_Region.h>
+
 #include <reference/Formats.h>
 
 #include <cmath>
@@ -128,39 +131,73 @@ TEST(Cook, SplitsAndThreadsDoNotMatter)
     }
 }
 
-TEST(Cook, EdgesRepeatTheBorderOfTheDataWindow)
+/// Takes each pixel from the first or last corner of what a filter may read for it, in even and odd columns.
+template <class T, bool FullRange>
+struct CornersOp : RU_FilterOp<T, FullRange>
+{
+    using RU_FilterOp<T, FullRange>::RU_FilterOp;
+    using RU_FilterOp<T, FullRange>::filter;
+
+    int filter(TIL_TileList* out, const TIL_Region* in, float, int, void*) override
+    {
+        const int last = (in->height() - out->height()) * in->width() + in->width() - out->width();
+        for (int c = 0; c < 2; ++c) {
+            T* to = nullptr;
+            out->tiles[c]->getImageData(to);
+            const T* from = static_cast<const T*>(in->getImageData(c));
+            for (int i = 0; i < out->itemCount; ++i) {
+                const int x = i % out->width(), y = i / out->width();
+                to[i] = from[y * in->width() + x + ((out->x1 + x) % 2 != 0 ? last : 0)];
+            }
+        }
+        return 1;
+    }
+};
+
+struct Corners : RU_FilterFactories<CornersOp>
+{
+    RU_Border border() const override { return around; }
+    RU_Border around;
+};
+
+TEST(Cook, AFilterReadsAsFarAsItSaysAndThePixelsAtTheEndsGoOn)
 {
     const TempDirectory dir;
     constexpr int width = 70, height = 43;
-    OIIO::ImageSpec spec(width, height, 3, OIIO::TypeDesc::FLOAT);
+    OIIO::ImageSpec spec(width, height, 3, OIIO::TypeDesc::HALF);
     spec.x = 100;
     spec.y = -7;
     TestImage image(spec);
-    for (int64_t i = 0; i < width * height * 3; ++i)
-        image.values<float>()[i] = static_cast<float>(i * i % 97) / 97.0f;
+    for (int i = 0; i < width * height * 3; ++i)
+        image.values<uint16_t>()[i] = static_cast<uint16_t>(0x2000 + i);
     image.write(dir.file("in.exr"));
+    const auto at = [&](int x, int y, int c) {
+        return static_cast<float>(
+            image.values<
+                fpreal16>()[(std::clamp(y, 0, height - 1) * width + std::clamp(x, 0, width - 1)) * 3 + c]);
+    };
     CookSettings settings;
     settings.tile = 16;
-    host::cook(dir.file("in.exr"), dir.file("out.exr"),
-               Operation::edge({true, 1.0f, 1.0f}, {true, true, false, false}), settings);
-    TestImage out = TestImage::read(dir.file("out.exr"));
-    const auto at = [&](int x, int y, int c) {
-        return image
-            .values<float>()[(std::clamp(y, 0, height - 1) * width + std::clamp(x, 0, width - 1)) * 3 + c];
-    };
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x) {
-            for (int c = 0; c < 2; ++c) {
-                float gx = 0, gy = 0;
-                for (int k = -1; k <= 1; ++k) {
-                    gx += at(x + 1, y + k, c) - at(x - 1, y + k, c);
-                    gy += at(x + k, y + 1, c) - at(x + k, y - 1, c);
-                }
-                ASSERT_NEAR(out.values<float>()[(y * width + x) * 3 + c], std::abs(gx) + std::abs(gy), 1e-5f)
-                    << x << "," << y;
-            }
-            ASSERT_EQ(out.values<float>()[(y * width + x) * 3 + 2], at(x, y, 2));
+    settings.depth = PXL_FORMAT_float32;
+    for (const RU_Border border : {RU_Border{0, 0, 0, 0}, {1, 1, 1, 1}, {30, 2, 0, 90}}) {
+        auto corners = std::make_unique<Corners>();
+        corners->around = border;
+        Operation operation;
+        operation.algorithm = std::move(corners);
+        operation.isFilter = true;
+        operation.written = {true, true, false, false};
+        host::cook(dir.file("in.exr"), dir.file("out.exr"), operation, settings);
+        TestImage out = TestImage::read(dir.file("out.exr"));
+        int wrong = 0;
+        for (int i = 0; i < width * height * 3; ++i) {
+            const int c = i % 3, x = i / 3 % width, y = i / 3 / width;
+            const bool odd = x % 2 != 0;
+            const float moved =
+                odd ? at(x + border.right, y + border.top, c) : at(x - border.left, y - border.bottom, c);
+            wrong += out.values<float>()[i] != (c < 2 ? moved : at(x, y, c));
         }
+        EXPECT_EQ(wrong, 0) << border.left;
+    }
 }
 
 TEST(Cook, OtherPlanesAreCopiedAlsoInMixedFiles)
