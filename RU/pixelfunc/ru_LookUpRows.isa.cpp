@@ -7,11 +7,12 @@
 namespace RU_ISA {
 namespace {
 
-// What goes through registers before the plain loops take the rest; answers how many entries that were.
+// Look up as many values as fill registers and return how many that were; plain loops do the rest.
 
 #if defined(__AVX512VBMI__)
 
-/// Four registers hold the table; two permutes of 128 entries each, chosen by the index's top bit.
+/// Four registers hold the table. Each of two permutes looks up in one half of it; the top bit of an index
+/// chooses between them.
 RU_INLINE int64_t bytesByVectors(const uint8_t* table, const uint8_t* in, uint8_t* out, int64_t count)
 {
     const __m512i t0 = _mm512_loadu_si512(table);
@@ -30,30 +31,59 @@ RU_INLINE int64_t bytesByVectors(const uint8_t* table, const uint8_t* in, uint8_
 
 #elif defined(__AVX2__)
 
-/// Sixteen shuffles of 16 entries each: the saturating sum sets the top bit of an index that is outside a
-/// shuffle's entries, and its result to 0.
+/// A table in sixteen parts of 16 entries, one for each shuffle. A shuffle gives entry x % 16 where the top
+/// bit of x is clear, else 0. When 16 has been subtracted k times, saturating as signed, the top bit of an
+/// x < 128 is clear as long as part k is not behind the part of x. Each part is stored as the exclusive or
+/// with the part before it, so that these shuffles together leave the entry of x. An x >= 128 has its top bit
+/// set throughout; the upper half of the table is looked up in the same way by x - 128.
+class ByteTable
+{
+public:
+    [[gnu::always_inline]] explicit ByteTable(const uint8_t* table)
+    {
+        for (int part = 0; part < 16; ++part) {
+            const bool first = part % 8 == 0; // of its half
+            const __m128i before = first ? _mm_setzero_si128() : entries(table, part - 1);
+            parts_[part] = _mm256_broadcastsi128_si256(_mm_xor_si128(entries(table, part), before));
+        }
+    }
+
+    [[gnu::always_inline]] __m256i at(__m256i index) const
+    {
+        __m256i x = index;
+        __m256i result = _mm256_setzero_si256();
+        for (int part = 0; part < 16; ++part) {
+            result = _mm256_xor_si256(result, _mm256_shuffle_epi8(parts_[part], x));
+            asm("" : "+x"(result)); // keeps the order: by pairs, as g++ would, takes too many registers
+            x = part == 7 ? _mm256_xor_si256(index, _mm256_set1_epi8(-128))
+                          : _mm256_subs_epi8(x, _mm256_set1_epi8(16));
+        }
+        return result;
+    }
+
+private:
+    [[gnu::always_inline]] static __m128i entries(const uint8_t* table, int part)
+    {
+        return _mm_loadu_si128(reinterpret_cast<const __m128i*>(table + 16 * part));
+    }
+
+    __m256i parts_[16];
+};
+
 RU_INLINE int64_t bytesByVectors(const uint8_t* table, const uint8_t* in, uint8_t* out, int64_t count)
 {
-    const __m256i outside = _mm256_set1_epi8(0x70);
+    const ByteTable parts(table);
     int64_t i = 0;
     for (; i + 32 <= count; i += 32) {
         const __m256i index = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(in + i));
-        __m256i result = _mm256_setzero_si256();
-        for (int64_t part = 0; part < 16; ++part) {
-            const auto* entries = reinterpret_cast<const __m128i*>(table + 16 * part);
-            const __m256i shuffled = _mm256_broadcastsi128_si256(_mm_loadu_si128(entries));
-            const __m256i offset = _mm256_xor_si256(index, _mm256_set1_epi8(static_cast<char>(part << 4)));
-            result =
-                _mm256_or_si256(result, _mm256_shuffle_epi8(shuffled, _mm256_adds_epu8(offset, outside)));
-        }
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + i), result);
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + i), parts.at(index));
     }
     return i;
 }
 
 #else
 
-/// Eight indexes by one load.
+/// Loads eight indexes at once.
 RU_INLINE int64_t bytesByVectors(const uint8_t* table, const uint8_t* in, uint8_t* out, int64_t count)
 {
     int64_t i = 0;
@@ -70,7 +100,7 @@ RU_INLINE int64_t bytesByVectors(const uint8_t* table, const uint8_t* in, uint8_
 
 #if defined(__AVX2__)
 
-/// Gathers 32 bits at each index and keeps the lower 16.
+/// Gathers 32 bits for each index and keeps the lower 16.
 RU_INLINE int64_t wordsByVectors(const uint16_t* table, const uint16_t* in, uint16_t* out, int64_t count)
 {
     const auto* entries = reinterpret_cast<const int*>(table);
