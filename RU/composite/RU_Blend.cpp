@@ -30,6 +30,7 @@ public:
         constexpr float full = 1.0f;
         const ru_BlendMask<Work>& masks = ru_blendRows();
         masks.of(false)(&full, &weights_.second, &weights_.first, 1, factor_);
+        weighsFirst_ = false;
     }
 
     /// A component, unless it has no output. Without a second image it is faded, without a mask its weights
@@ -44,13 +45,20 @@ public:
             weights_ = {};
         }
         const bool two = second != nullptr;
-        const ru_BlendKernels& kernels = kernelsFor(mask);
-        const ru_BlendRow<T, FullRange>& rows = kernels;
-        const ru_BlendMask<Work>& masks = kernels;
+        Plane& plane = planes_[count_];
+        plane = {first,
+                 second,
+                 mask,
+                 &kernelsFor(mask),
+                 two,
+                 swap_ && !two,
+                 mixes(two, mask != nullptr),
+                 mask != nullptr ? swap_ && two : weighsFirst_};
+        if (plane.isMix)
+            prepareMix(plane);
         if (two && constant)
-            std::fill_n(constants_[count_], std::min(piece, rows_.width), *second);
-        planes_[count_++] = {first,   second, mask, rows.of(two, mask != nullptr), masks.of(swap_ && !two),
-                             constant};
+            setConstant(plane, *second);
+        ++count_;
     }
 
     /// Always 1, as the operations answer.
@@ -65,17 +73,21 @@ public:
 
 private:
     using Work = ru_Work<T>;
-    using Weigh = typename ru_BlendMask<Work>::Weigh;
+    using MixRow = ru_MixRow<T>;
+    using Digit = typename MixRow::Digit;
     static constexpr int64_t piece = 4 * ru_chunk; ///< so that the weights stay in the nearest cache
 
     struct Plane
     {
         T* first;
-        const T* second;
+        const T* second; ///< null: constants_ has its pixels, if there are two images
         const float* mask;
-        ru_BlendKernel<T> kernel;
-        Weigh weigh;
-        bool constant;
+        const ru_BlendKernels* kernels;
+        bool two;
+        bool inverted; ///< the mask
+        bool isMix;
+        bool weighsFirst;        ///< the weight that mixes is that of the first image
+        Digit high = 0, low = 0; ///< that weight, without a mask
     };
 
     BlendPass(const RU_Blend& blend, unsigned int black, unsigned int white, const ru_TileRows& rows)
@@ -98,32 +110,105 @@ private:
         return ru_blendRows();
     }
 
+    /// Mixes take weights that share 1, and only what is a code.
+    bool mixes(bool two, bool masked) const
+    {
+        if constexpr (ru_hasMixes<T>) {
+            const Work first = weights_.first, second = weights_.second;
+            const bool shared = first >= 0 && (two ? second >= 0 && first + second == 1 : first <= 1);
+            return (masked || shared) && (two || range_.black <= PXL_FormatOf<T>::white);
+        }
+        return false;
+    }
+
+    /// What there is one of for all pieces: the weight without a mask, and black in place of a second image.
+    void prepareMix(Plane& plane)
+    {
+        if constexpr (ru_hasMixes<T>) {
+            constexpr float full = 1.0f;
+            const MixRow& rows = *plane.kernels;
+            if (plane.mask == nullptr)
+                rows.weigh(false)(&full, {&plane.high, &plane.low}, 1,
+                                  weighsFirst_ ? weights_.first : weights_.second);
+            if (!plane.two)
+                setConstant(plane, static_cast<T>(range_.black));
+        }
+    }
+
+    void setConstant(Plane& plane, T pixel)
+    {
+        plane.second = nullptr;
+        std::fill_n(constants_[&plane - planes_], std::min(piece, rows_.width), pixel);
+    }
+
     void runPiece(int64_t offset, int64_t length)
     {
         const Plane* weighed = nullptr; // whose weights are in the rows
         for (int c = 0; c < count_; ++c) {
-            const Plane& plane = planes_[c];
-            const bool two = plane.second != nullptr;
-            if (plane.mask != nullptr) {
-                if (weighed == nullptr || weighed->mask != plane.mask || weighed->weigh != plane.weigh)
-                    plane.weigh(plane.mask + offset, fraction_, rest_, length, factor_);
-                weighed = &plane;
-                weights_.firstRow = swap_ && two ? fraction_ : rest_;
-                weights_.secondRow = swap_ && two ? rest_ : fraction_;
-            }
-            const T* second = plane.constant || !two ? constants_[c] : plane.second + offset;
-            plane.kernel(plane.first + offset, second, length, weights_, range_);
+            Plane& plane = planes_[c];
+            const bool isWeighed = weighed != nullptr && weighed->mask == plane.mask &&
+                                   weighed->inverted == plane.inverted && weighed->isMix == plane.isMix;
+            if (plane.mask != nullptr && !isWeighed)
+                weighed = weigh(plane, offset, length);
+            const T* second = plane.second != nullptr ? plane.second + offset : constants_[c];
+            if (plane.isMix)
+                mix(plane, plane.first + offset, second, length);
+            else
+                add(plane, plane.first + offset, second, length);
         }
+    }
+
+    const Plane* weigh(const Plane& plane, int64_t offset, int64_t length)
+    {
+        const float* mask = plane.mask + offset;
+        if constexpr (ru_hasMixes<T>)
+            if (plane.isMix) {
+                const MixRow& rows = *plane.kernels;
+                someNaN_ = rows.weigh(plane.inverted)(mask, {high_, low_}, length, factor_);
+                return &plane;
+            }
+        const ru_BlendMask<Work>& masks = *plane.kernels;
+        masks.of(plane.inverted)(mask, fraction_, rest_, length, factor_);
+        return &plane;
+    }
+
+    /// Code by code, in whole numbers. A weight that is NaN gives code 0, as everywhere.
+    void mix(Plane& plane, T* first, const T* second, int64_t length)
+    {
+        if constexpr (ru_hasMixes<T>) {
+            const MixRow& rows = *plane.kernels;
+            const bool masked = plane.mask != nullptr;
+            const T* a = plane.weighsFirst ? second : first;
+            const T* b = plane.weighsFirst ? first : second;
+            rows.of(masked)(first, a, b, length,
+                            masked ? typename MixRow::Weights{high_, low_}
+                                   : typename MixRow::Weights{&plane.high, &plane.low});
+            for (int64_t i = 0; masked && someNaN_ && i < length; ++i)
+                if (high_[i] == MixRow::notANumber)
+                    first[i] = 0;
+        }
+    }
+
+    /// The sum of both images by any weights, in the working type.
+    void add(const Plane& plane, T* first, const T* second, int64_t length)
+    {
+        const ru_BlendRow<T, FullRange>& rows = *plane.kernels;
+        weights_.firstRow = plane.weighsFirst ? fraction_ : rest_;
+        weights_.secondRow = plane.weighsFirst ? rest_ : fraction_;
+        rows.of(plane.two, plane.mask != nullptr)(first, second, length, weights_, range_);
     }
 
     ru_Range<T> range_;
     Work factor_;
     bool swap_;
     ru_BlendWeights<Work> weights_ = {};
+    bool weighsFirst_ = true;
     ru_TileRows rows_;
     int count_ = 0;
     Plane planes_[4];
-    Work fraction_[piece], rest_[piece];
+    Work fraction_[piece], rest_[piece]; ///< weights of sums
+    Digit high_[piece], low_[piece];     ///< of mixes
+    bool someNaN_ = false;               ///< among these
     T constants_[4][piece];
 };
 

@@ -1,5 +1,6 @@
 #include <RU/composite/ru_BlendRows.h>
 
+#include <RU/composite/ru_CodeMix.h>
 #include <RU/kernel/ru_Blocks.h>
 
 namespace RU_ISA {
@@ -65,6 +66,140 @@ void weigh(const float* mask, Work* __restrict fraction, Work* __restrict rest, 
     }
 }
 
+#if defined(RU_VECTOR)
+
+/// Unpacking and packing keep within the 128-bit lanes of a register: codes that are to stay in their order
+/// have their 64-bit parts moved before the one and after the other.
+RU_INLINE Register beforeUnpacking(Register codes)
+{
+#if defined(__AVX512BW__)
+    return __builtin_shufflevector(codes, codes, 0, 4, 1, 5, 2, 6, 3, 7);
+#elif defined(__AVX2__)
+    return __builtin_shufflevector(codes, codes, 0, 2, 1, 3);
+#else
+    return codes;
+#endif
+}
+
+RU_INLINE Register afterPacking(Register codes)
+{
+#if defined(__AVX512BW__)
+    return __builtin_shufflevector(codes, codes, 0, 2, 4, 6, 1, 3, 5, 7);
+#elif defined(__AVX2__)
+    return __builtin_shufflevector(codes, codes, 0, 2, 1, 3);
+#else
+    return codes;
+#endif
+}
+
+template <class Vector>
+RU_INLINE Vector load(const void* from)
+{
+    Vector vector;
+    __builtin_memcpy(&vector, from, sizeof vector);
+    return vector;
+}
+
+RU_INLINE void store(void* to, Register codes)
+{
+    __builtin_memcpy(to, &codes, sizeof codes);
+}
+
+#endif
+
+/// The weights of a mix: the same for all codes, or rows of them.
+template <class T, bool Rows>
+class MixWeights
+{
+public:
+    using Mix = CodeMix<T>;
+    using Digit = typename Mix::Digit;
+
+    [[gnu::always_inline]] explicit MixWeights(const typename ru_MixRow<T>::Weights& weights)
+        : rows_(weights), high_(*weights.high), low_(*weights.low)
+    {
+    }
+
+    [[gnu::always_inline]] T mix(T a, T b, int64_t i) const
+    {
+        return Mix::of(a, b, Rows ? rows_.high[i] : high_, Rows ? rows_.low[i] : low_);
+    }
+
+#if defined(RU_VECTOR)
+    static constexpr int64_t step = sizeof(Register) / sizeof(T);
+
+    /// The codes from `i` on that fill a register.
+    [[gnu::always_inline]] Register mixVector(const T* a, const T* b, int64_t i) const
+    {
+        const Register x = ordered(load<Register>(a + i)), y = ordered(load<Register>(b + i));
+        const auto low = mixPairs(Mix::unpackLow(x, y), i);
+        const auto high = mixPairs(Mix::unpackHigh(x, y), i + step / 2);
+        const Register mixed = Mix::pack(low, high);
+        return Rows ? afterPacking(mixed) : mixed;
+    }
+
+private:
+    using Digits = typename Mix::Digits;
+
+    [[gnu::always_inline]] static Register ordered(Register codes)
+    {
+        return Rows ? beforeUnpacking(codes) : codes;
+    }
+    [[gnu::always_inline]] Digits mixPairs(Register pairs, int64_t i) const
+    {
+        if constexpr (Rows)
+            return Mix::ofPairs(pairs, load<Digits>(rows_.high + i), load<Digits>(rows_.low + i));
+        else
+            return Mix::ofPairs(pairs, Digits{} + high_, Digits{} + low_);
+    }
+#endif
+
+private:
+    typename ru_MixRow<T>::Weights rows_;
+    Digit high_, low_;
+};
+
+template <class T, bool Rows>
+void mixRow(T* codes, const T* a, const T* b, int64_t count, const typename ru_MixRow<T>::Weights& of)
+{
+    const MixWeights<T, Rows> weights(of);
+#if defined(RU_VECTOR)
+    constexpr int64_t step = MixWeights<T, Rows>::step;
+    if (count >= step) { // the last register is mixed first, before its codes are overwritten
+        const Register last = weights.mixVector(a, b, count - step);
+        for (int64_t i = 0; i + step <= count; i += step)
+            store(codes + i, weights.mixVector(a, b, i));
+        store(codes + count - step, last);
+        return;
+    }
+#endif
+    RU_EACH_ALONE
+    for (int64_t i = 0; i < count; ++i)
+        codes[i] = weights.mix(a[i], b[i], i);
+}
+
+template <class T, bool Inverted>
+bool weighMix(const float* mask, const typename ru_MixRow<T>::Weights& weights, int64_t count, float factor)
+{
+    using Mix = CodeMix<T>;
+    using Digit = typename Mix::Digit;
+    Digit* __restrict high = weights.high;
+    Digit* __restrict low = weights.low;
+    const ru_Clamp<float> one(1);
+    int someNaN = 0;
+    for (int64_t i = 0; i < count; ++i) {
+        const float product = (Inverted ? 1.0f - mask[i] : mask[i]) * factor;
+        const int isNaN = product != product ? -1 : 0;
+        const float positive = product > one.low ? product : one.low;
+        const float clamped = positive < one.high ? positive : one.high;
+        const int weight = static_cast<int>(clamped * Mix::one);
+        high[i] = static_cast<Digit>(Mix::high(weight) | isNaN);
+        low[i] = Mix::low(weight);
+        someNaN |= isNaN;
+    }
+    return someNaN != 0;
+}
+
 template <class T, bool FullRange, bool Two, bool Rows>
 constexpr ru_BlendKernel<T> kernelOf()
 {
@@ -82,6 +217,10 @@ constexpr ru_BlendRow<T, R> blendRows = {{{kernelOf<T, R, false, false>(), kerne
 template <class Work>
 constexpr ru_BlendMask<Work> blendMask = {{weigh<Work, false>, weigh<Work, true>}};
 
+template <class T>
+constexpr ru_MixRow<T> mixRows = {{mixRow<T, false>, mixRow<T, true>},
+                                  {weighMix<T, false>, weighMix<T, true>}};
+
 } // namespace
 
 extern constinit const ru_BlendKernels ru_blendRows = {
@@ -90,6 +229,8 @@ extern constinit const ru_BlendKernels ru_blendRows = {
 #undef RU_ROWS
         blendMask<float>,
     blendMask<double>,
+    mixRows<unsigned char>,
+    mixRows<unsigned short>,
     {RU_COMPILED_FOR}};
 
 } // namespace RU_ISA
