@@ -12,6 +12,8 @@ namespace reference {
 /// The images of a call over one rectangle, and what the output held before.
 class Scene
 {
+    TIL_Plane floats_{PXL_FORMAT_float32, 4}; // before the mask, which is made of it
+
 public:
     Scene(Format format, RU_Border border, int width, int height, int x1 = 0, int y1 = 0);
 
@@ -49,9 +51,6 @@ public:
     bool shared = false; ///< the input tiles are the output's
     Bytes held[4];       ///< what the output's tiles held
     bool inputIsConstant[4] = {};
-
-private:
-    TIL_Plane floats_{PXL_FORMAT_float32, 4};
 };
 
 /// What a pixel becomes, and how far rounding may have led from there.
