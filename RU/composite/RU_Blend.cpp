@@ -52,7 +52,7 @@ public:
                  &kernelsFor(mask),
                  two,
                  swap_ && !two,
-                 mixes(two, mask != nullptr),
+                 !ru_isEmpty<T, FullRange>(range_) && mixes(two, mask != nullptr),
                  mask != nullptr ? swap_ && two : weighsFirst_};
         if (plane.isMix)
             prepareMix(plane);
