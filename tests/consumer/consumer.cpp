@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <type_traits>
 
 namespace {
 
@@ -17,8 +18,11 @@ public:
 
     int generate(TIL_TileList* out, float, int, void*) override
     {
-        const T black = FullRange ? T(0) : static_cast<T>(out->blackPoint);
-        const T white = static_cast<T>(FullRange ? PXL_FormatOf<T>::white : out->whitePoint);
+        T black = static_cast<T>(0), white = static_cast<T>(PXL_FormatOf<T>::white);
+        if constexpr (!FullRange && std::is_integral_v<T>) {
+            black = static_cast<T>(out->blackPoint);
+            white = static_cast<T>(out->whitePoint);
+        }
         T* data;
         out->tiles[0]->getImageData(data);
         for (int i = 0; i < out->itemCount; i++)
