@@ -38,28 +38,16 @@ std::vector<T> values()
     return all;
 }
 
-/// Some values at some distance from a 16-byte boundary, and around them what nobody may change.
+/// Some values at some distance from a 16-byte boundary, behind and before what nobody may change.
+constexpr int margin = 32;
 template <class T>
-class Row
+std::vector<T> padded(const std::vector<T>& from, Random& random, int count, int offset)
 {
-public:
-    Row(const std::vector<T>& from, Random& random, int count, int offset)
-        : count_(count), first_(16 + offset), all_(static_cast<size_t>(first_ + count + 40), guard)
-    {
-        std::copy_n(from.begin() + random.between(0, static_cast<int>(from.size()) - count), count, data());
-    }
-    T* data() { return all_.data() + first_; }
-    bool guardsIntact()
-    {
-        return std::count(all_.data(), data(), guard) == first_ &&
-               std::count(data() + count_, all_.data() + all_.size(), guard) == 40;
-    }
-
-private:
-    static constexpr T guard = 77;
-    int count_, first_;
-    std::vector<T> all_;
-};
+    std::vector<T> row(static_cast<size_t>(margin + offset + count + margin), T(77));
+    std::copy_n(from.begin() + random.between(0, static_cast<int>(from.size()) - count), count,
+                row.begin() + margin + offset);
+    return row;
+}
 
 /// Every operation, with and without alphas, over rows of many lengths and places; on boundaries long rows take
 /// the kernels of the process's instruction set, the others the baseline's.
@@ -81,29 +69,36 @@ void testRows(const Call& call, const Right& right)
         for (const int given : {0, 1, 2, 3})
             for (const int count : counts)
                 for (int run = count > 100 ? 0 : 14; run < 20; ++run) {
-                    const auto offset = [&] { return run < 16 ? (run + count) % 16 : random.between(0, 15); };
-                    Row<T> dst(colours, random, count, offset()), src(colours, random, count, offset());
-                    Row<U> dstAlpha(alphas, random, count, offset()),
-                        srcAlpha(alphas, random, count, offset());
-                    const T* s = run == 18 ? dst.data() : src.data();
-                    const U *sA = srcAlpha.data(), *dA = dstAlpha.data();
+                    const auto place = [&] { return run < 16 ? (run + count) % 16 : random.between(0, 15); };
+                    const int at[] = {place(), place(), place(), place()};
+                    std::vector<T> dst = padded(colours, random, count, at[0]), before = dst,
+                                   src = padded(colours, random, count, at[1]);
+                    const std::vector<U> dstAlpha = padded(alphas, random, count, at[2]),
+                                         srcAlpha = padded(alphas, random, count, at[3]);
+                    T* d = dst.data() + margin + at[0];
+                    const T* s = run == 18 ? d : src.data() + margin + at[1];
+                    const U *sA = srcAlpha.data() + margin + at[3], *dA = dstAlpha.data() + margin + at[2];
                     if constexpr (std::is_same_v<T, U>)
                         if (run == 19) { // an alpha is composited with itself
-                            sA = src.data();
-                            dA = dst.data();
+                            sA = s;
+                            dA = d;
                         }
-                    const std::vector<T> d(dst.data(), dst.data() + count), source(s, s + count);
+                    const std::vector<T> source(s, s + count), destination(d, d + count);
                     const std::vector<U> sourceAlpha(sA, sA + count), alpha(dA, dA + count);
                     const int rows = count % 2 == 0 && count > 100 ? 2 : 1;
-                    call(static_cast<RU_CompositeType>(type), rows, count / rows, dst.data(),
-                         given & 1 ? dA : nullptr, s, given & 2 ? sA : nullptr);
-                    ASSERT_TRUE(dst.guardsIntact()) << type << ", " << count << " values, run " << run;
-                    for (size_t i = 0; i < d.size(); ++i)
-                        ASSERT_TRUE(right(type, i, source[i], d[i], given & 2 ? &sourceAlpha[i] : nullptr,
-                                          given & 1 ? &alpha[i] : nullptr, dst.data()[i]))
+                    call(static_cast<RU_CompositeType>(type), rows, count / rows, d, given & 1 ? dA : nullptr,
+                         s, given & 2 ? sA : nullptr);
+                    const std::vector<T> stored(d, d + count);
+                    for (size_t i = 0; i < stored.size(); ++i)
+                        ASSERT_TRUE(right(type, i, source[i], destination[i],
+                                          given & 2 ? &sourceAlpha[i] : nullptr,
+                                          given & 1 ? &alpha[i] : nullptr, stored[i]))
                             << "operation " << type << ", alphas " << given << ", " << i << " of " << count
-                            << ", run " << run << ": s " << +source[i] << ", d " << +d[i] << ", sA "
-                            << +sourceAlpha[i] << ", dA " << +alpha[i] << ", stored " << +dst.data()[i];
+                            << ", run " << run << ": s " << +source[i] << ", d " << +destination[i] << ", sA "
+                            << +sourceAlpha[i] << ", dA " << +alpha[i] << ", stored " << +stored[i];
+                    std::ranges::copy(destination, d);
+                    ASSERT_EQ(std::memcmp(dst.data(), before.data(), dst.size() * sizeof(T)), 0)
+                        << "beyond its ends";
                 }
 }
 

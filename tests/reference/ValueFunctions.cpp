@@ -65,30 +65,20 @@ void addArithmetic(Catalogue& list)
     list.add("Round", new RU_RoundFunc, 0, OF(std::floor(v + 0.5f)));
 }
 
+/// The upper test sees what the lower one made.
 void addLimits(Catalogue& list)
 {
-    struct Ends
-    {
-        bool useLower;
-        float low;
-        bool useUpper;
-        float high;
-    };
     for (const bool clamp : {false, true})
-        for (const auto& [useLower, low, useUpper, high] :
-             {Ends{false, 0.2f, false, 0.8f},
-              {true, 0.2f, false, 0.1f},
-              {false, 0.9f, true, 0.8f},
-              {true, 0.25f, true, 1.5f},
-              {true, 0.5f, true, -0.5f}}) { // the upper test sees what the lower one made
-            const auto raised = [=, useLower = useLower, low = low](float v) {
-                return useLower && v < low ? (clamp ? low : 0.0f) : v;
-            };
-            list.add("Limit", new RU_LimitFunc(useLower, low, useUpper, high, clamp), 0,
-                     [=, useUpper = useUpper, high = high](float v, int) {
-                         return useUpper && raised(v) > high ? (clamp ? high : 0.0f) : raised(v);
-                     });
-        }
+        for (const bool lower : {false, true})
+            for (const bool upper : {false, true})
+                for (const auto& [low, high] : {std::pair(0.25f, 1.5f), {0.5f, -0.5f}}) {
+                    const float below = clamp ? low : 0.0f, above = clamp ? high : 0.0f;
+                    const auto raised = [=, low = low](float v) { return lower && v < low ? below : v; };
+                    list.add("Limit", new RU_LimitFunc(lower, low, upper, high, clamp), 0,
+                             [=, high = high](float v, int) {
+                                 return upper && raised(v) > high ? above : raised(v);
+                             });
+                }
 }
 
 void addPowers(Catalogue& list)
@@ -107,10 +97,9 @@ void addPowers(Catalogue& list)
         for (const float base : {10.0f, 0.5f, -2.0f, 1.0f, 0.0f}) {
             const double scale = std::log(std::abs(double(base)));
             const double factor = scale == 0 || base == 0 ? HUGE_VAL : 1 / scale;
+            const auto otherwise = OF(replace ? -1.5f : v);
             list.add("Log", new RU_LogFunc(base, replace, -1.5f), 2.0,
-                     OF(v > 0     ? std::log(double(v)) * factor
-                        : replace ? -1.5f
-                                  : v));
+                     OF(v > 0 ? std::log(double(v)) * factor : otherwise(v, 0)));
         }
 }
 
@@ -120,19 +109,14 @@ void addTrigonometry(Catalogue& list)
     list.add("Sin", new RU_SinFunc(2.1f, 0.5f), 0.55, OF(std::sin(double(v * 2.1f + 0.5f))));
     list.add("Atan", new RU_AtanFunc(0.6f), 1.6, OF(std::atan(double(v)) * 0.6f));
     for (const bool replace : {false, true}) {
+        const auto otherwise = OF(replace ? 9.0f : v);
         for (const float scale : {1.0f, 2.0f})
             list.add("Tan", new RU_TanFunc(scale, replace, 9.0f), 0.55,
-                     OF(std::abs(v * scale) != 1.5707964f ? std::tan(double(v * scale))
-                        : replace                         ? 9.0f
-                                                          : v));
+                     OF(std::abs(v * scale) != 1.5707964f ? std::tan(double(v * scale)) : otherwise(v, 0)));
         list.add("Asin", new RU_AsinFunc(0.6f, replace, 9.0f), 1.6,
-                 OF(v == v    ? std::asin(double(v)) * 0.6f
-                    : replace ? 9.0f
-                              : v));
+                 OF(v == v ? std::asin(double(v)) * 0.6f : otherwise(v, 0)));
         list.add("Acos", new RU_AcosFunc(0.6f, replace, 9.0f), 1.6,
-                 OF(v == v    ? std::acos(double(v)) * 0.6f
-                    : replace ? 9.0f
-                              : v));
+                 OF(v == v ? std::acos(double(v)) * 0.6f : otherwise(v, 0)));
     }
     list.add("Sinh", new RU_SinhFunc(1.5f), 0.55, OF(std::sinh(double(v * 1.5f))));
     list.add("Cosh", new RU_CoshFunc(0.7f), 0.55, OF(std::cosh(double(v * 0.7f))));
