@@ -55,7 +55,7 @@ public:
         if (table && format.isHalf() && format.full && !std::isfinite(pixel[component]))
             exact = 0.0;
         const double slack = tolerance_ == 0.0 ? 0.0 : tolerance_ * (1.0 + std::abs(exact));
-        if (format.isInteger() && write.black == 0)
+        if (write.white != read.white) // clamped before it is scaled
             exact = std::clamp(exact, 0.0, 1.0);
         return Exact{exact, std::isfinite(slack) ? slack : 0.0, write, !engine_.function->isScoped(c)};
     }
