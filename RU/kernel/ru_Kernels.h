@@ -57,6 +57,7 @@ struct ru_KernelTable
 #define RU_FOR_EACH_KERNEL_TABLE(X)                                                                          \
     X(ru_ConvertKernels, ru_convertRows)                                                                     \
     X(ru_ExpressionKernels, ru_expressionRows)                                                               \
+    X(ru_LineKernels, ru_lineRows)                                                                           \
     X(ru_VectorKernels, ru_vectorRows)                                                                       \
     X(ru_CurveKernels, ru_curveRows)                                                                         \
     X(ru_LookUpKernels, ru_lookUpRows)                                                                       \

@@ -4,9 +4,9 @@
 
 RU_FUNCTION_FORMS(RU_AddFunc)
 
-ru_Add RU_AddFunc::expression(int) const
+ru_Line RU_AddFunc::expression(int) const
 {
-    return {add_};
+    return {.add = add_};
 }
 
 void RU_AddFunc::getPixelShader(UT_String& body)

@@ -2,7 +2,7 @@
 
 #include <RU/pixelfunc/RU_PixelFunction.h>
 
-struct ru_Add;
+struct ru_Line;
 
 /// v + add.
 class RU_API RU_AddFunc : public RU_PixelFunction
@@ -17,7 +17,7 @@ public:
 private:
     template <class>
     friend struct ru_Forms;
-    ru_Add expression(int component) const; ///< the arithmetic for one component
+    ru_Line expression(int component) const; ///< the arithmetic for one component
 
     float add_;
 };

@@ -120,10 +120,10 @@ float RU_ColorCurve::evaluate(float x) const
     return table_ != nullptr ? table_->evaluate(x) : 0.0f;
 }
 
-void RU_ColorCurve::evaluate(float* values, int64_t count) const
+void RU_ColorCurve::evaluate(const float* in, float* out, int64_t count) const
 {
     if (table_ != nullptr)
-        table_->evaluate(values, count);
+        table_->evaluate(in, out, count);
     else
-        std::fill(values, values + count, 0.0f);
+        std::fill(out, out + count, 0.0f);
 }

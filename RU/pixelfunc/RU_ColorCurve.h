@@ -42,8 +42,8 @@ public:
 
     /// y at x; NaN gives the y at which the last segment starts.
     float evaluate(float x) const;
-    /// `count` values in place, bit for bit as one by one.
-    void evaluate(float* values, int64_t count) const;
+    /// `count` values, bit for bit as one by one. `in` and `out` are the same row or apart.
+    void evaluate(const float* in, float* out, int64_t count) const;
 
     int64_t keyCount() const { return keyX_.entries(); }
     float keyX(int64_t key) const { return keyX_(key); }

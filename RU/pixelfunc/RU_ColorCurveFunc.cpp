@@ -1,5 +1,6 @@
 #include <RU/pixelfunc/RU_ColorCurveFunc.h>
 
+#include <RU/pixelfunc/ru_ChainRows.h>
 #include <RU/pixelfunc/ru_CurveShader.h>
 
 #include <algorithm>
@@ -43,10 +44,12 @@ float RU_ColorCurveFunc::curve(RU_PixelFunction* function, float value, int comp
 
 RU_RowForm RU_ColorCurveFunc::getRowFunction() const
 {
-    return [](RU_PixelFunction* function, float* values, int64_t count, int component) {
+    return {[](RU_PixelFunction* function, const float* in, float* out, int64_t count, int component) {
         if (const RU_ColorCurve* curve = asCurves(function).curveOf(component); curve != nullptr)
-            curve->evaluate(values, count);
-    };
+            curve->evaluate(in, out, count);
+        else
+            ru_copyRow(in, out, count);
+    }};
 }
 
 void RU_ColorCurveFunc::declareConstants(const RU_ColorCurve& curve, int index)

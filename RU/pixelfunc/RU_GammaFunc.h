@@ -2,6 +2,7 @@
 
 #include <RU/pixelfunc/RU_PixelFunction.h>
 
+struct ru_Exponent;
 struct ru_Gamma;
 
 /// v^(1 / gamma), odd about 0: -((-v)^(1 / gamma)) below it; 0 and 1 stay exactly what they are. One gamma
@@ -25,6 +26,9 @@ private:
     friend struct ru_Forms;
     ru_Gamma expression(int component) const; ///< the arithmetic for one component
 
+    void set(int component, float gamma);
+
     float igamma_[4];
+    std::shared_ptr<const ru_Exponent> exponents_[4]; ///< the same, made ready
     bool perComponent_;
 };

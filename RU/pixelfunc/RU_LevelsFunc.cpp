@@ -13,23 +13,31 @@ const RU_LevelsFunc& levelsOf(const RU_PixelFunction* function)
 } // namespace
 
 RU_LevelsFunc::Step::Step(float inBlack, float inWhite, float gamma, float outBlack, float outWhite)
-    : igamma(1.0f / gamma)
+    : igamma(1.0f / gamma), exponent(bends() ? std::make_shared<ru_Exponent>(igamma) : nullptr)
 {
-    const auto bent = [this](float v) { return bends() ? RU_GammaFunc::gamma(v, igamma) : v; };
     colourMap(bent(inBlack), bent(inWhite), outBlack, outWhite, factor, addend);
+}
+
+float RU_LevelsFunc::Step::bent(float v) const
+{
+    return bends() ? ru_Gamma{exponent.get()}(v) : v;
+}
+
+ru_Line RU_LevelsFunc::Step::line() const
+{
+    return {.mult = factor, .add = addend};
 }
 
 float RU_LevelsFunc::Step::operator()(float v) const
 {
-    return ru_oneNaN(bends() ? ru_GammaLine{igamma, factor, addend}(v) : ru_MAdd{factor, addend}(v));
+    return line()(bent(v));
 }
 
-void RU_LevelsFunc::Step::row(float* values, int64_t count) const
+void RU_LevelsFunc::Step::addSteps(ru_RowSteps& steps) const
 {
     if (bends())
-        ru_runRow(ru_GammaLine{igamma, factor, addend}, values, count);
-    else
-        ru_runRow(ru_MAdd{factor, addend}, values, count);
+        steps.add(ru_Gamma{exponent.get()});
+    steps.add(line());
 }
 
 RU_LevelsFunc::RU_LevelsFunc(float inBlack, float inWhite, float gamma, float outBlack, float outWhite,
@@ -87,30 +95,34 @@ RU_ScalarForm RU_LevelsFunc::getPixelFunction() const
 
 RU_RowForm RU_LevelsFunc::getRowFunction() const
 {
-    return isFast() ? fastRow : safeRow;
+    return {row, addSteps};
 }
 
 float RU_LevelsFunc::fastLevels(RU_PixelFunction* function, float value, int component)
 {
-    return levelsOf(function).fast_[component](value);
+    return ru_oneNaN(levelsOf(function).fast_[component](value));
 }
 
 float RU_LevelsFunc::safeLevels(RU_PixelFunction* function, float value, int component)
 {
     const RU_LevelsFunc& levels = levelsOf(function);
-    return levels.global_(levels.components_[component](value));
+    return ru_oneNaN(levels.global_(levels.components_[component](value)));
 }
 
-void RU_LevelsFunc::fastRow(RU_PixelFunction* function, float* values, int64_t count, int component)
+void RU_LevelsFunc::addSteps(const RU_PixelFunction& function, int component, ru_RowSteps& steps)
 {
-    levelsOf(function).fast_[component].row(values, count);
+    const RU_LevelsFunc& levels = levelsOf(&function);
+    if (levels.isFast())
+        return levels.fast_[component].addSteps(steps);
+    levels.components_[component].addSteps(steps);
+    levels.global_.addSteps(steps);
 }
 
-void RU_LevelsFunc::safeRow(RU_PixelFunction* function, float* values, int64_t count, int component)
+void RU_LevelsFunc::row(RU_PixelFunction* function, const float* in, float* out, int64_t count, int component)
 {
-    const RU_LevelsFunc& levels = levelsOf(function);
-    levels.components_[component].row(values, count);
-    levels.global_.row(values, count);
+    ru_RowSteps steps;
+    addSteps(*function, component, steps);
+    steps.run(in, out, count);
 }
 
 void RU_LevelsFunc::getPixelShader(UT_String& body)

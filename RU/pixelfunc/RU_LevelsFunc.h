@@ -2,6 +2,9 @@
 
 #include <RU/pixelfunc/RU_PixelFunction.h>
 
+struct ru_Exponent;
+struct ru_Line;
+
 /// Levels: moves black and white, and bends what lies between them. First for each component, then for all:
 ///
 ///     w      = gamma_c(v) * factor_c + addend_c      the line through (gamma_c(inBlack_c), outBlack_c)
@@ -43,20 +46,23 @@ private:
         Step() = default;
         Step(float inBlack, float inWhite, float gamma, float outBlack, float outWhite);
         bool bends() const { return igamma != 1.0f; }
+        float bent(float v) const;
+        ru_Line line() const;
         float operator()(float v) const;
-        void row(float* values, int64_t count) const;
+        void addSteps(ru_RowSteps& steps) const;
 
         float igamma = 1.0f;
+        std::shared_ptr<const ru_Exponent> exponent; ///< the same, made ready; null for 1
         float factor = 1.0f;
         float addend = 0.0f;
     };
 
     /// The two lines of a component as one.
     static float fastLevels(RU_PixelFunction* function, float value, int component);
-    static void fastRow(RU_PixelFunction* function, float* values, int64_t count, int component);
     /// Step by step.
     static float safeLevels(RU_PixelFunction* function, float value, int component);
-    static void safeRow(RU_PixelFunction* function, float* values, int64_t count, int component);
+    static void addSteps(const RU_PixelFunction& function, int component, ru_RowSteps& steps);
+    static void row(RU_PixelFunction* function, const float* in, float* out, int64_t count, int component);
     void set(int component, const Step& step);
     bool bendsComponents() const;
     bool isFast() const;

@@ -13,11 +13,13 @@ RU_LimitFunc::RU_LimitFunc(bool useLower, float lower, bool useUpper, float uppe
 {
 }
 
-ru_Limit RU_LimitFunc::expression(int) const
+ru_Line RU_LimitFunc::expression(int) const
 {
     constexpr float unlimited = std::numeric_limits<float>::infinity();
-    return {has(useLowerFlag) ? lower_ : -unlimited, has(clampFlag) ? lower_ : 0.0f,
-            has(useUpperFlag) ? upper_ : unlimited, has(clampFlag) ? upper_ : 0.0f};
+    return {.lower = has(useLowerFlag) ? lower_ : -unlimited,
+            .belowValue = has(clampFlag) ? lower_ : 0.0f,
+            .upper = has(useUpperFlag) ? upper_ : unlimited,
+            .aboveValue = has(clampFlag) ? upper_ : 0.0f};
 }
 
 void RU_LimitFunc::getPixelShader(UT_String& body)

@@ -2,7 +2,7 @@
 
 #include <RU/pixelfunc/RU_PixelFunction.h>
 
-struct ru_Limit;
+struct ru_Line;
 
 /// Keeps v between limits, each used or not. What lies beyond becomes the limit with `clamp`, else 0; a
 /// value equal to a limit stays. The upper test sees what the lower one made of the value.
@@ -18,7 +18,7 @@ public:
 private:
     template <class>
     friend struct ru_Forms;
-    ru_Limit expression(int component) const; ///< the arithmetic for one component
+    ru_Line expression(int component) const; ///< the arithmetic for one component
 
     enum Flag : unsigned char { useLowerFlag = 1, useUpperFlag = 2, clampFlag = 4 };
     bool has(Flag flag) const { return (flags_ & flag) != 0; }

@@ -61,7 +61,7 @@ RU_ScalarForm RU_LookupClipFunc::getPixelFunction() const
 
 RU_RowForm RU_LookupClipFunc::getRowFunction() const
 {
-    return lookUpRow;
+    return {lookUpRow};
 }
 
 float RU_LookupClipFunc::lookUp(RU_PixelFunction* function, float value, int component)
@@ -70,16 +70,16 @@ float RU_LookupClipFunc::lookUp(RU_PixelFunction* function, float value, int com
     return track != nullptr ? ru_oneNaN(track->evaluate(value)) : 0.0f;
 }
 
-void RU_LookupClipFunc::lookUpRow(RU_PixelFunction* function, float* values, int64_t count, int component)
+void RU_LookupClipFunc::lookUpRow(RU_PixelFunction* function, const float* in, float* out, int64_t count,
+                                  int component)
 {
     const CL_Track* track = static_cast<RU_LookupClipFunc*>(function)->track(component);
     if (track == nullptr)
-        ru_runRow(ru_Lookup{}, values, count);
+        ru_runRow(ru_Lookup{}, in, out, count);
     else if (track->isSampled())
-        ru_runRow(ru_Lookup{track->channel()}, values, count);
+        ru_runRow(ru_Lookup{track->channel()}, in, out, count);
     else
-        std::transform(values, values + count, values,
-                       [track](float v) { return ru_oneNaN(track->evaluate(v)); });
+        std::transform(in, in + count, out, [track](float v) { return ru_oneNaN(track->evaluate(v)); });
 }
 
 void RU_LookupClipFunc::getPixelShader(UT_String& body)

@@ -27,7 +27,8 @@ public:
 
 private:
     static float lookUp(RU_PixelFunction* function, float value, int component);
-    static void lookUpRow(RU_PixelFunction* function, float* values, int64_t count, int component);
+    static void lookUpRow(RU_PixelFunction* function, const float* in, float* out, int64_t count,
+                          int component);
     int trackCount() const;
     const CL_Track* track(int component) const; ///< null: missing
 

@@ -14,9 +14,9 @@ RU_MAddFunc::RU_MAddFunc(const float* mult, const float* add)
 {
 }
 
-ru_MAdd RU_MAddFunc::expression(int component) const
+ru_Line RU_MAddFunc::expression(int component) const
 {
-    return {mult_[component], add_[component]};
+    return {.mult = mult_[component], .add = add_[component]};
 }
 
 void RU_MAddFunc::getPixelShader(UT_String& body)

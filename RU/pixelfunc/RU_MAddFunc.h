@@ -2,7 +2,7 @@
 
 #include <RU/pixelfunc/RU_PixelFunction.h>
 
-struct ru_MAdd;
+struct ru_Line;
 
 /// v * mult + add, rounded after each step. One pair for all components, or a pair for each.
 class RU_API RU_MAddFunc : public RU_PixelFunction
@@ -19,7 +19,7 @@ public:
 private:
     template <class>
     friend struct ru_Forms;
-    ru_MAdd expression(int component) const; ///< the arithmetic for one component
+    ru_Line expression(int component) const; ///< the arithmetic for one component
 
     float mult_[4];
     float add_[4];

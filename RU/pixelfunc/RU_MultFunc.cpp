@@ -4,9 +4,9 @@
 
 RU_FUNCTION_FORMS(RU_MultFunc)
 
-ru_Mult RU_MultFunc::expression(int) const
+ru_Line RU_MultFunc::expression(int) const
 {
-    return {mult_};
+    return {.mult = mult_};
 }
 
 void RU_MultFunc::getPixelShader(UT_String& body)

@@ -2,7 +2,7 @@
 
 #include <RU/pixelfunc/RU_PixelFunction.h>
 
-struct ru_Mult;
+struct ru_Line;
 
 /// v * mult.
 class RU_API RU_MultFunc : public RU_PixelFunction
@@ -17,7 +17,7 @@ public:
 private:
     template <class>
     friend struct ru_Forms;
-    ru_Mult expression(int component) const; ///< the arithmetic for one component
+    ru_Line expression(int component) const; ///< the arithmetic for one component
 
     float mult_;
 };

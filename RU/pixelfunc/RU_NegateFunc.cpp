@@ -4,9 +4,9 @@
 
 RU_FUNCTION_FORMS(RU_NegateFunc)
 
-ru_Negate RU_NegateFunc::expression(int) const
+ru_Line RU_NegateFunc::expression(int) const
 {
-    return {};
+    return {.mult = -1.0f};
 }
 
 void RU_NegateFunc::getPixelShader(UT_String& body)

@@ -2,7 +2,7 @@
 
 #include <RU/pixelfunc/RU_PixelFunction.h>
 
-struct ru_Negate;
+struct ru_Line;
 
 /// -v.
 class RU_API RU_NegateFunc : public RU_PixelFunction
@@ -15,5 +15,5 @@ public:
 private:
     template <class>
     friend struct ru_Forms;
-    ru_Negate expression(int component) const; ///< the arithmetic for one component
+    ru_Line expression(int component) const; ///< the arithmetic for one component
 };

@@ -1,6 +1,7 @@
 #include <RU/pixelfunc/RU_PixelFunction.h>
 
 #include <RU/pixelfunc/ru_ChainRows.h>
+#include <RU/pixelfunc/ru_RowSteps.h>
 
 #include <mutex>
 #include <utility>
@@ -40,7 +41,7 @@ RU_VectorForm RU_PixelFunction::getVectorFunction() const
 RU_RowForm RU_PixelFunction::getRowFunction() const
 {
     rememberScalarFunction();
-    return defaultRowFunction;
+    return {defaultRowFunction};
 }
 
 RU_VectorRowForm RU_PixelFunction::getVectorRowFunction() const
@@ -101,13 +102,13 @@ void RU_PixelFunction::buildPixelEngine()
     if (pixelEngine_.entries() != 0)
         return;
     UT_PtrArray<RU_ScalarForm> scalars;
-    UT_PtrArray<RU_RowForm> rows;
+    const auto rows = std::make_shared<ru_ComponentSteps>();
     for (RU_PixelFunction* f = this; f != nullptr; f = f->next_) {
         scalars.append(f->getPixelFunction());
-        rows.append(f->getRowFunction());
+        rows->add(*f);
         appendToEngine(f, scalars.entries());
     }
-    rowEngine_ = std::move(rows);
+    rowSteps_ = rows;
     pixelEngine_ = std::move(scalars);
 }
 
@@ -117,13 +118,13 @@ void RU_PixelFunction::buildVectorEngine()
     if (vectorEngine_.entries() != 0)
         return;
     UT_PtrArray<RU_VectorForm> vectors;
-    UT_PtrArray<RU_VectorRowForm> rows;
+    const auto rows = std::make_shared<ru_PixelSteps>();
     for (RU_PixelFunction* f = this; f != nullptr; f = f->next_) {
         vectors.append(f->getVectorFunction());
-        rows.append(f->getVectorRowFunction());
+        rows->add(*f);
         appendToEngine(f, vectors.entries());
     }
-    vectorRowEngine_ = std::move(rows);
+    pixelSteps_ = rows;
     vectorEngine_ = std::move(vectors);
 }
 
@@ -137,13 +138,12 @@ float RU_PixelFunction::processValue(float value, int component) const
     return value;
 }
 
-void RU_PixelFunction::processRow(float* values, int64_t count, int component) const
+void RU_PixelFunction::processRow(const float* in, float* out, int64_t count, int component) const
 {
-    for (int64_t i = 0; i < rowEngine_.entries(); ++i) {
-        RU_PixelFunction* function = engineFunctions_(i);
-        if (function->isScoped(component))
-            rowEngine_(i)(function, values, count, component);
-    }
+    if (rowSteps_ != nullptr)
+        rowSteps_->of[component].run(in, out, count);
+    else
+        ru_copyRow(in, out, count);
 }
 
 void RU_PixelFunction::processValues(float** components) const
@@ -156,12 +156,10 @@ void RU_PixelFunction::processValues(float** components) const
 
 void RU_PixelFunction::processRows(const float* const* in, float* const* out, int64_t count) const
 {
-    if (vectorRowEngine_.entries() == 0)
+    if (pixelSteps_ != nullptr)
+        pixelSteps_->run(in, out, count);
+    else
         copyRows(in, out, count);
-    for (int64_t i = 0; i < vectorRowEngine_.entries(); ++i) {
-        RU_PixelFunction* function = engineFunctions_(i);
-        vectorRowEngine_(i)(function, i == 0 ? in : out, out, count, function->scope_);
-    }
 }
 
 float RU_PixelFunction::defaultPixelFunction(RU_PixelFunction*, float value, int)
@@ -177,21 +175,22 @@ void RU_PixelFunction::defaultVectorFunction(RU_PixelFunction* function, float**
             *components[c] = function->scalarFunction_(function, *components[c], c);
 }
 
-void RU_PixelFunction::defaultRowFunction(RU_PixelFunction* function, float* values, int64_t count,
-                                          int component)
+void RU_PixelFunction::defaultRowFunction(RU_PixelFunction* function, const float* in, float* out,
+                                          int64_t count, int component)
 {
     for (int64_t i = 0; i < count; ++i)
-        values[i] = function->scalarFunction_(function, values[i], component);
+        out[i] = function->scalarFunction_(function, in[i], component);
 }
 
 void RU_PixelFunction::defaultVectorRowFunction(RU_PixelFunction* function, const float* const* in,
                                                 float* const* out, int64_t count, const bool* scope)
 {
-    copyRows(in, out, count);
     const RU_RowForm form = function->getRowFunction();
     for (int c = 0; c < 4; ++c)
-        if (out[c] != nullptr && scope[c])
-            form(function, out[c], count, c);
+        if (in[c] == nullptr || !scope[c])
+            ru_copyRow(in[c], out[c], count);
+        else
+            form.run(function, in[c], out[c], count, c);
 }
 
 void RU_PixelFunction::pixelByPixel(RU_PixelFunction* function, const float* const* in, float* const* out,

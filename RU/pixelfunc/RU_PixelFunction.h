@@ -5,8 +5,12 @@
 #include <UT/UT_PtrArray.h>
 
 #include <cstdint>
+#include <memory>
 
 class RU_PixelFunction;
+class ru_PixelSteps;
+class ru_RowSteps;
+struct ru_ComponentSteps;
 template <class Function>
 struct ru_Forms;
 
@@ -14,8 +18,14 @@ struct ru_Forms;
 using RU_ScalarForm = float (*)(RU_PixelFunction* function, float value, int component);
 /// One pixel: pointers to its red, green, blue and alpha values, null where a component is absent.
 using RU_VectorForm = void (*)(RU_PixelFunction* function, float** components, const bool* scope);
-/// `count` values of one component, changed in place: the scalar form on each, bit for bit.
-using RU_RowForm = void (*)(RU_PixelFunction* function, float* values, int64_t count, int component);
+/// `count` values of one component: the scalar form on each, bit for bit.
+struct RU_RowForm
+{
+    /// `in` and `out` are the same row or apart.
+    void (*run)(RU_PixelFunction* function, const float* in, float* out, int64_t count, int component);
+    /// For the library's own functions: what they consist of, which a chain joins with their neighbours.
+    void (*addSteps)(const RU_PixelFunction& function, int component, ru_RowSteps& steps) = nullptr;
+};
 /// `count` pixels: rows of red, green, blue and alpha values, null in both where a component is absent. A row
 /// of `out` is that of `in` or apart from all of them; what the function does not change is copied. The
 /// vector form on each pixel, bit for bit.
@@ -54,6 +64,8 @@ public:
     virtual void getPixelShader(UT_String& body);
     virtual RU_RowForm getRowFunction() const;
     virtual RU_VectorRowForm getVectorRowFunction() const;
+    /// The vector form is the scalar form on each component.
+    bool takesSingleValues() const { return getVectorRowFunction() == defaultVectorRowFunction; }
 
     void setNext(RU_PixelFunction* next) { next_ = next; }
     RU_PixelFunction* next() const { return next_; }
@@ -77,12 +89,15 @@ public:
 
     /// The chain on one value. Unchanged before buildPixelEngine().
     float processValue(float value, int component) const;
-    /// The chain on `count` values in place; processValue() on each, bit for bit.
-    void processRow(float* values, int64_t count, int component) const;
+    /// The chain on `count` values; processValue() on each, bit for bit. `in` and `out` are the same row or
+    /// apart.
+    void processRow(const float* in, float* out, int64_t count, int component) const;
     /// The chain on one pixel. Unchanged before buildVectorEngine().
     void processValues(float** components) const;
     /// The chain on `count` pixels; processValues() on each, bit for bit.
     void processRows(const float* const* in, float* const* out, int64_t count) const;
+    /// The chain as steps over pixels, after buildVectorEngine().
+    const ru_PixelSteps& pixelSteps() const { return *pixelSteps_; }
 
     // Shaders. The head of a chain collects what its functions declare.
 
@@ -99,7 +114,8 @@ public:
 protected:
     static float defaultPixelFunction(RU_PixelFunction* function, float value, int component);
     static void defaultVectorFunction(RU_PixelFunction* function, float** components, const bool* scope);
-    static void defaultRowFunction(RU_PixelFunction* function, float* values, int64_t count, int component);
+    static void defaultRowFunction(RU_PixelFunction* function, const float* in, float* out, int64_t count,
+                                   int component);
     /// The row form on each component.
     static void defaultVectorRowFunction(RU_PixelFunction* function, const float* const* in,
                                          float* const* out, int64_t count, const bool* scope);
@@ -141,6 +157,6 @@ private:
     RU_ShaderBuilder* builder_ = nullptr; ///< the head's, while this function declares its shader
     RU_ShaderBuilder shader_;             ///< of the chain that starts here
 
-    UT_PtrArray<RU_RowForm> rowEngine_;             ///< filled along with the pixel engine
-    UT_PtrArray<RU_VectorRowForm> vectorRowEngine_; ///< filled along with the vector engine
+    std::shared_ptr<const ru_ComponentSteps> rowSteps_; ///< made along with the pixel engine
+    std::shared_ptr<const ru_PixelSteps> pixelSteps_;   ///< made along with the vector engine
 };

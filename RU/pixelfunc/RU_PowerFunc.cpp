@@ -4,9 +4,11 @@
 
 RU_FUNCTION_FORMS(RU_PowerFunc)
 
+RU_PowerFunc::RU_PowerFunc(float expon) : expon_(expon), exponent_(std::make_shared<ru_Exponent>(expon)) {}
+
 ru_Power RU_PowerFunc::expression(int) const
 {
-    return {expon_};
+    return {exponent_.get()};
 }
 
 void RU_PowerFunc::getPixelShader(UT_String& body)

@@ -43,8 +43,8 @@ public:
         for (int64_t start = 0; start < count; start += ru_chunk) {
             const int64_t length = std::min(ru_chunk, count - start);
             float* values = rows_.target(out + start, scratch);
-            rows_.load(in + start, values, length);
-            chain_.processRow(values, length, component);
+            const float* from = rows_.read(in + start, values, length);
+            chain_.processRow(from, values, length, component);
             rows_.write(values, out + start, length);
         }
     }

@@ -223,22 +223,26 @@ float ru_CurveTable::evaluate(float x) const
     return std::isnan(y) ? solve(x) : y;
 }
 
-void ru_CurveTable::evaluate(float* values, int64_t count, const ru_CurveKernels& kernels) const
+void ru_CurveTable::evaluate(const float* in, float* out, int64_t count, const ru_CurveKernels& kernels) const
 {
     if (cells_.empty()) {
-        std::transform(values, values + count, values, [this](float x) { return solve(x); });
+        std::transform(in, in + count, out, [this](float x) { return solve(x); });
         return;
     }
     const ru_CurveView curve = view();
-    float in[ru_curveRow];
+    float kept[ru_curveRow];
     for (int64_t start = 0; start < count; start += ru_curveRow) {
         const int64_t length = std::min(ru_curveRow, count - start);
-        float* out = values + start;
-        std::copy_n(out, length, in);
-        if (!kernels.run(curve, in, out, length))
+        const float* from = in + start;
+        float* to = out + start;
+        if (in == out) {
+            std::copy_n(from, length, kept);
+            from = kept;
+        }
+        if (!kernels.run(curve, from, to, length))
             continue;
         for (int64_t i = 0; i < length; ++i)
-            if (std::isnan(out[i]))
-                out[i] = solve(in[i]);
+            if (std::isnan(to[i]))
+                to[i] = solve(from[i]);
     }
 }

@@ -15,8 +15,9 @@ public:
     ru_CurveTable(const UT_Vector2Array& points, bool extend, float preslope, float postslope);
 
     float evaluate(float x) const;
-    /// In place.
-    void evaluate(float* values, int64_t count, const ru_CurveKernels& kernels = ru_curveRows()) const;
+    /// `in` and `out` are the same row or apart.
+    void evaluate(const float* in, float* out, int64_t count,
+                  const ru_CurveKernels& kernels = ru_curveRows()) const;
 
     /// From the control points, without the table.
     float solve(float x) const;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <PXL/PXL_LookupChannel.h>
+#include <RU/kernel/ru_Power.h>
 #include <RU/kernel/ru_Trigonometry.h>
 #include <SYS/SYS_Math.h>
 
@@ -9,65 +10,54 @@
 /// of branches.
 ///
 /// Where few values need a branch, an expression says so by two more members, ordinary(v) and ofOrdinary(v),
-/// the latter without branches and equal to the expression for ordinary values. Rows go by it in stretches.
+/// the latter without branches and equal to the expression for ordinary values. Rows go by it in segments.
 #define RU_MEMBER [[gnu::always_inline]] inline
 #define RU_EXPRESSION RU_MEMBER float operator()
 
-struct ru_Add
+/// A line, then limits: multiplying by 1, adding -0 and infinite limits change nothing. The upper limit sees
+/// what the lower one made.
+struct ru_Line
 {
-    float add;
-    RU_EXPRESSION(float v) const { return v + add; }
-};
+    float mult = 1.0f, add = -0.0f;
+    float lower = -ru_math::infinity, belowValue = 0.0f;
+    float upper = ru_math::infinity, aboveValue = 0.0f;
 
-struct ru_Mult
-{
-    float mult;
-    RU_EXPRESSION(float v) const { return v * mult; }
-};
-
-struct ru_MAdd
-{
-    float mult, add;
-    RU_EXPRESSION(float v) const { return v * mult + add; }
+    RU_EXPRESSION(float v) const
+    {
+        const float w = v * mult + add;
+        const float raised = w < lower ? belowValue : w;
+        return raised > upper ? aboveValue : raised;
+    }
+    bool limits() const { return (lower > -ru_math::infinity) | (upper < ru_math::infinity); }
 };
 
 struct ru_Scale
 {
-    float scale, pivot;
-    RU_EXPRESSION(float v) const { return (v - pivot) * scale + pivot; }
+    ru_Scale(float scale, float pivot) : lines{{1.0f, -pivot}, {scale, pivot}} {}
+    RU_EXPRESSION(float v) const { return lines[1](lines[0](v)); }
+    ru_Line lines[2];
 };
 
 /// 0 and 1 stay exactly what they are, whatever the exponent.
 struct ru_Gamma
 {
-    float igamma;
+    const ru_Exponent* exponent;
     RU_EXPRESSION(float v) const
     {
-        const float power = ru_math::powOfMagnitude(__builtin_fabsf(v), igamma); // 1 at 1
+        const float power = ru_powOfMagnitude(__builtin_fabsf(v), *exponent); // 1 at 1
         const float odd = v > 0.0f ? power : -power;
         return v == 0.0f ? 0.0f : odd;
     }
 };
 
-/// Gamma, then a line.
-struct ru_GammaLine
+/// v^expon, odd about 0; a zero keeps the sign that C gives it.
+struct ru_Power
 {
-    float igamma, factor, addend;
+    const ru_Exponent* exponent;
     RU_EXPRESSION(float v) const
     {
-        const float bent = ru_Gamma{igamma}(v);
-        return bent * factor + addend;
-    }
-};
-
-/// A limit that is not used is infinite. The upper test sees what the lower one made.
-struct ru_Limit
-{
-    float lower, belowValue, upper, aboveValue;
-    RU_EXPRESSION(float v) const
-    {
-        const float raised = v < lower ? belowValue : v;
-        return raised > upper ? aboveValue : raised;
+        const float power = ru_powOfMagnitude(__builtin_fabsf(v), *exponent);
+        return ru_math::withSign(power, v, (v < 0.0f) | ((v == 0.0f) & ru_math::isOdd(exponent->exponent)));
     }
 };
 
@@ -86,11 +76,6 @@ struct ru_Lookup
 struct ru_Abs
 {
     RU_EXPRESSION(float v) const { return __builtin_fabsf(v); }
-};
-
-struct ru_Negate
-{
-    RU_EXPRESSION(float v) const { return -v; }
 };
 
 struct ru_Invert
@@ -122,17 +107,6 @@ struct ru_Ceil
 struct ru_Round
 {
     RU_EXPRESSION(float v) const { return __builtin_floorf(v + 0.5f); }
-};
-
-/// v^expon, odd about 0; a zero keeps the sign that C gives it.
-struct ru_Power
-{
-    float expon;
-    RU_EXPRESSION(float v) const
-    {
-        const float power = ru_math::powOfMagnitude(__builtin_fabsf(v), expon);
-        return ru_math::withSign(power, v, (v < 0.0f) | ((v == 0.0f) & ru_math::isOdd(expon)));
-    }
 };
 
 /// base^v, negated for a base below 0.
@@ -233,25 +207,16 @@ struct ru_Acos
     }
 };
 
-/// The list that the kernels are made from.
+/// The list that the kernels are made from. Lines and powers have theirs in ru_LineRows.h.
 #define RU_FOR_EACH_EXPRESSION(X)                                                                            \
-    X(ru_Add)                                                                                                \
-    X(ru_Mult)                                                                                               \
-    X(ru_MAdd)                                                                                               \
-    X(ru_Scale)                                                                                              \
-    X(ru_Gamma)                                                                                              \
-    X(ru_GammaLine)                                                                                          \
-    X(ru_Limit)                                                                                              \
     X(ru_Quantize)                                                                                           \
     X(ru_Lookup)                                                                                             \
     X(ru_Abs)                                                                                                \
-    X(ru_Negate)                                                                                             \
     X(ru_Invert)                                                                                             \
     X(ru_Sign)                                                                                               \
     X(ru_Floor)                                                                                              \
     X(ru_Ceil)                                                                                               \
     X(ru_Round)                                                                                              \
-    X(ru_Power)                                                                                              \
     X(ru_Raise)                                                                                              \
     X(ru_Log)                                                                                                \
     X(ru_Sin)                                                                                                \
@@ -263,11 +228,11 @@ struct ru_Acos
     X(ru_Asin)                                                                                               \
     X(ru_Acos)
 
-/// An expression over a row, in place.
+/// An expression over a row. `in` and `out` are the same row or apart.
 template <class Expression>
 struct ru_RowKernel
 {
-    void (*run)(const Expression& expression, float* values, int64_t count);
+    void (*run)(const Expression& expression, const float* in, float* out, int64_t count);
 };
 
 struct ru_ExpressionKernels :

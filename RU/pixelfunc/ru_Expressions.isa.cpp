@@ -5,36 +5,38 @@ namespace RU_ISA {
 namespace {
 
 template <class Expression>
-RU_INLINE void runAll(const Expression& expression, float* values, int64_t count)
+RU_INLINE void runAll(const Expression& expression, const float* in, float* out, int64_t count)
 {
+    RU_EACH_ALONE
     for (int64_t i = 0; i < count; ++i)
-        values[i] = ru_oneNaN(expression(values[i]));
+        out[i] = ru_oneNaN(expression(in[i]));
 }
 
-/// Whether a stretch goes one way or the other: a value's result is the same.
+/// Whether a segment goes one way or the other: a value's result is the same.
 template <class Expression>
-RU_INLINE void runStretch(const Expression& expression, float* values, int64_t count)
+RU_INLINE void runSegment(const Expression& expression, const float* in, float* out, int64_t count)
 {
     int others = 0;
     for (int64_t i = 0; i < count; ++i)
-        others |= int(!expression.ordinary(values[i]));
+        others |= int(!expression.ordinary(in[i]));
     if (others != 0)
-        return runAll(expression, values, count);
+        return runAll(expression, in, out, count);
+    RU_EACH_ALONE
     for (int64_t i = 0; i < count; ++i)
-        values[i] = ru_oneNaN(expression.ofOrdinary(values[i]));
+        out[i] = ru_oneNaN(expression.ofOrdinary(in[i]));
 }
 
-/// A row shares no memory with what an expression points to.
+/// Rows share no memory with what an expression points to.
 template <class Expression>
-void runRow(const Expression& given, float* __restrict values, int64_t count)
+void runRow(const Expression& given, const float* in, float* out, int64_t count)
 {
     const Expression expression = given; // a copy: nothing the loop stores can change it
     if constexpr (requires { expression.ofOrdinary(0.0f); }) {
-        constexpr int64_t stretch = 256;
-        for (int64_t i = 0; i < count; i += stretch)
-            runStretch(expression, values + i, count - i < stretch ? count - i : stretch);
+        constexpr int64_t segment = 256;
+        for (int64_t i = 0; i < count; i += segment)
+            runSegment(expression, in + i, out + i, count - i < segment ? count - i : segment);
     } else {
-        runAll(expression, values, count);
+        runAll(expression, in, out, count);
     }
 }
 

@@ -17,7 +17,7 @@ TEST(PixelFunction, ChainRunsInOrderInEveryForm)
         chain->buildVectorEngine();
         float row[] = {2.0f, -1.0f}, red = 2.0f, alpha = -1.0f;
         float* components[] = {&red, nullptr, nullptr, &alpha};
-        chain->processRow(row, 2, 1);
+        chain->processRow(row, row, 2, 1);
         chain->processValues(components);
         EXPECT_EQ(chain->processValue(2.0f, 0), 8.5f);
         EXPECT_EQ(row[0], 8.5f);
@@ -43,7 +43,7 @@ TEST(PixelFunction, EnginesCanBeBuiltInEitherOrderAndKeepToTheScope)
         EXPECT_EQ(std::vector(values, values + 4), (std::vector{3.0f, 2.0f, 4.0f, 6.0f}));
         for (int c = 0; c < 4; ++c) { // without a scalar form, Swap passes values through
             float row[] = {1.0f};
-            chain->processRow(row, 1, c);
+            chain->processRow(row, row, 1, c);
             EXPECT_EQ(row[0], c == 0 ? 4.0f : 2.0f);
             EXPECT_EQ(chain->processValue(1.0f, c), row[0]);
         }

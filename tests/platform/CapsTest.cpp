@@ -4,7 +4,7 @@
 #include <RU/composite/ru_CompositeRows.h>
 #include <RU/filter/ru_EdgeDetectRows.h>
 #include <RU/pixelfunc/ru_CurveRows.h>
-#include <RU/pixelfunc/ru_Expressions.h>
+#include <RU/pixelfunc/ru_LineRows.h>
 #include <RU/pixelfunc/ru_LookUpRows.h>
 #include <RU/pixelfunc/ru_VectorExpressions.h>
 #include <gtest/gtest.h>
