@@ -53,4 +53,6 @@ ru_Exponent::ru_Exponent(float p) : exponent(p)
     const double least = (p > 0.0f ? -120.0 : -125.0) / size, most = (p > 0.0f ? 125.0 : 120.0) / size;
     lowest = bitsOfPower(least);
     span = usable ? bitsOfPower(most) - lowest + (most < 128.0 ? 1 : 0) : 0;
+    if (ru_math::powInReach(1.0f, ru_math::PowerOfOne(*this)) != 1.0f) // five exponents miss it by one place
+        span = 0;
 }

@@ -1,6 +1,7 @@
 #include <RU/pixelfunc/RU_PixelEngine.h>
 
 #include <RU/pixelfunc/ru_PixelEngineOp.h>
+#include <RU/pixelfunc/ru_RowSteps.h>
 
 #include <algorithm>
 #include <memory>
@@ -24,7 +25,7 @@ T codeOf(int64_t index)
         return static_cast<T>(index);
 }
 
-/// Fills a table with the chain's answers to all codes.
+/// Fills a table with what the chain makes of all codes.
 template <class T, bool FullRange>
 void fillTable(T* table, const ru_ChainRows<T, FullRange>& rows, int component)
 {
@@ -36,13 +37,13 @@ void fillTable(T* table, const ru_ChainRows<T, FullRange>& rows, int component)
     }
 }
 
-/// One table, or four when the components differ.
-template <class T>
+/// One table of entries of T, by codes of Code, or four when the components differ.
+template <class Code, class T>
 void allocateTables(ru_tables<T>& tables, bool different)
 {
     constexpr int64_t spare = 1; // see ru_LookUpKernels
     for (int c = 0; c < 4; ++c)
-        tables.table[c] = c == 0 || different ? new T[entryCount<T> + spare] : tables.table[0];
+        tables.table[c] = c == 0 || different ? new T[entryCount<Code> + spare] : tables.table[0];
 }
 
 template <class T, class Fill>
@@ -55,7 +56,7 @@ void fillTables(const ru_tables<T>& tables, Fill fill)
 
 /// The record for a pair of points. A new one is filled by fill(table, component), and everybody waits for
 /// it.
-template <class Record, class Fill>
+template <class T, class Record, class Fill>
 Record* findOrBuild(UT_Lock& lock, UT_PtrArray<Record*>& records, RU_PixelFunction& chain, unsigned int black,
                     unsigned int white, Fill fill)
 {
@@ -67,7 +68,7 @@ Record* findOrBuild(UT_Lock& lock, UT_PtrArray<Record*>& records, RU_PixelFuncti
     auto made = std::make_unique<Record>();
     made->black = black;
     made->white = white;
-    allocateTables(*made, chain.isComponentDependent());
+    allocateTables<T>(*made, chain.isComponentDependent());
     records.append(made.get());
     Record* record = made.release();
     fillTables(*record, fill);
@@ -94,6 +95,23 @@ void fillHalves(fpreal16* table, const ru_ChainRows<fpreal16, true>& rows, int c
             table[bits] = fpreal16(0.0f);
 }
 
+/// Allocates the tables of the leading functions and fills them.
+template <class T>
+void fillLeading(ru_leadingTables& tables, const ru_ComponentSteps& steps)
+{
+    const ru_FloatRows<T, false> rows(ru_engineRange<T, false>(tables.black, tables.white));
+    allocateTables<T>(tables, !steps.alike);
+    fillTables(tables, [&](float* table, int c) {
+        for (int64_t start = 0; start < entryCount<T>; start += ru_chunk) {
+            const int64_t length = std::min(ru_chunk, entryCount<T> - start);
+            T codes[ru_chunk];
+            for (int64_t i = 0; i < length; ++i)
+                codes[i] = codeOf<T>(start + i);
+            steps.of[c].run(rows.read(codes, table + start, length), table + start, length);
+        }
+    });
+}
+
 } // namespace
 
 template class RU_PixelFactories<RU_PixelEngineOp>;
@@ -103,6 +121,8 @@ RU_PixelEngine::~RU_PixelEngine()
     for (const ru_lut8* record : lut8s_)
         delete record;
     for (const ru_lut16* record : lut16s_)
+        delete record;
+    for (const ru_leadingTables* record : leading_)
         delete record;
     delete lut16fp_.load();
 }
@@ -117,19 +137,19 @@ ru_lut8* RU_PixelEngine::buildLUT8(unsigned int black, unsigned int white)
 {
     // Over the full range whatever the points are.
     const ru_ChainRows<unsigned char, true> rows(chain(), ru_engineRange<unsigned char, true>(0, 255));
-    return findOrBuild(lut8Lock_, lut8s_, chain(), black, white,
+    return findOrBuild<unsigned char>(lut8Lock_, lut8s_, chain(), black, white,
                        [&](unsigned char* table, int c) { fillTable(table, rows, c); });
 }
 
 ru_lut16* RU_PixelEngine::buildLUT16(unsigned int black, unsigned int white)
 {
     if (black == 0 && white == 65535)
-        return findOrBuild(lut16Lock_, lut16s_, chain(), black, white,
+        return findOrBuild<unsigned short>(lut16Lock_, lut16s_, chain(), black, white,
                            [&](unsigned short* table, int c) { fillFullRange16(table, chain(), c); });
     PXLdetermineProcCaps();
     const ru_ChainRows<unsigned short, false> rows(chain(),
                                                    ru_engineRange<unsigned short, false>(black, white));
-    return findOrBuild(lut16Lock_, lut16s_, chain(), black, white,
+    return findOrBuild<unsigned short>(lut16Lock_, lut16s_, chain(), black, white,
                        [&](unsigned short* table, int c) { fillTable(table, rows, c); });
 }
 
@@ -142,11 +162,36 @@ ru_lut16fp* RU_PixelEngine::buildLUT16FP()
     if (ru_lut16fp* record = lut16fp_.load())
         return record;
     auto made = std::make_unique<ru_lut16fp>();
-    allocateTables(*made, chain().isComponentDependent());
+    allocateTables<fpreal16>(*made, chain().isComponentDependent());
     ru_lut16fp* record = made.release();
     lut16fp_.store(record); // threads that see it before it is ready wait at the lock
     const ru_ChainRows<fpreal16, true> rows(chain(), ru_engineRange<fpreal16, true>(0, 1));
     fillTables(*record, [&](fpreal16* table, int c) { fillHalves(table, rows, c); });
     record->ready.store(true);
     return record;
+}
+
+const ru_leadingTables* RU_PixelEngine::buildLeadingTables(PXL_Format format, unsigned int black,
+                                                           unsigned int white)
+{
+    chain().buildVectorEngine();
+    const ru_ComponentSteps& steps = chain().pixelSteps().leading();
+    if (steps.onlyLines())
+        return nullptr;
+    const std::lock_guard guard(leadingLock_);
+    for (const ru_leadingTables* record : leading_)
+        if (record->format == format && record->black == black && record->white == white)
+            return record;
+    auto made = std::make_unique<ru_leadingTables>();
+    made->format = format;
+    made->black = black;
+    made->white = white;
+    if (format == PXL_FORMAT_uint8)
+        fillLeading<unsigned char>(*made, steps);
+    else if (format == PXL_FORMAT_uint16)
+        fillLeading<unsigned short>(*made, steps);
+    else
+        fillLeading<fpreal16>(*made, steps);
+    leading_.append(made.get());
+    return made.release();
 }

@@ -48,6 +48,15 @@ struct ru_lut16fp : ru_tables<fpreal16>
     std::atomic<bool> ready = false;
 };
 
+/// Values by code, or by the bit pattern of a half: what the functions of single values make of it with which
+/// a chain begins that then looks at several components.
+struct ru_leadingTables : ru_tables<float>
+{
+    PXL_Format format = PXL_FORMAT_uint8;
+    unsigned int black = 0;
+    unsigned int white = 0;
+};
+
 extern template class RU_API RU_PixelFactories<RU_PixelEngineOp>;
 
 /// Runs a chain of pixel functions over tiles: out = chain(in) for every pixel.
@@ -59,7 +68,9 @@ extern template class RU_API RU_PixelFactories<RU_PixelEngineOp>;
 ///                     between black and white points each value is evaluated and infinities and NaN survive
 ///     32 bit, float   evaluated row by row
 ///
-/// Chains that need all components of a pixel are evaluated pixel by pixel in every format.
+/// Chains that need all components of a pixel are evaluated pixel by pixel in every format. In 8 and 16 bits
+/// and halves their leading functions of single values, unless these are mere lines and limits, go through
+/// tables of floats, which change no bit of the results and keep infinities and NaN.
 ///
 /// Departures from the common rules, all of them deliberate:
 /// - 8-bit tables span the full range also when black and white points are in use; the pixel path and
@@ -96,6 +107,8 @@ public:
     ru_lut8* buildLUT8(unsigned int black, unsigned int white);
     ru_lut16* buildLUT16(unsigned int black, unsigned int white);
     ru_lut16fp* buildLUT16FP();
+    /// The same for the leading functions; null where no table would help. Not for 32-bit formats.
+    const ru_leadingTables* buildLeadingTables(PXL_Format format, unsigned int black, unsigned int white);
 
 private:
     RU_PixelFunction& chain() const; ///< the function, or one that changes nothing
@@ -105,5 +118,7 @@ private:
     UT_Lock lut16fpLock_;
     UT_PtrArray<ru_lut8*> lut8s_;
     UT_PtrArray<ru_lut16*> lut16s_;
+    UT_Lock leadingLock_;
+    UT_PtrArray<ru_leadingTables*> leading_;
     std::atomic<ru_lut16fp*> lut16fp_ = nullptr;
 };

@@ -88,7 +88,8 @@ class Near
 public:
     [[gnu::always_inline]] Near(const Power& power, const ru_Exponent& exponent)
         : lanes_(exponent), atZero_(__builtin_bit_cast(int32_t, power(0.0f))),
-          signAtZero_(atZero_ ^ __builtin_bit_cast(int32_t, power(-0.0f)))
+          signAtZero_(atZero_ ^ __builtin_bit_cast(int32_t, power(-0.0f))),
+          lowest_(static_cast<int32_t>(exponent.lowest))
     {
     }
 
@@ -100,19 +101,23 @@ public:
             const Ints bits = __builtin_bit_cast(Ints, v);
             const Ints power = __builtin_bit_cast(Ints, ru_math::powInReach(v, lanes_));
             const Ints odd = power | (bits & INT32_MIN);
-            result.lanes[k] = __builtin_bit_cast(Floats, v == 0.0f ? atZero_ ^ (bits & signAtZero_) : odd);
-            const Words above = __builtin_bit_cast(Words, bits & INT32_MAX) - lanes_.p.lowest;
-            far_ |= (above >= lanes_.p.span) & (v != 0.0f);
+            const Ints isZero = v == 0.0f;
+            result.lanes[k] = __builtin_bit_cast(Floats, isZero ? atZero_ ^ (bits & signAtZero_) : odd);
+            const Words place = __builtin_bit_cast(Words, ((bits & INT32_MAX) - lowest_) & ~isZero);
+            farthest_ = place > farthest_ ? place : farthest_;
         }
         return result;
     }
 
-    [[gnu::always_inline]] bool hasMetFar() const { return anyLane(far_); }
+    [[gnu::always_inline]] bool hasMetFar() const
+    {
+        return anyLane(__builtin_bit_cast(Ints, farthest_ >= lanes_.p.span));
+    }
 
 private:
     const PowerOfLanes lanes_;
-    const int32_t atZero_, signAtZero_;
-    Ints far_ = {};
+    const int32_t atZero_, signAtZero_, lowest_;
+    Words farthest_ = {}; ///< above the lowest in reach
 };
 
 template <class Power>

@@ -137,8 +137,16 @@ void lookUpWords(const uint16_t* table, const uint16_t* in, uint16_t* out, int64
         out[i] = table[in[i]];
 }
 
+template <class Code>
+void lookUpFloats(const float* __restrict table, const Code* __restrict in, float* __restrict out, int64_t count)
+{
+    for (int64_t i = 0; i < count; ++i)
+        out[i] = table[in[i]];
+}
+
 } // namespace
 
-extern constinit const ru_LookUpKernels ru_lookUpRows = {{RU_COMPILED_FOR}, lookUpBytes, lookUpWords};
+extern constinit const ru_LookUpKernels ru_lookUpRows = {
+    {RU_COMPILED_FOR}, lookUpBytes, lookUpWords, lookUpFloats<uint8_t>, lookUpFloats<uint16_t>};
 
 } // namespace RU_ISA

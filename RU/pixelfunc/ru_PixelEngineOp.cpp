@@ -1,5 +1,7 @@
 #include <RU/pixelfunc/ru_PixelEngineOp.h>
 
+#include <RU/pixelfunc/ru_RowSteps.h>
+
 #include <algorithm>
 #include <iterator>
 
@@ -80,16 +82,20 @@ void adjustRows(const TIL_TileList& out, const TIL_TileList& in, int thread, con
     });
 }
 
+template <class T>
+constexpr bool hasLeadingTables = sizeof(T) <= 2;
+
 /// Segments of pixels, as the chain sees them: a row of values per component, zeros where the input has
 /// none. Float values are computed where the output has them. Constant inputs are read once, up front: the
-/// output may be the same tile.
+/// output may be the same tile. With tables of what its leading functions make of the codes, the chain
+/// begins behind these.
 template <class T, bool FullRange>
 class PixelRows
 {
 public:
     PixelRows(const RU_PixelFunction& chain, const TIL_TileList& out, const TIL_TileList& in,
-              const ru_Range<T>& range, int64_t first)
-        : chain_(chain), rows_(range)
+              const ru_Range<T>& range, int64_t first, const ru_leadingTables* leading)
+        : chain_(chain), rows_(range), leading_(leading)
     {
         for (int c = 0; c < 4; ++c) {
             if (TIL_Tile* tile = openTile(out, c))
@@ -99,7 +105,7 @@ public:
                 continue;
             input_[c] = dataOf<T>(*tile);
             isConstant_[c] = tile->isConstant();
-            rows_.load(input_[c] + first, &constant_[c], 1);
+            constant_[c] = *read(c, input_[c] + first, &constant_[c], 1);
         }
         for (int c = 0; c < 4; ++c)
             computesInOutput_[c] = input_[c] != nullptr && output_[c] != nullptr && !isReadForAnother(c);
@@ -119,10 +125,13 @@ public:
                 std::fill_n(values_[c], count, constant_[c]);
                 in[c] = values_[c];
             } else {
-                in[c] = rows_.read(input_[c] + offset, values_[c], count);
+                in[c] = read(c, input_[c] + offset, values_[c], count);
             }
         }
-        chain_.processRows(in, out, count);
+        if (leading_ != nullptr)
+            chain_.pixelSteps().runRest(in, out, count);
+        else
+            chain_.processRows(in, out, count);
     }
 
     /// What evaluate() came to for a component.
@@ -132,6 +141,17 @@ public:
     }
 
 private:
+    /// `count` codes as values: in `scratch`, or where they are.
+    const float* read(int c, const T* codes, float* scratch, int64_t count) const
+    {
+        if constexpr (hasLeadingTables<T>)
+            if (leading_ != nullptr) {
+                ru_lookUpFloats(leading_->table[c], codes, scratch, count);
+                return scratch;
+            }
+        return rows_.read(codes, scratch, count);
+    }
+
     bool isReadForAnother(int c) const
     {
         for (int other = 0; other < 4; ++other)
@@ -142,6 +162,7 @@ private:
 
     const RU_PixelFunction& chain_;
     ru_FloatRows<T, FullRange> rows_;
+    const ru_leadingTables* leading_;
     const T* input_[4] = {};
     T* output_[4] = {};
     bool computesInOutput_[4] = {};
@@ -198,6 +219,17 @@ auto RU_PixelEngineOp<T, FullRange>::componentRows(const TIL_TileList& out) cons
 }
 
 template <class T, bool FullRange>
+const ru_leadingTables* RU_PixelEngineOp<T, FullRange>::leadingTables(const TIL_TileList& out) const
+{
+    if constexpr (!hasLeadingTables<T>)
+        return nullptr;
+    else if constexpr (FullRange || !std::is_integral_v<T>)
+        return engine().buildLeadingTables(PXL_FormatOf<T>::code, 0, static_cast<unsigned int>(PXL_FormatOf<T>::white));
+    else
+        return engine().buildLeadingTables(PXL_FormatOf<T>::code, out.blackPoint, out.whitePoint);
+}
+
+template <class T, bool FullRange>
 void RU_PixelEngineOp<T, FullRange>::adjustConstants(const TIL_TileList& out, const TIL_TileList& in) const
 {
     const ru_TileRows rows(out);
@@ -220,8 +252,9 @@ void RU_PixelEngineOp<T, FullRange>::adjustPixels(const TIL_TileList& out, const
     const ru_TileRows rows(out);
     const int64_t first = rows.offset(rows.first);
     const auto range = ru_engineRange<T, FullRange>(out.blackPoint, out.whitePoint);
-    PixelRows<T, FullRange> pixels(chain, out, in, range, first);
-    if (allConstant(in)) {
+    const bool constant = allConstant(in);
+    PixelRows<T, FullRange> pixels(chain, out, in, range, first, constant ? nullptr : leadingTables(out));
+    if (constant) {
         pixels.evaluate(first, 1);
         for (int c = 0; c < 4; ++c)
             if (TIL_Tile* tile = openTile(out, c)) {

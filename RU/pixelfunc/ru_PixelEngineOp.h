@@ -28,6 +28,17 @@ private:
     T* const* tables_;
 };
 
+/// Rows of codes as what a chain's leading functions make of them.
+template <class T>
+void ru_lookUpFloats(const float* table, const T* in, float* out, int64_t count)
+{
+    const ru_LookUpKernels& kernels = ru_lookUpRows();
+    if constexpr (sizeof(T) == 1)
+        kernels.floatsOfBytes(table, in, out, count);
+    else
+        kernels.floatsOfWords(table, reinterpret_cast<const uint16_t*>(in), out, count);
+}
+
 /// Rows as they are.
 template <class T>
 class ru_CopiedRows
@@ -59,6 +70,9 @@ private:
     ru_ChainRows<T, FullRange> chainRows(const TIL_TileList& out) const;
     /// How rows of this format pass through a chain that needs one component at a time.
     auto componentRows(const TIL_TileList& out) const;
+
+    /// Those of this format, if the chain has any.
+    const ru_leadingTables* leadingTables(const TIL_TileList& out) const;
 
     void adjustConstants(const TIL_TileList& out, const TIL_TileList& in) const;
     void adjustPixels(const TIL_TileList& out, const TIL_TileList& in, int thread) const;

@@ -79,8 +79,21 @@ void ru_RowSteps::run(const float* in, float* out, int64_t count) const
 
 void ru_ComponentSteps::add(RU_PixelFunction& function)
 {
+    // A function that says it needs all components may take single ones and treat them differently.
+    alike = alike && !(function.eachComponentDifferent() || function.needAllComponents() ||
+                       function.isPartialScope());
     for (int c = 0; c < 4; ++c)
         of[c].add(function, c);
+}
+
+bool ru_ComponentSteps::empty() const
+{
+    return std::all_of(of, of + 4, [](const ru_RowSteps& steps) { return steps.empty(); });
+}
+
+bool ru_ComponentSteps::onlyLines() const
+{
+    return std::all_of(of, of + 4, [](const ru_RowSteps& steps) { return steps.onlyLines(); });
 }
 
 void ru_ComponentSteps::run(const float* const* in, float* const* out, int64_t count) const
@@ -102,7 +115,7 @@ void ru_PixelSteps::add(RU_PixelFunction& function)
 
 void ru_PixelSteps::run(const float* const* in, float* const* out, int64_t count) const
 {
-    const bool leads = !std::all_of(leading_.of, leading_.of + 4, [](const auto& c) { return c.empty(); });
+    const bool leads = !leading_.empty();
     if (leads || rest_.empty())
         leading_.run(in, out, count);
     runRest(leads ? out : in, out, count);

@@ -55,7 +55,12 @@ struct ru_ComponentSteps
     /// Rows of components; null where they are absent.
     void run(const float* const* in, float* const* out, int64_t count) const;
 
+    /// There is nothing, or nothing but lines, for any component.
+    bool empty() const;
+    bool onlyLines() const;
+
     ru_RowSteps of[4];
+    bool alike = true; ///< all components are treated alike
 };
 
 /// A chain over rows of pixels: functions of single values component by component, the others in between.

@@ -187,7 +187,7 @@ TEST(ColorCurve, RowsGiveTheSameBitsAtEveryLength)
                 keys.front().x + random.between(0.0, 1.0) * (double{keys.back().x} - keys.front().x)));
         for (size_t length = 0; length <= values.size(); length = length < 70 ? length + 1 : 2 * length) {
             std::vector<float> row = values;
-            table.evaluate(row.data(), static_cast<int64_t>(length), ru_curveRows());
+            table.evaluate(row.data(), row.data(), static_cast<int64_t>(length), ru_curveRows());
             for (size_t i = 0; i < values.size(); ++i)
                 ASSERT_TRUE(sameFloat(row[i], i < length ? curve.evaluate(values[i]) : values[i]))
                     << values[i];

@@ -163,8 +163,6 @@ TEST_P(Forms, GiveTheSameBitsAtEveryLength)
 {
     static const std::vector<Floats> pixels = pixelsOfAllKinds();
     RU_PixelFunction& function = *GetParam().object;
-    function.buildPixelEngine();
-    function.buildVectorEngine();
     Random random(seed);
     std::vector<size_t> counts = {511, 512, 513, 1027};
     for (size_t count = 0; count <= 70; ++count)
@@ -191,7 +189,11 @@ TEST_P(Forms, GiveTheSameBitsAtEveryLength)
                     chain[c] = in[c];
             }
             function.setScope(scope.data());
-            function.processRows(rowPointers, chainPointers, static_cast<int64_t>(count));
+            RU_PixelFunction head; // each scope takes a chain of its own
+            head.setNext(&function);
+            head.buildPixelEngine();
+            head.buildVectorEngine();
+            head.processRows(rowPointers, chainPointers, static_cast<int64_t>(count));
             function.getVectorRowFunction()(&function, rowPointers, rowPointers, static_cast<int64_t>(count),
                                             scope.data());
             for (size_t c = 0; c < 4; ++c) {
@@ -200,10 +202,11 @@ TEST_P(Forms, GiveTheSameBitsAtEveryLength)
                     << ", seed " << seed;
                 const auto component = static_cast<int>(c);
                 std::vector<float> row = in[c], single = in[c], alone = in[c];
-                function.getRowFunction()(&function, row.data(), static_cast<int64_t>(count), component);
+                function.getRowFunction().run(&function, row.data(), row.data(), static_cast<int64_t>(count),
+                                              component);
                 for (size_t i = 0; i < count; ++i) {
                     single[i] = function.getPixelFunction()(&function, single[i], component);
-                    alone[i] = function.processValue(alone[i], component);
+                    alone[i] = head.processValue(alone[i], component);
                 }
                 ASSERT_TRUE(areRight(row, single, in[c]) && areRight(alone, scope[c] ? single : in[c], in[c]))
                     << c;
@@ -211,6 +214,7 @@ TEST_P(Forms, GiveTheSameBitsAtEveryLength)
                             areRight(alone, wanted[c], in[c]))
                     << c;
             }
+            head.setNext(nullptr);
         }
     function.setScope(flags(15).data());
 }

@@ -88,8 +88,8 @@ void addFunction(const std::string& name, RU_PixelFunction& function)
             float* pointers[4] = {};
             for (int c = 0; c < 4; ++c) {
                 rows[c] = wildValues<float>(length, random);
-                std::vector<float> row = rows[c];
-                function.processRow(row.data(), length, c);
+                std::vector<float> row(rows[c].size());
+                function.processRow(rows[c].data(), row.data(), length, c);
                 forms.add(row);
                 pointers[c] = (absent >> c & 1) != 0 ? nullptr : rows[c].data();
             }

@@ -84,12 +84,12 @@ void addLimits(Catalogue& list)
 void addPowers(Catalogue& list)
 {
     for (const float gamma : {2.2f, 0.0f, -0.5f})
-        list.add("Gamma", new RU_GammaFunc(gamma), 0.55, OF(gammaOf(v, 1.0f / gamma)));
+        list.add("Gamma", new RU_GammaFunc(gamma), ru_exponentUlp, OF(gammaOf(v, 1.0f / gamma)));
     static constexpr float gammas[] = {1.0f, 1.8f, 0.45f, -2.0f};
-    list.addPerComponent("Gamma", new RU_GammaFunc(gammas[0], gammas[1], gammas[2], gammas[3]), 0.55,
+    list.addPerComponent("Gamma", new RU_GammaFunc(gammas[0], gammas[1], gammas[2], gammas[3]), ru_exponentUlp,
                          OF(gammaOf(v, 1 / gammas[c])));
     for (const float expon : {2.0f, 0.4f, -1.0f, 3.0f, 0.0f})
-        list.add("Power", new RU_PowerFunc(expon), 0.55, OF(powerOf(v, expon)));
+        list.add("Power", new RU_PowerFunc(expon), ru_exponentUlp, OF(powerOf(v, expon)));
     for (const float base : {2.0f, 0.3f, -3.0f, 1.0f, 0.0f})
         list.add("Raise", new RU_RaiseFunc(base), 0.55,
                  OF(base < 0 ? -std::pow(-double(base), v) : std::pow(double(base), v)));
