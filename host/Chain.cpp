@@ -149,7 +149,8 @@ public:
             return;
         }
         const Argument& argument = arguments()[indexOf(key)];
-        if (argument.type == Argument::Type::File && (!value.is_string() || value == ""))
+        if (argument.type == Argument::Type::File &&
+            (!value.is_string() || value.get_ref<const std::string&>().empty()))
             refuse(name() + ": '" + key + "': expected a path instead of " + value.dump());
         named(key, textOfJson(value));
     }

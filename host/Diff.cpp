@@ -79,13 +79,14 @@ void compareRow(const RowPair& pair, ChannelDiff& result)
     constexpr bool sameFormat = std::is_same_v<A, B>;
     constexpr double codesPerUnit = sameFormat ? PXL_FormatOf<A>::white : 1;
     for (int i = 0; i < pair.row.width; ++i) {
+        const char* bitsA = pair.a + i * pair.strideA;
+        const char* bitsB = pair.b + i * pair.strideB;
+        if (sameFormat && std::memcmp(bitsA, bitsB, sizeof(A)) == 0)
+            continue;
         A a;
         B b;
-        std::memcpy(&a, pair.a + i * pair.strideA, sizeof(A));
-        std::memcpy(&b, pair.b + i * pair.strideB, sizeof(B));
-        if constexpr (sameFormat)
-            if (std::memcmp(&a, &b, sizeof(A)) == 0)
-                continue;
+        std::memcpy(&a, bitsA, sizeof(A));
+        std::memcpy(&b, bitsB, sizeof(B));
         const double valueA = valueOf(a), valueB = valueOf(b);
         if (sameFormat || (valueA != valueB && !(std::isnan(valueA) && std::isnan(valueB))))
             countDifference(result, valueA, valueB, pair.row.x + i, pair.row.y, codesPerUnit);

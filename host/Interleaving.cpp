@@ -12,7 +12,7 @@ using Bits16 [[gnu::may_alias]] = uint16_t;
 using Bits32 [[gnu::may_alias]] = uint32_t;
 
 template <class Work>
-void withBits(int elementBytes, Work work)
+void withBits(int64_t elementBytes, Work work)
 {
     switch (elementBytes) {
     case 1:

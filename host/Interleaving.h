@@ -23,7 +23,7 @@ public:
 private:
     bool isPacked(const void* const planes[4]) const;
 
-    int elementBytes_;
+    int64_t elementBytes_;
     int64_t pixelBytes_;
     int64_t offset_[4]; ///< -1: not there
     int packed_ = 0;    ///< the number of components, where the pixel is nothing but those, in order

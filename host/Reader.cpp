@@ -19,7 +19,7 @@ struct Reader::File
 namespace {
 
 /// The storage format of a channel type, or a read error.
-unsigned char formatOf(OIIO::TypeDesc type, const std::string& path)
+unsigned char formatOf(const OIIO::TypeDesc& type, const std::string& path)
 {
     switch (type.basetype) {
     case OIIO::TypeDesc::UINT8:

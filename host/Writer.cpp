@@ -115,7 +115,7 @@ OIIO::TypeDesc typeOf(unsigned char format)
 /// The input's compression where it keeps every value, else one that does.
 std::string losslessCompression(const OIIO::ImageSpec& spec, bool hasFloat)
 {
-    const std::string compression = spec.get_string_attribute("compression");
+    std::string compression = spec.get_string_attribute("compression");
     static const std::vector<std::string> lossless = {"none", "rle", "zip", "zips", "piz", "lzw", "packbits"};
     if (std::find(lossless.begin(), lossless.end(), compression) != lossless.end())
         return compression;
