@@ -159,16 +159,29 @@ private:
     Digit high_, low_;
 };
 
+/// Asks the second-level cache for what lies a row behind: the next row or piece, which is read when all other
+/// components have had their turn. The processor sees no stream in pieces that short.
+RU_INLINE void prefetchNext(const void* from, int64_t rowBytes)
+{
+    constexpr int forReading = 0, intoSecondLevel = 2;
+    __builtin_prefetch(static_cast<const char*>(from) + rowBytes, forReading, intoSecondLevel);
+}
+
 template <class T, bool Rows>
 void mixRow(T* codes, const T* a, const T* b, int64_t count, const typename ru_MixRow<T>::Weights& of)
 {
     const MixWeights<T, Rows> weights(of);
 #if defined(RU_VECTOR)
     constexpr int64_t step = MixWeights<T, Rows>::step;
-    if (count >= step) { // the last register is mixed first, before its codes are overwritten
+    if (count >= step) {
+        // The last register is mixed first, before any of its codes are overwritten.
         const Register last = weights.mixVector(a, b, count - step);
-        for (int64_t i = 0; i + step <= count; i += step)
+        constexpr int64_t size = sizeof(T);
+        for (int64_t i = 0; i + step < count; i += step) {
+            prefetchNext(a + i, count * size);
+            prefetchNext(b + i, count * size);
             store(codes + i, weights.mixVector(a, b, i));
+        }
         store(codes + count - step, last);
         return;
     }
@@ -183,11 +196,12 @@ bool weighMix(const float* mask, const typename ru_MixRow<T>::Weights& weights, 
 {
     using Mix = CodeMix<T>;
     using Digit = typename Mix::Digit;
+    constexpr int64_t line = 16, lines = 4 * line; // values; lines, so that the loop over them is vectorised
     Digit* __restrict high = weights.high;
     Digit* __restrict low = weights.low;
     const ru_Clamp<float> one(1);
     int someNaN = 0;
-    for (int64_t i = 0; i < count; ++i) {
+    const auto weigh = [&](int64_t i) RU_BLOCK {
         const float product = (Inverted ? 1.0f - mask[i] : mask[i]) * factor;
         const int isNaN = product != product ? -1 : 0;
         const float positive = product > one.low ? product : one.low;
@@ -196,7 +210,16 @@ bool weighMix(const float* mask, const typename ru_MixRow<T>::Weights& weights, 
         high[i] = static_cast<Digit>(Mix::high(weight) | isNaN);
         low[i] = Mix::low(weight);
         someNaN |= isNaN;
+    };
+    int64_t i = 0;
+    for (; i + lines <= count; i += lines) {
+        for (int64_t k = 0; k < lines; k += line)
+            prefetchNext(mask + i + k, count * int64_t(sizeof(float)));
+        for (int64_t k = 0; k < lines; ++k)
+            weigh(i + k);
     }
+    for (; i < count; ++i)
+        weigh(i);
     return someNaN != 0;
 }
 
