@@ -171,7 +171,7 @@ ru_lut16fp* RU_PixelEngine::buildLUT16FP()
     return record;
 }
 
-const ru_leadingTables* RU_PixelEngine::buildLeadingTables(PXL_Format format, unsigned int black,
+const ru_leadingTables* RU_PixelEngine::buildLeadingTables(unsigned char format, unsigned int black,
                                                            unsigned int white)
 {
     chain().buildVectorEngine();

@@ -52,7 +52,7 @@ struct ru_lut16fp : ru_tables<fpreal16>
 /// a chain begins that then looks at several components.
 struct ru_leadingTables : ru_tables<float>
 {
-    PXL_Format format = PXL_FORMAT_uint8;
+    unsigned char format = 0;
     unsigned int black = 0;
     unsigned int white = 0;
 };
@@ -108,7 +108,7 @@ public:
     ru_lut16* buildLUT16(unsigned int black, unsigned int white);
     ru_lut16fp* buildLUT16FP();
     /// The same for the leading functions; null where no table would help. Not for 32-bit formats.
-    const ru_leadingTables* buildLeadingTables(PXL_Format format, unsigned int black, unsigned int white);
+    const ru_leadingTables* buildLeadingTables(unsigned char format, unsigned int black, unsigned int white);
 
 private:
     RU_PixelFunction& chain() const; ///< the function, or one that changes nothing

@@ -1,3 +1,4 @@
+#include <RU/kernel/ru_Power.h>
 #include <RU/kernel/ru_Trigonometry.h>
 #include <reference/Formats.h>
 #include <reference/Random.h>
@@ -98,4 +99,44 @@ TEST(Math, PowHasTheSpecialCasesOfC)
             const long double exact = std::pow(static_cast<long double>(x), static_cast<long double>(y));
             ASSERT_LE(ulpError(ru_pow(x, y), exact), ru_mathUlp) << x << " to the power of " << y;
         }
+}
+
+TEST(Math, PowersWithOneExponentAreWithinTheirBound)
+{
+    Random random(12);
+    std::vector<float> exponents = {1 / 2.2f, 2.2f, 1 / 2.4f, 2.4f, 1 / 1.8f, 0x1p-20f, 3.0f, -3.0f, -1.0f};
+    for (int i = 0; i < 60; ++i)
+        exponents.push_back(
+            static_cast<float>(std::exp2(random.between(-20.0, 1.58)) * (random.oneIn(2) ? 1 : -1)));
+    double worst = 0.0;
+    for (const float p : exponents) {
+        const ru_Exponent exponent(p);
+        ASSERT_GT(exponent.span, 80u << 23) << p << " reaches less than 80 octaves";
+        for (uint32_t at = 0; at < exponent.span; at += exponent.span / 30'000 | 1) {
+            const auto x = std::bit_cast<float>(exponent.lowest + at);
+            const double error = ulpError(ru_powOfMagnitude(x, exponent), std::pow(double{x}, double{p}));
+            ASSERT_LE(error, ru_exponentUlp) << x << " to the power of " << p;
+            worst = std::max(worst, error);
+        }
+    }
+    EXPECT_GT(worst, 0.8) << "the samples are too easy";
+}
+
+// An error below 1 ulp is none where the result is a float, but for powers of two, where the spacing changes.
+TEST(Math, PowersWithOneExponentAreExactWhereTheyArePowersOfTwo)
+{
+    for (int i = -192; i <= 192; ++i) {
+        const float p = static_cast<float>(i) / 64.0f;
+        const ru_Exponent exponent(p);
+        for (int k = -149; k < 128; ++k)
+            if (const double e = k * double{p}; e == std::floor(e)) {
+                ASSERT_EQ(ru_powOfMagnitude(std::ldexp(1.0f, k), exponent), static_cast<float>(std::exp2(e)))
+                    << "2^" << k << " to the power of " << p;
+            }
+    }
+    Random random(13);
+    for (int i = 0; i < 300'000; ++i) { // the first exponent would give the float below 1
+        const float p = i == 0 ? -0x1.7ad4cap+1f : static_cast<float>(random.between(-3.0, 3.0));
+        ASSERT_EQ(ru_powOfMagnitude(1.0f, ru_Exponent(p)), 1.0f) << p;
+    }
 }

@@ -65,7 +65,7 @@ TEST(ColorCurve, KeepsKeysSortedAndBuildsAfresh)
     const RU_ColorCurve single = curveOf({{2, 3, 0}}, true);
     expectPoints(single, {{2, 3}}, 0);
     float values[] = {2.0f, NAN};
-    single.evaluate(values, 2);
+    single.evaluate(values, values, 2);
     EXPECT_TRUE(values[0] == 0.0f && values[1] == 0.0f && single.evaluate(2.0f) == 0.0f);
 }
 

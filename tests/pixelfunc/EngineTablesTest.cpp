@@ -1,4 +1,5 @@
 #include <RU/pixelfunc/RU_PixelEngine.h>
+#include <RU/pixelfunc/ru_ChainRows.h>
 #include <reference/Chains.h>
 #include <reference/Formats.h>
 
@@ -53,4 +54,38 @@ TEST(EngineTables, AreThereWithoutAFunctionAndBetweenEqualPoints)
     RU_PixelEngine engine(&cosh);
     const unsigned short* table = engine.buildLUT16(500, 500)->table[0];
     EXPECT_EQ(std::count(table, table + 65536, 500), 65536);
+}
+
+TEST(EngineTables, OfLeadingFunctionsChangeNoBit)
+{
+    const auto expectSame = [](auto code, unsigned int black, unsigned int white) {
+        using T = decltype(code);
+        constexpr unsigned char format = PXL_FormatOf<T>::code;
+        const Chain chain({new RU_GammaFunc(2.2f, 1.7f, 0.6f, 1), new RU_AddFunc(-0.25f), new Swap,
+                           new RU_AddFunc(0.5f)});
+        RU_PixelEngine engine(chain.head());
+        const ru_leadingTables* tables = engine.buildLeadingTables(format, black, white);
+        ASSERT_TRUE(tables != nullptr && tables == engine.buildLeadingTables(format, black, white));
+        EXPECT_NE(tables, engine.buildLeadingTables(format, black, white + 1));
+        const ru_FloatRows<T, false> rows(ru_engineRange<T, false>(black, white));
+        for (int64_t i = 0; i < int64_t(1) << (8 * sizeof(T)); ++i) {
+            if constexpr (std::is_integral_v<T>)
+                code = static_cast<T>(i);
+            else
+                code = fpreal16::fromBits(static_cast<uint16_t>(i));
+            float values[4];
+            for (int c = 0; c < 4; ++c)
+                rows.load(&code, values + c, 1);
+            float* pointers[] = {values, values + 1, values + 2, values + 3};
+            chain->processValues(pointers);
+            float looked[] = {tables->table[1][i], tables->table[0][i], tables->table[2][i]};
+            for (int c = 0; c < 3; ++c)
+                ASSERT_TRUE(sameFloat(looked[c] + 0.5f, values[c])) << i << " of component " << c;
+        }
+    };
+    expectSame(static_cast<unsigned char>(0), 16, 235);
+    expectSame(static_cast<unsigned short>(0), 4096, 60160);
+    expectSame(fpreal16(0.0f), 0, 1);
+    const Chain lines({new RU_AddFunc(0.5f), new Swap, new RU_GammaFunc(2)});
+    EXPECT_EQ(RU_PixelEngine(lines.head()).buildLeadingTables(PXL_FORMAT_uint8, 0, 255), nullptr);
 }

@@ -70,6 +70,7 @@ inline bool isAbsent(double v)
 inline std::vector<KnownChain> knownChains()
 {
     static constexpr float mult[] = {1.5f, -0.5f, 0.75f, 1.0f}, add[] = {-0.25f, 0.75f, 0.125f, 0.0f};
+    static constexpr float bends[] = {2.0f, 0.5f, 1.25f, 0.8f};
     static constexpr bool redAndBlue[] = {true, false, true, false};
     const auto each = [](auto one) {
         return [one](Pixel p) {
@@ -94,6 +95,13 @@ inline std::vector<KnownChain> knownChains()
                  std::swap(p[0], p[1]);
              for (double& v : p)
                  v = v * 0.875 + 0.125;
+             return p;
+         }},
+        {"bent pixels", chain({new RU_GammaFunc(bends[0], bends[1], bends[2], bends[3]), new Swap}), [](Pixel p) {
+             for (size_t c = 0; c < 4; ++c)
+                 p[c] = isAbsent(p[c]) ? p[c] : std::copysign(std::pow(std::abs(p[c]), 1 / double{bends[c]}), p[c]);
+             if (!isAbsent(p[0]) && !isAbsent(p[1]))
+                 std::swap(p[0], p[1]);
              return p;
          }}};
 }

@@ -1,5 +1,6 @@
 #include <CL/CL_Clip.h>
 #include <PXL/PXL_Lookup.h>
+#include <RU/kernel/ru_Power.h>
 #include <all_pixel_functions.h>
 #include <reference/Functions.h>
 
