@@ -100,3 +100,14 @@ TEST_P(Contract, StopsWhenTold)
     }
     EXPECT_GT(changed, 0);
 }
+
+#if defined(RU_CHECKED)
+TEST_P(Contract, WithoutItsBorderCheckedBuildsStopAndSayWhatWasNeeded)
+{
+    const RU_Border border = subject.border();
+    Scene scene(format, {}, 5, 4);
+    if (border.left + border.right + border.top + border.bottom > 0) {
+        EXPECT_DEATH(subject.run(scene, nullptr, -1), "border included; it covers \\(0, 0\\) to \\(4, 3\\)");
+    }
+}
+#endif
