@@ -14,7 +14,9 @@ protected:
 INSTANTIATE_TEST_SUITE_P(, Contract,
                          ::testing::Combine(::testing::ValuesIn(subjects()), ::testing::ValuesIn(formats())),
                          [](const auto& parameter) {
-                             return std::get<0>(parameter.param)->name + nameOf(std::get<1>(parameter.param));
+                             std::string name = std::get<0>(parameter.param)->name;
+                             std::erase(name, ' ');
+                             return name + nameOf(std::get<1>(parameter.param));
                          });
 
 TEST_P(Contract, EverySizeAndStateOfTilesGivesTheFormula)

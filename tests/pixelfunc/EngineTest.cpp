@@ -94,8 +94,12 @@ private:
     double tolerance_;
 };
 
-const Registered<Engine> alike(knownChains()[0]), different(knownChains()[1]), scoped(knownChains()[2]),
-    pixels(knownChains()[3]);
+const auto engines = [] {
+    std::vector<std::unique_ptr<Registered<Engine>>> all;
+    for (const KnownChain& chain : knownChains())
+        all.push_back(std::make_unique<Registered<Engine>>(chain));
+    return all;
+}();
 
 Bytes evaluated(RU_PixelFunction* chain, Scene& scene)
 {

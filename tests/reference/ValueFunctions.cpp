@@ -87,8 +87,8 @@ void addPowers(Catalogue& list)
     for (const float gamma : {2.2f, 0.0f, -0.5f})
         list.add("Gamma", new RU_GammaFunc(gamma), ru_exponentUlp, OF(gammaOf(v, 1.0f / gamma)));
     static constexpr float gammas[] = {1.0f, 1.8f, 0.45f, -2.0f};
-    list.addPerComponent("Gamma", new RU_GammaFunc(gammas[0], gammas[1], gammas[2], gammas[3]), ru_exponentUlp,
-                         OF(gammaOf(v, 1 / gammas[c])));
+    list.addPerComponent("Gamma", new RU_GammaFunc(gammas[0], gammas[1], gammas[2], gammas[3]),
+                         ru_exponentUlp, OF(gammaOf(v, 1 / gammas[c])));
     for (const float expon : {2.0f, 0.4f, -1.0f, 3.0f, 0.0f})
         list.add("Power", new RU_PowerFunc(expon), ru_exponentUlp, OF(powerOf(v, expon)));
     for (const float base : {2.0f, 0.3f, -3.0f, 1.0f, 0.0f})
