@@ -28,7 +28,7 @@ struct Operation
 };
 
 constexpr Operation operations[] = {
-#define RU_OPERATION(TYPE, NAME, FORMULA, READS, SRC, DST, BOTH)                                             \
+#define RU_OPERATION(TYPE, NAME, FORMULA, READS, ARITHMETIC, SRC, DST, BOTH)                                 \
     {Alphas::READS, Step::TYPE, Step::SRC, Step::DST, Step::BOTH},
     RU_FOR_EACH_COMPOSITE_TYPE(RU_OPERATION)
 #undef RU_OPERATION

@@ -4,26 +4,28 @@
 
 // The compositing operations, all there is to know of them; enum, loops, names and documentation come from
 // here. In the formulas d and s are a destination and a source colour, dA and sA the alphas beside them, of
-// which full is 1. The columns: enumerator, name, formula, the alphas that it reads, and what is done without
-// the source's alpha, without the destination's, and without both: an operation, or exactly COPY (d = s),
-// KEEP (d = d) or ZERO (d = 0). ERASE is d * (1 - sA).
+// which full is 1. The columns: enumerator, name, formula, the alphas that it reads, what it is computed in,
+// and what is done without the source's alpha, without the destination's, and without both: an operation, or
+// exactly COPY (d = s), KEEP (d = d) or ZERO (d = 0). ERASE is d * (1 - sA).
+// What it is computed in: CODES, for 8 and 16 bits; BYTES, where colours and alphas have 8 bits, and in float
+// otherwise.
 // clang-format off
 #define RU_FOR_EACH_COMPOSITE_TYPE(X)                                                                        \
-    X(OVER, "over", s + (1 - sA) * d, SOURCE, COPY, OVER, COPY)                                              \
-    X(UNDER, "under", d + (1 - dA) * s, DESTINATION, UNDER, KEEP, KEEP)                                      \
-    X(ATOP, "atop", s * dA + (1 - sA) * d, BOTH, INSIDE, OVER, COPY)                                         \
-    X(INSIDE, "inside", s * dA, DESTINATION, INSIDE, COPY, COPY)                                             \
-    X(OUTSIDE, "outside", s * (1 - dA), DESTINATION, OUTSIDE, ZERO, ZERO)                                    \
-    X(SCREEN, "screen", s + d - s * d, NEITHER, SCREEN, SCREEN, SCREEN)                                      \
-    X(ADD, "add", s + d, NEITHER, ADD, ADD, ADD)                                                             \
-    X(SUBTRACT, "subtract", d - s, NEITHER, SUBTRACT, SUBTRACT, SUBTRACT)                                    \
-    X(DIFFERENCE, "difference", abs(s - d), NEITHER, DIFFERENCE, DIFFERENCE, DIFFERENCE)                     \
-    X(MULTIPLY, "multiply", s * d, NEITHER, MULTIPLY, MULTIPLY, MULTIPLY)                                    \
-    X(MINIMUM, "minimum", min(d, s), NEITHER, MINIMUM, MINIMUM, MINIMUM)                                     \
-    X(MAXIMUM, "maximum", max(d, s), NEITHER, MAXIMUM, MAXIMUM, MAXIMUM)                                     \
-    X(AVERAGE, "average", (s + d) / 2, NEITHER, AVERAGE, AVERAGE, AVERAGE)                                   \
-    X(XOR, "xor", s * (1 - dA) + d * (1 - sA), BOTH, OUTSIDE, ERASE, ZERO)                                   \
-    X(SUBTRACT_REVERSED, "subtract_reversed", s - d, NEITHER, SUBTRACT_REVERSED, SUBTRACT_REVERSED,          \
+    X(OVER, "over", s + (1 - sA) * d, SOURCE, BYTES, COPY, OVER, COPY)                                       \
+    X(UNDER, "under", d + (1 - dA) * s, DESTINATION, BYTES, UNDER, KEEP, KEEP)                               \
+    X(ATOP, "atop", s * dA + (1 - sA) * d, BOTH, BYTES, INSIDE, OVER, COPY)                                  \
+    X(INSIDE, "inside", s * dA, DESTINATION, BYTES, INSIDE, COPY, COPY)                                      \
+    X(OUTSIDE, "outside", s * (1 - dA), DESTINATION, BYTES, OUTSIDE, ZERO, ZERO)                             \
+    X(SCREEN, "screen", s + d - s * d, NEITHER, BYTES, SCREEN, SCREEN, SCREEN)                               \
+    X(ADD, "add", s + d, NEITHER, CODES, ADD, ADD, ADD)                                                      \
+    X(SUBTRACT, "subtract", d - s, NEITHER, CODES, SUBTRACT, SUBTRACT, SUBTRACT)                             \
+    X(DIFFERENCE, "difference", abs(s - d), NEITHER, CODES, DIFFERENCE, DIFFERENCE, DIFFERENCE)              \
+    X(MULTIPLY, "multiply", s * d, NEITHER, BYTES, MULTIPLY, MULTIPLY, MULTIPLY)                             \
+    X(MINIMUM, "minimum", min(d, s), NEITHER, CODES, MINIMUM, MINIMUM, MINIMUM)                              \
+    X(MAXIMUM, "maximum", max(d, s), NEITHER, CODES, MAXIMUM, MAXIMUM, MAXIMUM)                              \
+    X(AVERAGE, "average", (s + d) / 2, NEITHER, CODES, AVERAGE, AVERAGE, AVERAGE)                            \
+    X(XOR, "xor", s * (1 - dA) + d * (1 - sA), BOTH, BYTES, OUTSIDE, ERASE, ZERO)                            \
+    X(SUBTRACT_REVERSED, "subtract_reversed", s - d, NEITHER, CODES, SUBTRACT_REVERSED, SUBTRACT_REVERSED,   \
       SUBTRACT_REVERSED)
 // clang-format on
 

@@ -140,6 +140,7 @@ public:
 
 private:
     using Digits = typename Mix::Digits;
+    using Lane = typename Mix::Lane;
 
     [[gnu::always_inline]] static Register ordered(Register codes)
     {
@@ -150,7 +151,8 @@ private:
         if constexpr (Rows)
             return Mix::ofPairs(pairs, load<Digits>(rows_.high + i), load<Digits>(rows_.low + i));
         else
-            return Mix::ofPairs(pairs, Digits{} + high_, Digits{} + low_);
+            return Mix::ofPairs(pairs, Digits{} + static_cast<Lane>(high_),
+                                Digits{} + static_cast<Lane>(low_));
     }
 #endif
 

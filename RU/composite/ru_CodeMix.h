@@ -50,7 +50,8 @@ struct CodeMix<unsigned char>
     }
 
 #if defined(RU_VECTOR)
-    using Digits = uint16_t __attribute__((vector_size(sizeof(Register)), may_alias));
+    using Lane = uint16_t;
+    using Digits = Lane __attribute__((vector_size(sizeof(Register)), may_alias));
 
     [[gnu::always_inline]] static Register unpackLow(Register a, Register b)
     {
@@ -102,7 +103,8 @@ struct CodeMix<unsigned short>
     }
 
 #if defined(RU_VECTOR)
-    using Digits = int32_t __attribute__((vector_size(sizeof(Register)), may_alias));
+    using Lane = int32_t;
+    using Digits = Lane __attribute__((vector_size(sizeof(Register)), may_alias));
 
     [[gnu::always_inline]] static Register unpackLow(Register a, Register b)
     {

@@ -19,6 +19,9 @@ enum class ru_CompositeStep {
 /// The alphas that an operation reads.
 enum class ru_CompositeAlphas { NEITHER, SOURCE, DESTINATION, BOTH };
 
+/// What an operation on integer colours is computed in: their codes, or those of bytes beside bytes alone.
+enum class ru_CompositeArithmetic { CODES, BYTES };
+
 constexpr bool ru_readsSource(ru_CompositeAlphas reads)
 {
     return reads == ru_CompositeAlphas::SOURCE || reads == ru_CompositeAlphas::BOTH;

@@ -6,20 +6,30 @@
 namespace RU_ISA {
 namespace {
 
-// The formulas of the list, for whatever lanes have the operators.
-#define RU_FORMULA(TYPE, NAME, FORMULA, READS, ...)                                                          \
+/// Have colours of type C the operators of a formula without alphas?
+template <class Formula, class C>
+concept Combines = requires(C colour)
+{
+    Formula::of(colour, NoAlpha(), colour, NoAlpha());
+};
+
+// The formulas of the list, for whatever lanes have the operators. 16-bit codes, which have no products, have
+// those of all that is computed in codes and of nothing else.
+#define RU_FORMULA(TYPE, NAME, FORMULA, READS, ARITHMETIC, ...)                                              \
     struct TYPE                                                                                              \
     {                                                                                                        \
-        static constexpr ru_CompositeAlphas reads = ru_CompositeAlphas::READS;                               \
+        static constexpr auto reads = ru_CompositeAlphas::READS;                                             \
+        static constexpr bool inCodes = ru_CompositeArithmetic::ARITHMETIC == ru_CompositeArithmetic::CODES; \
         template <class C, class DA, class SA>                                                               \
         RU_INLINE auto of([[maybe_unused]] C d, [[maybe_unused]] DA dA, [[maybe_unused]] C s,                \
                           [[maybe_unused]] SA sA) -> decltype(FORMULA)                                       \
         {                                                                                                    \
             return FORMULA;                                                                                  \
         }                                                                                                    \
-    };
+    };                                                                                                       \
+    static_assert(TYPE::inCodes == Combines<TYPE, Code<unsigned short>>);
 RU_FOR_EACH_COMPOSITE_TYPE(RU_FORMULA)
-RU_FORMULA(ERASE, , (1 - sA) * d, SOURCE)
+RU_FORMULA(ERASE, , (1 - sA) * d, SOURCE, BYTES)
 #undef RU_FORMULA
 
 template <class Formula>
@@ -39,17 +49,8 @@ constexpr bool isOdd = std::is_same_v<T, unsigned short>&& std::is_same_v<U, uns
                        (std::is_same_v<Formula, OVER> || std::is_same_v<Formula, UNDER> ||
                         std::is_same_v<Formula, ATOP>);
 
-template <class Formula, class Lanes>
-concept Computes =
-    requires(Lanes lanes, typename Lanes::Colour colour,
-             std::conditional_t<readsDestination<Formula>, typename Lanes::Alpha, NoAlpha> dstAlpha,
-             std::conditional_t<readsSource<Formula>, typename Lanes::Alpha, NoAlpha> srcAlpha)
-{
-    lanes.stored(Formula::of(colour, dstAlpha, colour, srcAlpha));
-};
-
 template <class Formula, class T, class U>
-constexpr bool isExact = std::is_integral_v<T>&& Computes<Formula, CodeLanes<T, U>>;
+constexpr bool isExact = std::is_integral_v<T> && (Formula::inCodes || (sizeof(T) == 1 && sizeof(U) == 1));
 
 template <bool reads>
 RU_INLINE auto alphaAt(const auto& lanes, auto block, const auto* alpha, int64_t i)
