@@ -61,7 +61,7 @@ public:
         ++count_;
     }
 
-    /// Always 1, as the operations answer.
+    /// Returns 1, as every operation does.
     int run(int thread)
     {
         rows_.each(thread, [this](int64_t y) {

@@ -90,8 +90,8 @@ public:
     int binary(TIL_Region* out, const TIL_Region* in1, const TIL_Region* in2, float time, void* data,
                int thread, void* context);
 
-    /// The host's answer to "stop?", asked with the token and the thread index of a running call.
-    /// To be set before any entry point runs; null switches the checks off.
+    /// Sets the function by which the host says whether a running call, known by its token and its thread's
+    /// index, is to stop. To be called before any entry point runs; null switches the checks off.
     static void setInterruptCallback(bool (*callback)(void* data, int thread));
 
     /// True when the host wants the call that runs on `thread` to stop. Cheap enough for once per row.

@@ -27,7 +27,7 @@ ru_Range<T> ru_engineRange(unsigned int black, unsigned int white)
     return range;
 }
 
-/// A chain's answer to rows of codes of one component, value by value.
+/// A chain over rows of codes of one component, value by value.
 template <class T, bool FullRange>
 class ru_ChainRows
 {
