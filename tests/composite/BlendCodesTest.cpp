@@ -83,7 +83,7 @@ TEST_P(BlendCodes, EveryWeightMixesEveryByteAndAnyOtherCode)
     for (size_t k = 0; k < weights.size(); ++k) {
         for (int i = 0; i < side * side; ++i) {
             const bool atEnd = i / side % 16 == 0 || format.code == 0;
-            a[size_t(i)] = atEnd ? i / side * (format.white() / 255) : random.between(0, 65535);
+            a[size_t(i)] = atEnd ? double(i / side) * (format.white() / 255) : random.between(0, 65535);
             b[size_t(i)] = format.code == 0 ? i % side : random.between(0, 65535);
             pair.put(i, a[size_t(i)], b[size_t(i)]);
             pair.weights[i] = weights[(k + size_t(i)) % weights.size()];
