@@ -83,11 +83,12 @@ Work pixels(Planes& planes, auto change)
         const T* from = static_cast<const T*>(planes.input);
         T* to = static_cast<T*>(planes.output);
         for (int64_t i = 0; i < planes.values(); i += 3) {
-            float r = from[i], g = from[i + 1], b = from[i + 2];
+            constexpr float white = PXL_FormatOf<T>::white;
+            float r = from[i] / white, g = from[i + 1] / white, b = from[i + 2] / white;
             change(r, g, b);
-            to[i] = T(r);
-            to[i + 1] = T(g);
-            to[i + 2] = T(b);
+            to[i] = encode<T>(r);
+            to[i + 1] = encode<T>(g);
+            to[i + 2] = encode<T>(b);
         }
     };
 }
@@ -101,10 +102,15 @@ Work saturation(Planes& planes)
     });
 }
 
-template <class T>
+template <class T, bool Bent = false>
 Work adjustHSV(Planes& planes)
 {
     return pixels<T>(planes, [](float& r, float& g, float& b) {
+        if constexpr (Bent) {
+            r = std::pow(r, 1.0f / gammaValue);
+            g = std::pow(g, 1.0f / gammaValue);
+            b = std::pow(b, 1.0f / gammaValue);
+        }
         const float most = std::max({r, g, b}), range = most - std::min({r, g, b});
         float hue = 0.0f; // in sixths of a turn
         if (range > 0.0f)
@@ -151,6 +157,7 @@ const bool added = addPeers({
     {"saturation/half", "loop over std::max, min", saturation<fpreal16>},
     {"hsv_adjust/float", "loop over std::fmod", adjustHSV<float>},
     {"hsv_adjust/half", "loop over std::fmod", adjustHSV<fpreal16>},
+    {"gamma_hsv/uint16", "loop over std::pow, fmod", adjustHSV<uint16_t, true>},
 });
 
 } // namespace bench::loops

@@ -62,16 +62,21 @@ OCIO::GroupTransformRcPtr group(std::initializer_list<OCIO::TransformRcPtr> step
     return all;
 }
 
-/// A power, then a line.
-Work power(Planes& planes, double factor, double addend)
+OCIO::ExponentTransformRcPtr exponent()
 {
     constexpr double powers[] = {1.0 / gammaValue, 1.0 / gammaValue, 1.0 / gammaValue, 1.0 / gammaValue};
     const auto exponent = OCIO::ExponentTransform::Create();
     exponent->setValue(powers);
+    return exponent;
+}
+
+/// A power, then a line.
+Work power(Planes& planes, double factor, double addend)
+{
     if (factor == 1.0 && addend == 0.0)
-        return processor(planes, exponent);
-    return processor(planes, group({exponent, matrix({factor, factor, factor, factor},
-                                                     {addend, addend, addend, addend})}));
+        return processor(planes, exponent());
+    return processor(planes, group({exponent(), matrix({factor, factor, factor, factor},
+                                                       {addend, addend, addend, addend})}));
 }
 
 Work curve(Planes& planes)
@@ -85,14 +90,24 @@ Work curve(Planes& planes)
     return processor(planes, transform);
 }
 
-/// Without the limits of the saturation, for which there is no transform.
-Work adjustHSV(Planes& planes)
+/// Without the clamp of the saturation, for which there is no transform.
+Work adjustHSV(Planes& planes, bool bent)
 {
     const auto to = OCIO::FixedFunctionTransform::Create(OCIO::FIXED_FUNCTION_RGB_TO_HSV);
     const auto from = OCIO::FixedFunctionTransform::Create(OCIO::FIXED_FUNCTION_RGB_TO_HSV);
     from->setDirection(OCIO::TRANSFORM_DIR_INVERSE);
     const auto change = matrix({1.0, satScale, valScale, 1.0}, {hueShift / 360.0, 0.0, 0.0, 0.0});
-    return processor(planes, group({to, change, from}), 3);
+    return processor(planes, bent ? group({exponent(), to, change, from}) : group({to, change, from}), 3);
+}
+
+Work plainHSV(Planes& planes)
+{
+    return adjustHSV(planes, false);
+}
+
+Work bentHSV(Planes& planes)
+{
+    return adjustHSV(planes, true);
 }
 
 const bool added = addPeers({
@@ -106,8 +121,9 @@ const bool added = addPeers({
     {"levels/half", "OCIO Lut1D", table<fpreal16, levelsValue>, Agreement::allButAlpha},
     {"curve/float", "OCIO GradingRGBCurve", curve, Agreement::none},
     {"curve/half", "OCIO Lut1D", table<fpreal16, curveValue>, Agreement::allButAlpha},
-    {"hsv_adjust/float", "OCIO FixedFunction, Matrix", adjustHSV, Agreement::none},
-    {"hsv_adjust/half", "OCIO FixedFunction, Matrix", adjustHSV, Agreement::none},
+    {"hsv_adjust/float", "OCIO FixedFunction, Matrix", plainHSV, Agreement::none},
+    {"hsv_adjust/half", "OCIO FixedFunction, Matrix", plainHSV, Agreement::none},
+    {"gamma_hsv/uint16", "OCIO Exponent, FixedFunction", bentHSV, Agreement::none},
 });
 
 } // namespace bench::ocio

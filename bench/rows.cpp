@@ -80,6 +80,14 @@ Work adjustHSV(Planes& planes)
     return engine(planes, new RU_HSVConvertFunc(RU_HSV_ADJUST, hueShift, sat, val, false));
 }
 
+Work gammaThenHSV(Planes& planes)
+{
+    constexpr float sat[] = {satScale, 0.0f}, val[] = {valScale, 0.0f};
+    auto* gamma = new RU_GammaFunc(gammaValue);
+    gamma->setNext(new RU_HSVConvertFunc(RU_HSV_ADJUST, hueShift, sat, val, false));
+    return engine(planes, gamma);
+}
+
 Work edgeDetect(Planes& planes)
 {
     return [edge = std::make_shared<RU_EdgeDetect>(), &planes] {
@@ -156,6 +164,7 @@ const std::vector<Row> rows = {
     {"saturation/half", PXL_FORMAT_half, saturation, {uhd, small}, 3},
     {"hsv_adjust/float", PXL_FORMAT_float32, adjustHSV, {uhd, small}, 3},
     {"hsv_adjust/half", PXL_FORMAT_half, adjustHSV, {uhd, small}, 3},
+    {"gamma_hsv/uint16", PXL_FORMAT_uint16, gammaThenHSV, {uhd, small}, 3},
     {"edge_detect/uint8", PXL_FORMAT_uint8, edgeDetect, {hd, small}},
     {"edge_detect/uint16", PXL_FORMAT_uint16, edgeDetect},
     {"edge_detect/half", PXL_FORMAT_half, edgeDetect},

@@ -138,19 +138,20 @@ ru_lut8* RU_PixelEngine::buildLUT8(unsigned int black, unsigned int white)
     // Over the full range whatever the points are.
     const ru_ChainRows<unsigned char, true> rows(chain(), ru_engineRange<unsigned char, true>(0, 255));
     return findOrBuild<unsigned char>(lut8Lock_, lut8s_, chain(), black, white,
-                       [&](unsigned char* table, int c) { fillTable(table, rows, c); });
+                                      [&](unsigned char* table, int c) { fillTable(table, rows, c); });
 }
 
 ru_lut16* RU_PixelEngine::buildLUT16(unsigned int black, unsigned int white)
 {
     if (black == 0 && white == 65535)
-        return findOrBuild<unsigned short>(lut16Lock_, lut16s_, chain(), black, white,
-                           [&](unsigned short* table, int c) { fillFullRange16(table, chain(), c); });
+        return findOrBuild<unsigned short>(
+            lut16Lock_, lut16s_, chain(), black, white,
+            [&](unsigned short* table, int c) { fillFullRange16(table, chain(), c); });
     PXLdetermineProcCaps();
     const ru_ChainRows<unsigned short, false> rows(chain(),
                                                    ru_engineRange<unsigned short, false>(black, white));
     return findOrBuild<unsigned short>(lut16Lock_, lut16s_, chain(), black, white,
-                       [&](unsigned short* table, int c) { fillTable(table, rows, c); });
+                                       [&](unsigned short* table, int c) { fillTable(table, rows, c); });
 }
 
 ru_lut16fp* RU_PixelEngine::buildLUT16FP()

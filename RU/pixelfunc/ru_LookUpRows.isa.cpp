@@ -138,7 +138,8 @@ void lookUpWords(const uint16_t* table, const uint16_t* in, uint16_t* out, int64
 }
 
 template <class Code>
-void lookUpFloats(const float* __restrict table, const Code* __restrict in, float* __restrict out, int64_t count)
+void lookUpFloats(const float* __restrict table, const Code* __restrict in, float* __restrict out,
+                  int64_t count)
 {
     for (int64_t i = 0; i < count; ++i)
         out[i] = table[in[i]];

@@ -224,7 +224,8 @@ const ru_leadingTables* RU_PixelEngineOp<T, FullRange>::leadingTables(const TIL_
     if constexpr (!hasLeadingTables<T>)
         return nullptr;
     else if constexpr (FullRange || !std::is_integral_v<T>)
-        return engine().buildLeadingTables(PXL_FormatOf<T>::code, 0, static_cast<unsigned int>(PXL_FormatOf<T>::white));
+        return engine().buildLeadingTables(PXL_FormatOf<T>::code, 0,
+                                           static_cast<unsigned int>(PXL_FormatOf<T>::white));
     else
         return engine().buildLeadingTables(PXL_FormatOf<T>::code, out.blackPoint, out.whitePoint);
 }

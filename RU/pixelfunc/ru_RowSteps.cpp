@@ -80,8 +80,8 @@ void ru_RowSteps::run(const float* in, float* out, int64_t count) const
 void ru_ComponentSteps::add(RU_PixelFunction& function)
 {
     // A function that says it needs all components may take single ones and treat them differently.
-    alike = alike && !(function.eachComponentDifferent() || function.needAllComponents() ||
-                       function.isPartialScope());
+    alike = alike &&
+            !(function.eachComponentDifferent() || function.needAllComponents() || function.isPartialScope());
     for (int c = 0; c < 4; ++c)
         of[c].add(function, c);
 }

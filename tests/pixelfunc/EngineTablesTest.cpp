@@ -61,8 +61,8 @@ TEST(EngineTables, OfLeadingFunctionsChangeNoBit)
     const auto expectSame = [](auto code, unsigned int black, unsigned int white) {
         using T = decltype(code);
         constexpr unsigned char format = PXL_FormatOf<T>::code;
-        const Chain chain({new RU_GammaFunc(2.2f, 1.7f, 0.6f, 1), new RU_AddFunc(-0.25f), new Swap,
-                           new RU_AddFunc(0.5f)});
+        const Chain chain(
+            {new RU_GammaFunc(2.2f, 1.7f, 0.6f, 1), new RU_AddFunc(-0.25f), new Swap, new RU_AddFunc(0.5f)});
         RU_PixelEngine engine(chain.head());
         const ru_leadingTables* tables = engine.buildLeadingTables(format, black, white);
         ASSERT_TRUE(tables != nullptr && tables == engine.buildLeadingTables(format, black, white));

@@ -24,18 +24,30 @@ RU_PixelFunction* anyFunction(Random& random)
 {
     const auto number = [&] { return static_cast<float>(random.between(-2.0, 2.0)); };
     switch (random.between(0, 11)) {
-    case 0: return new RU_AddFunc(random.oneIn(4) ? -0.0f : number());
-    case 1: return new RU_MultFunc(random.oneIn(4) ? HUGE_VALF : number());
-    case 2: return new RU_MAddFunc(number(), number());
-    case 3: return new RU_ScaleFunc(number(), number());
-    case 4: return new RU_LimitFunc(random.oneIn(2), number(), random.oneIn(2), number(), random.oneIn(2));
-    case 5: return new RU_NegateFunc;
-    case 6: return new RU_GammaFunc(number());
-    case 7: return new RU_PowerFunc(static_cast<float>(random.between(-4, 4)));
-    case 8: return new RU_LevelsFunc(0, 1, number(), 0, 1, 0, number(), 1, number(), 0, 1);
-    case 9: return new RU_FloorFunc;
-    case 10: return new Halve;
-    default: return new Swap;
+    case 0:
+        return new RU_AddFunc(random.oneIn(4) ? -0.0f : number());
+    case 1:
+        return new RU_MultFunc(random.oneIn(4) ? HUGE_VALF : number());
+    case 2:
+        return new RU_MAddFunc(number(), number());
+    case 3:
+        return new RU_ScaleFunc(number(), number());
+    case 4:
+        return new RU_LimitFunc(random.oneIn(2), number(), random.oneIn(2), number(), random.oneIn(2));
+    case 5:
+        return new RU_NegateFunc;
+    case 6:
+        return new RU_GammaFunc(number());
+    case 7:
+        return new RU_PowerFunc(static_cast<float>(random.between(-4, 4)));
+    case 8:
+        return new RU_LevelsFunc(0, 1, number(), 0, 1, 0, number(), 1, number(), 0, 1);
+    case 9:
+        return new RU_FloorFunc;
+    case 10:
+        return new Halve;
+    default:
+        return new Swap;
     }
 }
 
@@ -112,7 +124,8 @@ TEST(PixelFunction, RowsOfChainsHaveTheBitsOfSingleValues)
             chain->processValues(pixel);
         }
         for (int c = 0; c < 4; ++c)
-            ASSERT_TRUE(bitsOf(apart[c]) == bitsOf(pixels[c]) && bitsOf(inPlace[c]) == bitsOf(pixels[c])) << c;
+            ASSERT_TRUE(bitsOf(apart[c]) == bitsOf(pixels[c]) && bitsOf(inPlace[c]) == bitsOf(pixels[c]))
+                << c;
     }
 }
 

@@ -90,16 +90,19 @@ inline std::vector<KnownChain> knownChains()
         {"different", chain({new RU_MAddFunc(mult, add)}),
          each([](double v, size_t c) { return v * mult[c] + add[c]; })},
         {"scoped", chain({partial}), each([](double v, size_t c) { return redAndBlue[c] ? v + 0.25 : v; })},
-        {"pixels", chain({new RU_MultFunc(0.875f), new Swap, new RU_AddFunc(0.125f)}), [](Pixel p) {
+        {"pixels", chain({new RU_MultFunc(0.875f), new Swap, new RU_AddFunc(0.125f)}),
+         [](Pixel p) {
              if (!isAbsent(p[0]) && !isAbsent(p[1]))
                  std::swap(p[0], p[1]);
              for (double& v : p)
                  v = v * 0.875 + 0.125;
              return p;
          }},
-        {"bent pixels", chain({new RU_GammaFunc(bends[0], bends[1], bends[2], bends[3]), new Swap}), [](Pixel p) {
+        {"bent pixels", chain({new RU_GammaFunc(bends[0], bends[1], bends[2], bends[3]), new Swap}),
+         [](Pixel p) {
              for (size_t c = 0; c < 4; ++c)
-                 p[c] = isAbsent(p[c]) ? p[c] : std::copysign(std::pow(std::abs(p[c]), 1 / double{bends[c]}), p[c]);
+                 p[c] = isAbsent(p[c]) ? p[c]
+                                       : std::copysign(std::pow(std::abs(p[c]), 1 / double{bends[c]}), p[c]);
              if (!isAbsent(p[0]) && !isAbsent(p[1]))
                  std::swap(p[0], p[1]);
              return p;
