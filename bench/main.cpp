@@ -94,6 +94,7 @@ class Table : public benchmark::BenchmarkReporter
 {
 public:
     std::vector<Line> lines;
+    bool failed = false;
 
     bool ReportContext(const Context&) override
     {
@@ -107,9 +108,10 @@ public:
     {
         for (const Run& run : runs) {
             const std::string& name = run.run_name.function_name;
-            if (run.error_occurred)
-                std::printf("%s: %s\n", name.c_str(), run.error_message.c_str());
-            else if (run.run_type == Run::RT_Iteration)
+            if (run.error_occurred) {
+                std::fprintf(stderr, "%s: %s\n", name.c_str(), run.error_message.c_str());
+                failed = true;
+            } else if (run.run_type == Run::RT_Iteration)
                 for (Line& line : lines)
                     for (Line::Entry& entry : line.entries)
                         if (name == line.row + '/' + entry.contender)
@@ -190,5 +192,6 @@ int main(int argc, char** argv)
     for (const bench::Row& row : bench::rows)
         for (const bench::Size& size : row.sizes)
             table.lines.push_back(bench::registerRow(row, size));
-    return benchmark::RunSpecifiedBenchmarks(&table) == 0;
+    const bool ran = benchmark::RunSpecifiedBenchmarks(&table) > 0;
+    return ran && !table.failed ? 0 : 1;
 }
