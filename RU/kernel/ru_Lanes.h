@@ -107,6 +107,7 @@ struct PowerOfLanes
 {
     using Floats = RU_ISA::Floats;
     using Ints = RU_ISA::Ints;
+    using Bits = Words;
 
     [[gnu::always_inline]] explicit PowerOfLanes(const ru_Exponent& exponent)
         : factor(exponent.factor), hi(exponent.hi), lo(exponent.lo), root(exponent.root), p(exponent)

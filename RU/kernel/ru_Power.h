@@ -51,6 +51,7 @@ struct PowerOfOne
 {
     using Floats = float;
     using Ints = int32_t;
+    using Bits = uint32_t;
 
     struct Eight
     {
@@ -91,8 +92,10 @@ RU_INLINE typename Power::Floats powInReach(typename Power::Floats x, const Powe
     const Floats g = (t0 - (eighths - aligned)) + s;
     const Floats w = (g * g) * (g * 0x1.3b3390bc35ddfp-7f + 0x1.c6be3bbea91d5p-5f) +
                      (g * 0x1.ebfbdfb64c155p-3f + 0x1.62e42fb8cecf3p-1f); // (2^g - 1) / g
-    const Ints k = __builtin_bit_cast(Ints, eighths);
-    const Floats scale = __builtin_bit_cast(Floats, __builtin_bit_cast(Ints, by.root[k]) + (k << 20));
+    using Bits = typename Power::Bits; // sums may wrap where x is out of reach
+    const Bits k = __builtin_bit_cast(Bits, eighths);
+    const Bits root = __builtin_bit_cast(Bits, by.root[__builtin_bit_cast(Ints, k)]);
+    const Floats scale = __builtin_bit_cast(Floats, root + (k << 20));
     return (scale * g) * w + scale;
 }
 
