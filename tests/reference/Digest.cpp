@@ -164,7 +164,8 @@ void addCurves()
     Digest digest("curves");
     for (uint64_t seed = 0; seed < 100; ++seed) {
         Random random(seed);
-        RU_ColorCurve curve = curveOf(randomKeys(random), random.oneIn(2));
+        const std::vector<Key> keys = randomKeys(random);
+        const RU_ColorCurve curve = curveOf(keys, random.oneIn(2));
         std::vector<float> values = wildValues<float>(static_cast<int64_t>(500 + seed), random);
         curve.evaluate(values.data(), values.data(), std::ssize(values));
         digest.add(values);
