@@ -6,6 +6,37 @@
 namespace RU_ISA {
 namespace {
 
+/// Asks the second-level cache for what lies `count` values behind: the next row or piece of the same array.
+/// Under a mask all components have their turn before it is read, and the processor sees no stream in pieces
+/// that short. Without a mask it does, and this would be in its way.
+template <class T>
+RU_INLINE void prefetchNext(const T* values, int64_t count)
+{
+    constexpr int forReading = 0, intoSecondLevel = 2;
+    __builtin_prefetch(values + count, forReading, intoSecondLevel);
+}
+
+/// The values of a cache line.
+template <class T>
+constexpr int64_t line = 64 / sizeof(T);
+
+/// eachBlock() that prefetches the next row of both images meanwhile; `second` may be null.
+template <class T, class Body>
+RU_INLINE void eachPrefetching(const T* first, const T* second, int64_t count, Body body)
+{
+    constexpr int64_t segment = 64;
+    int64_t start = 0;
+    for (; start + segment <= count; start += segment) {
+        for (int64_t i = start; i < start + segment; i += line<T>) {
+            prefetchNext(first + i, count);
+            if (second != nullptr)
+                prefetchNext(second + i, count);
+        }
+        eachBlock<hasBlocks<T>>(segment, [=](auto block, int64_t i) RU_BLOCK { body(block, start + i); });
+    }
+    eachBlock<hasBlocks<T>>(count - start, [=](auto block, int64_t i) RU_BLOCK { body(block, start + i); });
+}
+
 /// Blends are linear, so that codes need no scale, only their distance from the black point.
 template <class T, bool FullRange, bool Two, bool Rows>
 void blendRow(T* first, const T* second, int64_t count, const ru_BlendWeights<ru_Work<T>>& weights,
@@ -15,7 +46,7 @@ void blendRow(T* first, const T* second, int64_t count, const ru_BlendWeights<ru
     const ru_Range<T> range = of;
     const ru_BlendWeights<Work> with = weights;
     const ru_Clamp<Work> white(PXL_FormatOf<T>::white);
-    eachBlock<hasBlocks<T>>(count, [=](auto block, int64_t i) RU_BLOCK {
+    const auto blend = [=](auto block, int64_t i) RU_BLOCK {
         const auto weightOf = [=](Work all, const Work* row) RU_BLOCK {
             if constexpr (Rows)
                 return block.load(row + i);
@@ -27,7 +58,11 @@ void blendRow(T* first, const T* second, int64_t count, const ru_BlendWeights<ru
             sum =
                 sum + loadAbove<FullRange>(block, second + i, range) * weightOf(with.second, with.secondRow);
         storeAbove<FullRange>(block, first + i, sum, range, white);
-    });
+    };
+    if constexpr (Rows)
+        eachPrefetching(first, Two ? second : nullptr, count, blend);
+    else
+        eachBlock<hasBlocks<T>>(count, blend);
 }
 
 /// Halves go through floats.
@@ -41,6 +76,11 @@ void blendHalves(fpreal16* first, const fpreal16* second, int64_t count,
     float others[ru_chunk];
     for (int64_t start = 0; start < count; start += ru_chunk) {
         const int64_t length = count - start < ru_chunk ? count - start : ru_chunk;
+        for (int64_t i = start; Rows && i < start + length; i += line<fpreal16>) {
+            prefetchNext(first + i, count);
+            if constexpr (Two)
+                prefetchNext(second + i, count);
+        }
         halves.read(first + start, values, length, range);
         if constexpr (Two)
             halves.read(second + start, others, length, range);
@@ -161,14 +201,6 @@ private:
     Digit high_, low_;
 };
 
-/// Asks the second-level cache for what lies a row behind: the next row or piece, which is read when all other
-/// components have had their turn. The processor sees no stream in pieces that short.
-RU_INLINE void prefetchNext(const void* from, int64_t rowBytes)
-{
-    constexpr int forReading = 0, intoSecondLevel = 2;
-    __builtin_prefetch(static_cast<const char*>(from) + rowBytes, forReading, intoSecondLevel);
-}
-
 template <class T, bool Rows>
 void mixRow(T* codes, const T* a, const T* b, int64_t count, const typename ru_MixRow<T>::Weights& of)
 {
@@ -178,10 +210,11 @@ void mixRow(T* codes, const T* a, const T* b, int64_t count, const typename ru_M
     if (count >= step) {
         // The last register is mixed first, before any of its codes are overwritten.
         const Register last = weights.mixVector(a, b, count - step);
-        constexpr int64_t size = sizeof(T);
         for (int64_t i = 0; i + step < count; i += step) {
-            prefetchNext(a + i, count * size);
-            prefetchNext(b + i, count * size);
+            if constexpr (Rows) {
+                prefetchNext(a + i, count);
+                prefetchNext(b + i, count);
+            }
             store(codes + i, weights.mixVector(a, b, i));
         }
         store(codes + count - step, last);
@@ -198,7 +231,7 @@ bool weighMix(const float* mask, const typename ru_MixRow<T>::Weights& weights, 
 {
     using Mix = CodeMix<T>;
     using Digit = typename Mix::Digit;
-    constexpr int64_t line = 16, lines = 4 * line; // values; lines, so that the loop over them is vectorised
+    constexpr int64_t lines = 4 * line<float>; // together, so that the loop over them is vectorised
     Digit* __restrict high = weights.high;
     Digit* __restrict low = weights.low;
     const ru_Clamp<float> one(1);
@@ -215,8 +248,8 @@ bool weighMix(const float* mask, const typename ru_MixRow<T>::Weights& weights, 
     };
     int64_t i = 0;
     for (; i + lines <= count; i += lines) {
-        for (int64_t k = 0; k < lines; k += line)
-            prefetchNext(mask + i + k, count * int64_t(sizeof(float)));
+        for (int64_t k = 0; k < lines; k += line<float>)
+            prefetchNext(mask + i + k, count);
         for (int64_t k = 0; k < lines; ++k)
             weigh(i + k);
     }
