@@ -74,8 +74,7 @@ struct Line
 {
     struct Entry
     {
-        std::string contender;
-        bool otherResult = false;
+        std::string contender; ///< with ~ if it comes to another end
         std::vector<double> times;
 
         double median()
@@ -134,8 +133,8 @@ public:
             for (size_t i = 2; i < line.entries.size(); ++i) {
                 Line::Entry& peer = line.entries[i];
                 const double theirs = peer.median();
-                std::printf("%s%*s %c %-30s %7.3f %7.1f %7.1f", i > 2 ? "\n" : "", i > 2 ? 53 : 0, "",
-                            peer.otherResult ? '~' : ' ', peer.contender.c_str(), theirs, theirs / ours,
+                std::printf("%s%*s   %-30s %7.3f %7.2f %7.2f", i > 2 ? "\n" : "", i > 2 ? 53 : 0, "",
+                            peer.contender.c_str(), theirs, theirs / ours,
                             peer.least() / line.entries[0].least());
             }
             std::printf("\n");
@@ -154,7 +153,8 @@ Line registerRow(const Row& row, const Size& size)
     for (const Peer& contender : contenders) {
         const bool otherResult = contender.agreement == Agreement::none;
         const bool compare = line.entries.size() >= 2 && !otherResult;
-        line.entries.push_back({contender.name, otherResult, {}});
+        const std::string name = std::string(otherResult ? "~ " : "") + contender.name;
+        line.entries.push_back({name, {}});
         const auto run = [=, work = Work()](benchmark::State& state) mutable {
             Planes& planes = planesOf(row, size);
             if (work == nullptr) {
@@ -168,7 +168,7 @@ Line registerRow(const Row& row, const Size& size)
                 work();
             state.SetItemsProcessed(state.iterations() * planes.values());
         };
-        benchmark::RegisterBenchmark((line.row + '/' + contender.name).c_str(), run)->MeasureProcessCPUTime();
+        benchmark::RegisterBenchmark((line.row + '/' + name).c_str(), run)->MeasureProcessCPUTime();
     }
     return line;
 }

@@ -5,21 +5,21 @@
 #include <cstdint>
 #include <type_traits>
 
-// The two arithmetics that the formulas of compositing are computed in; for *.isa.cpp only. Each has lanes
-// for colours and alphas and the operators on them. Codes come first, exact; a formula that asks for an
-// operator which they lack is computed in float.
+// The formulas of compositing are computed in codes, which is exact, or in floats; for *.isa.cpp only. Either
+// way there are types for colours and alphas, the operators on these, and lanes that load and store them. The
+// list of operations says which way a formula goes.
 
 namespace RU_ISA {
 
 #define RU_LANE [[gnu::always_inline]] inline
 
-/// In place of an alpha that is not read; has no operators.
+/// Stands for an alpha that is not read. It has no operators.
 struct NoAlpha
 {
 };
 
-// Codes, in lanes of their own width. What would overflow is kept in parts until it is known what it is for;
-// where it is stored it saturates.
+// Codes, in lanes of their own width. Sums and differences would overflow: they are kept as two operands and
+// saturate when they are stored.
 
 template <class T>
 struct Code
@@ -51,14 +51,14 @@ RU_INLINE CodeDifference<T> operator-(Code<T> a, Code<T> b)
     return {a.code, b.code};
 }
 
-/// The half, rounded up; no formula divides by anything but 2.
+/// Half of a sum, rounded up. No formula divides by anything but 2.
 template <class T>
 RU_INLINE Code<T> operator/(CodeSum<T> sum, int)
 {
     return {static_cast<T>((sum.a + sum.b + 1) >> 1)};
 }
 
-/// Of equal values the first one.
+/// The first one where both are equal.
 template <class T>
 RU_INLINE Code<T> min(Code<T> a, Code<T> b)
 {
@@ -77,8 +77,8 @@ RU_INLINE Code<T> abs(CodeDifference<T> d)
     return {static_cast<T>((d.a > d.b ? d.a : d.b) - (d.a > d.b ? d.b : d.a))};
 }
 
-// 8-bit codes are multiplied too, in 16-bit lanes. A product counts 255ths of a code. None lies half-way
-// between two codes, so that one that is added to a code, or taken away, may be rounded before.
+// Products of 8-bit codes have 16-bit lanes and count in 255ths of a code. No product lies half-way between
+// two codes: a product may be rounded before a code is added, which gives the same as rounding the sum.
 
 using Byte = unsigned char;
 
@@ -125,7 +125,7 @@ RU_INLINE CodeSum<Byte> operator+(Code<Byte> a, ByteProduct b)
     return {a.code, rounded(b)};
 }
 
-/// A sum without the product of its parts, which is at most the lesser of them.
+/// a + b - a b. The product is at most b and the result at most white: nothing overflows.
 RU_INLINE Code<Byte> operator-(CodeSum<Byte> sum, ByteProduct product)
 {
     return {static_cast<Byte>(sum.a + (sum.b - rounded(product)))};
@@ -140,7 +140,9 @@ public:
 
     RU_LANE CodeLanes(float)
     {
-        asm("" : "+r"(white_)); // g++ 12 would make 255 - x a NOT, which waits for its register's last value
+        // Hides the value from g++ 12, which would turn 255 - x into a NOT: that waits for what its register
+        // held before.
+        asm("" : "+r"(white_));
     }
     RU_LANE Colour colour(Block<1>, const T* code) const { return {*code}; }
     RU_LANE Alpha alpha(Block<1>, const U* code) const { return {*code, white_}; }
@@ -162,8 +164,7 @@ private:
     T white_ = PXL_FormatOf<T>::white;
 };
 
-// Everything else in float: colours in units of their codes, alphas of which full is 1. B is the block
-// that they are a part of.
+// Floats: colours in units of their codes, alphas as 0 to 1. B is the block that loads and stores them.
 
 template <class T, class B>
 struct FloatColour
@@ -195,7 +196,7 @@ RU_INLINE FloatColour<T, B> operator*(FloatAlpha<B> alpha, FloatColour<T, B> col
     return {alpha.value * colour.value};
 }
 
-/// One of two colours is normalised.
+/// One of two colours that are multiplied is normalised.
 template <class T, class B>
 RU_INLINE FloatColour<T, B> operator*(FloatColour<T, B> a, FloatColour<T, B> b)
 {
@@ -227,7 +228,7 @@ RU_INLINE FloatColour<T, Block<1>> abs(FloatColour<T, Block<1>> a)
     return {__builtin_fabsf(a.value)};
 }
 
-/// Of equal values the first one.
+/// The first one where both are equal.
 template <class T>
 RU_INLINE FloatColour<T, Block<1>> min(FloatColour<T, Block<1>> a, FloatColour<T, Block<1>> b)
 {

@@ -41,14 +41,15 @@ constexpr bool readsDestination = ru_readsDestination(Formula::reads);
 template <class U>
 constexpr float alphaUnit = 1.0f / PXL_FormatOf<U>::white;
 
-/// 16-bit alphas count from 65355 where they put 16-bit colours over, under or atop each other: full is a
-/// little more than 1 there.
+/// Over, under and atop of 16-bit colours beside 16-bit alphas divide the alpha by 65355: full is a little
+/// more than 1 there.
 constexpr float oddAlphaUnit16 = 1.0f / 65355.0f;
 template <class Formula, class T, class U>
 constexpr bool isOdd = std::is_same_v<T, unsigned short>&& std::is_same_v<U, unsigned short> &&
                        (std::is_same_v<Formula, OVER> || std::is_same_v<Formula, UNDER> ||
                         std::is_same_v<Formula, ATOP>);
 
+/// Is a formula computed in codes?
 template <class Formula, class T, class U>
 constexpr bool isExact = std::is_integral_v<T> && (Formula::inCodes || (sizeof(T) == 1 && sizeof(U) == 1));
 
@@ -76,10 +77,10 @@ RU_INLINE void combine(T* dst, const U* dstAlpha, const T* src, const U* srcAlph
 }
 
 template <class Formula, class T, class U>
-[[gnu::noinline]] // where it calls itself for another U
+[[gnu::noinline]] // the one for another U calls it
 void compositeRow(T* dst, const U* dstAlpha, const T* src, const U* srcAlpha, int64_t count)
 {
-    // Without alphas U only says whether floats are clamped.
+    // Where no alpha is read, U matters to floats alone, which are clamped beside integer alphas.
     using Same = std::conditional_t<std::is_integral_v<T> || std::is_same_v<U, float>, T, unsigned char>;
     if constexpr (Formula::reads == ru_CompositeAlphas::NEITHER && !std::is_same_v<U, Same>)
         compositeRow<Formula, T, Same>(dst, nullptr, src, nullptr, count);

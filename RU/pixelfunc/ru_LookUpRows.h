@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-/// Rows through tables: out = table[in]. Rows may be the same.
+/// Look-ups in tables, row by row: out = table[in]. Both rows may be the same.
 struct ru_LookUpKernels : ru_KernelTable
 {
     void (*bytes)(const uint8_t* table, const uint8_t* in, uint8_t* out, int64_t count);
