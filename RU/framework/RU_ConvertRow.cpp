@@ -3,7 +3,6 @@
 #include <RU/framework/ru_Convert.h>
 
 #include <algorithm>
-#include <cstring>
 
 namespace {
 
@@ -103,7 +102,7 @@ int RUconvertRow(const TIL_Plane& from, const void* in, const TIL_Plane& to, voi
     if (source.size == 0 || target.size == 0)
         return 0;
     if (source == target) {
-        std::memcpy(out, in, static_cast<size_t>(count * source.size));
+        std::copy_n(static_cast<const char*>(in), count * source.size, static_cast<char*>(out));
         return 1;
     }
     const bool wide = source.format == PXL_FORMAT_uint32 || target.format == PXL_FORMAT_uint32;

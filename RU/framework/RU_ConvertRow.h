@@ -9,8 +9,8 @@
 /// keep images in other formats than they compute in. Codes are read and written as algorithms do it; see
 /// RU_Algorithm.
 ///
-/// Shape: `count` elements without a gap at `in` and at `out`, which do not overlap. Of the planes only
-/// format and black and white points count.
+/// Shape: `count` elements without a gap, aligned to their size, at `in` and at `out`, which do not overlap.
+/// Of the planes only format and black and white points count.
 /// Units: a row of the same format and range is copied, bit by bit. Values pass in double where one of the
 /// two formats is uint32, otherwise in float.
 /// Result: 1, or 0 for an unknown format; then nothing is written.
