@@ -59,7 +59,7 @@ std::vector<std::vector<Word>> chainWords(const std::string& text)
             inWord = true;
         }
         Word& word = parts.back().back();
-        if (c == quote || (quote == 0 && (c == '"' || c == '\''))) {
+        if (quote != 0 ? c == quote : c == '"' || c == '\'') {
             quote = quote == 0 ? c : '\0';
             continue;
         }
@@ -78,7 +78,7 @@ std::vector<std::vector<Word>> chainWords(const std::string& text)
 /// In quotes where the parser would see more than a word.
 std::string quoted(const std::string& text)
 {
-    if (!text.empty() && text.find_first_of(" \t\r\n,@='\"") == std::string::npos)
+    if (!text.empty() && text.find_first_of(" \t\r\n\v\f,@='\"") == std::string::npos)
         return text;
     std::string inQuotes = joined(splitText(text, '"'), "\"'\"'\"");
     return inQuotes.insert(0, 1, '"').append(1, '"');
@@ -335,7 +335,11 @@ std::string Chain::json() const
             item["scope"] = lettersOf(step.scope);
         list.push_back(item);
     }
-    return list.dump(2);
+    try {
+        return list.dump(2);
+    } catch (const Json::type_error&) {
+        refuse("a path in a chain is no UTF-8, which JSON has to be");
+    }
 }
 
 /// Makes the function of a step. What is wrong with a file that it needs is the fault of that which names it.
