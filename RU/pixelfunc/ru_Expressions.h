@@ -28,6 +28,8 @@ struct ru_Line
         const float raised = w < lower ? belowValue : w;
         return raised > upper ? aboveValue : raised;
     }
+    bool multiplies() const { return mult != 1.0f; }
+    bool adds() const { return add != 0.0f || !__builtin_signbit(add); }
     bool limits() const { return (lower > -ru_math::infinity) | (upper < ru_math::infinity); }
 };
 

@@ -51,8 +51,12 @@ RU_INLINE Group follow(const ru_Lines& lines, Group group)
 {
     for (int64_t i = 0; i < lines.count; ++i) {
         const ru_Line& line = lines.first[i];
-        for (Floats& v : group.lanes)
-            v = v * line.mult + line.add;
+        if (line.multiplies())
+            for (Floats& v : group.lanes)
+                v = v * line.mult;
+        if (line.adds())
+            for (Floats& v : group.lanes)
+                v = v + line.add;
         if (!line.limits())
             continue;
         for (Floats& v : group.lanes) {

@@ -14,11 +14,29 @@ void ru_RowSteps::add(RU_PixelFunction& function, int component)
         steps_.push_back({runForm, false, lineCount(), nullptr, &function, form, component});
 }
 
+namespace {
+
+/// Makes one line of two where nothing of the second comes before anything of the first, and rounds as both.
+bool join(ru_Line& first, const ru_Line& second)
+{
+    if (first.limits() || second.multiplies() || (first.adds() && second.adds()))
+        return false;
+    const ru_Line before = first;
+    first = second;
+    first.mult = before.mult;
+    first.add = before.adds() ? before.add : second.add;
+    return true;
+}
+
+} // namespace
+
 void ru_RowSteps::add(const ru_Line& line)
 {
-    lines_.push_back(line);
     if (steps_.empty() || !steps_.back().takesLines)
-        steps_.push_back({runLines, true, 0});
+        steps_.push_back({runLines, true, lineCount()});
+    const int64_t linesBefore = steps_.size() > 1 ? steps_[steps_.size() - 2].linesEnd : 0;
+    if (lineCount() == linesBefore || !join(lines_.back(), line))
+        lines_.push_back(line);
     steps_.back().linesEnd = lineCount();
 }
 
