@@ -29,7 +29,7 @@ std::vector<T> values()
 {
     Random random(sizeof(T));
     std::vector<T> all(4096);
-    Format{PXL_FormatOf<T>::code, true}.randomize(all.data(), std::ssize(all), random, 8, 5);
+    Format{PXL_FormatOf<T>::code, true}.randomize(all.data(), std::ssize(all), random, 8, 6);
     if constexpr (!isFloat<T>)
         for (size_t i = 0; i < all.size(); i += 4) {
             const int top = static_cast<int>(white<T>), ends[] = {0, 1, top / 2, top / 2 + 1, top - 1, top};

@@ -18,7 +18,7 @@ public:
     Scene(Format format, RU_Border border, int width, int height, int x1 = 0, int y1 = 0);
 
     /// Any pixels; see Format::randomize().
-    void fill(Random& random, int oddOneIn, int kinds = 4);
+    void fill(Random& random, int oddOneIn, int kinds = 5);
     /// Tiles and components of every state, and now and then a range without width.
     void scatter(Random& random);
     /// The pixels of a scene that covers this one.

@@ -131,14 +131,15 @@ struct Format
     uint32_t quietNaN() const { return isHalf() ? 0x7E00 : 0x7FC00000; }
 
     /// Any codes; else values around [0, 1], and one in `oddOneIn` an odd one: NaN with any bits, an infinity, a
-    /// zero, something subnormal, or, of all `kinds`, huge. 0: none.
-    void randomize(void* data, int64_t count, Random& random, int oddOneIn, int kinds = 4) const
+    /// zero, a one, something subnormal, or, of all `kinds`, huge. 0: none.
+    void randomize(void* data, int64_t count, Random& random, int oddOneIn, int kinds = 5) const
     {
         const uint32_t infinity = isHalf() ? 0x7C00 : 0x7F800000, lowest = infinity & ~(infinity << 1);
         for (int64_t i = 0; i < count; ++i) {
             const auto any = static_cast<uint32_t>(random.bits()), rest = any & ~infinity;
-            const uint32_t odd[] = {rest | infinity, (rest & ~(lowest - 1)) | infinity, rest & ~(lowest - 1),
-                                    rest, rest | (infinity - lowest)};
+            const uint32_t sign = rest & ~(lowest - 1), one = (infinity >> 1) & infinity;
+            const uint32_t odd[] = {rest | infinity,           sign | infinity, sign, sign | one, rest,
+                                    rest | (infinity - lowest)};
             if (isInteger())
                 putBits(data, i, any);
             else if (oddOneIn > 0 && random.oneIn(oddOneIn))
