@@ -34,6 +34,8 @@ extern template class RU_API RU_PixelFactories<RU_BlendSingleOp, RU_BlendFilterF
 /// component below it that has one, else of the highest above it.
 /// Range: wA and wB may be anything, and extrapolate; in binary the product k M is clamped, not its factors.
 /// NaN in a mask makes NaN, code 0.
+/// Rounding: once, halves up, where the weights of 8- or 16-bit codes are from 0 to 1 and share 1: these are
+/// mixed in integers. Else as everywhere.
 /// Null and constant: any region may be null but the output's, and so may components of it. pixelAdjust skips
 /// components without an input tile; where a tile has no data there is no B. A constant input tile stands for
 /// its first pixel everywhere.
