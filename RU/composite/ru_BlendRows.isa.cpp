@@ -165,7 +165,12 @@ public:
         return Mix::of(a, b, Rows ? rows_.high[i] : high_, Rows ? rows_.low[i] : low_);
     }
 
+private:
+    typename ru_MixRow<T>::Weights rows_;
+    Digit high_, low_;
+
 #if defined(RU_VECTOR)
+public:
     static constexpr int64_t step = sizeof(Register) / sizeof(T);
 
     /// The codes from `i` on that fill a register.
@@ -195,10 +200,6 @@ private:
                                 Digits{} + static_cast<Lane>(low_));
     }
 #endif
-
-private:
-    typename ru_MixRow<T>::Weights rows_;
-    Digit high_, low_;
 };
 
 template <class T, bool Rows>

@@ -11,11 +11,11 @@
 namespace RU_ISA {
 
 #if defined(__AVX512F__)
-constexpr int laneCount = 16;
+constexpr int64_t laneCount = 16;
 #elif defined(__AVX2__)
-constexpr int laneCount = 8;
+constexpr int64_t laneCount = 8;
 #else
-constexpr int laneCount = 4;
+constexpr int64_t laneCount = 4;
 #endif
 
 typedef float Floats __attribute__((vector_size(4 * laneCount)));
@@ -43,7 +43,7 @@ RU_INLINE void storeLanes(float* values, Floats lanes)
 RU_INLINE bool anyLane(Ints lanes)
 {
     int32_t any = 0;
-    for (int k = 0; k < laneCount; ++k)
+    for (int64_t k = 0; k < laneCount; ++k)
         any |= lanes[k];
     return any != 0;
 }
@@ -95,7 +95,7 @@ inline Eight::Eight(const float* entries) : entries_(entries) {}
 inline Floats Eight::operator[](Ints index) const
 {
     Floats found;
-    for (int k = 0; k < laneCount; ++k)
+    for (int64_t k = 0; k < laneCount; ++k)
         found[k] = entries_[index[k] & 7];
     return found;
 }

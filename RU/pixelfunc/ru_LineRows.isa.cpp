@@ -6,7 +6,7 @@ namespace RU_ISA {
 namespace {
 
 /// Vectors that are computed side by side, so that one's operations run while another's are under way.
-constexpr int groupLanes = 4;
+constexpr int64_t groupLanes = 4;
 constexpr int64_t groupSize = groupLanes * laneCount;
 
 struct Group
@@ -17,14 +17,14 @@ struct Group
 RU_INLINE Group load(const float* values)
 {
     Group group;
-    for (int k = 0; k < groupLanes; ++k)
+    for (int64_t k = 0; k < groupLanes; ++k)
         group.lanes[k] = loadLanes(values + k * laneCount);
     return group;
 }
 
 RU_INLINE void store(float* values, const Group& group)
 {
-    for (int k = 0; k < groupLanes; ++k)
+    for (int64_t k = 0; k < groupLanes; ++k)
         storeLanes(values + k * laneCount, group.lanes[k]);
 }
 
@@ -65,7 +65,7 @@ RU_INLINE Group follow(const ru_Lines& lines, Group group)
         }
     }
     for (Floats& v : group.lanes)
-        v = v == v ? v : splat(__builtin_nanf(""));
+        v = v == v ? v : splat(__builtin_nanf("")); // NOLINT(misc-redundant-expression)
     return group;
 }
 
@@ -100,7 +100,7 @@ public:
     [[gnu::always_inline]] Group operator()(const Group& group)
     {
         Group result;
-        for (int k = 0; k < groupLanes; ++k) {
+        for (int64_t k = 0; k < groupLanes; ++k) {
             const Floats v = group.lanes[k];
             const Ints bits = __builtin_bit_cast(Ints, v);
             const Ints power = __builtin_bit_cast(Ints, ru_math::powInReach(v, lanes_));
