@@ -1,6 +1,6 @@
 #pragma once
 
-#include <reference/Picture.h>
+#include <reference/Contract.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -30,23 +30,6 @@ public:
         std::array<float, N> all;
         std::generate(all.begin(), all.end(), [this] { return number(); });
         return all;
-    }
-    reference::Format format() { return {static_cast<unsigned char>(below(5)), flag()}; }
-
-    /// Pixels, absent tiles, constant and done ones.
-    void fill(reference::Picture& picture)
-    {
-        reference::Random random(bits<uint16_t>());
-        picture.randomize(random);
-        for (int c = 0; c < 4; ++c) {
-            const int kind = below(8);
-            picture.list.tiles[c] = kind == 0 ? nullptr : &picture.tiles[c];
-            picture.tiles[c].setConstantTile(kind == 1);
-            picture.tiles[c].setDone(kind == 2);
-            const double first = picture.format.isInteger() ? picture.at(c, 0, 0) : bits<float>();
-            for (int i = 0; i < (kind == 1 ? picture.list.itemCount : 1); ++i)
-                picture.format.put(picture.data(c), i, first);
-        }
     }
 
 private:
@@ -96,27 +79,37 @@ void checkSingles(Row<T> whole, int count, const Run& run)
     check(whole.same(single), "a row is its elements");
 }
 
-/// `run(picture, y)` leaves the same in a picture as in its rows one by one, which begin at row y.
+/// `run(scene, y)` leaves the same in the output of a scene as in its rows one by one, which begin at row y.
 template <class Run>
-void checkRows(reference::Picture& whole, const Run& run)
+void checkRows(Bytes& bytes, const Run& run)
 {
-    const TIL_TileList& list = whole.list;
-    std::vector<reference::Bytes> rows;
-    for (int y = 0; y < list.height(); ++y) {
-        reference::Picture row(whole.format, list.width(), 1, list.x1, list.y1 + y);
-        for (int c = 0; c < 4; ++c) {
-            const reference::Bytes from = whole.rows(c, y, y + 1);
-            std::copy(from.begin(), from.end(), row.data(c));
-            row.list.tiles[c] = list.tiles[c] != nullptr ? &row.tiles[c] : nullptr;
-            row.tiles[c].setConstantTile(whole.tiles[c].isConstant());
-            row.tiles[c].setDone(whole.tiles[c].isDone());
-        }
-        run(row, y);
-        for (int c = 0; c < 4; ++c)
-            rows.push_back(row.bytes(c));
+    using reference::Scene;
+    const reference::Format format = reference::formats()[static_cast<size_t>(bytes.below(10))];
+    const int width = 1 + bytes.below(64), height = 1 + bytes.below(3);
+    reference::Random pixels(bytes.bits<uint16_t>());
+    const auto states = bytes.bits<uint16_t>();
+    const auto prepare = [&](Scene& scene) {
+        reference::Random random(states);
+        scene.scatter(random);
+        scene.out.list.firstRow = 0;
+        scene.out.list.rowStep = 1;
+        for (TIL_Tile& tile : (scene.shared ? scene.out : scene.in).tiles)
+            tile.setConstantTile(false); // its first pixel stands for all, those of other rows too
+    };
+    Scene whole(format, {}, width, height);
+    whole.fill(pixels, 4, 6);
+    whole.hold();
+    std::vector<std::unique_ptr<Scene>> rows;
+    for (int y = 0; y < height; ++y) {
+        rows.push_back(std::make_unique<Scene>(format, RU_Border{}, width, 1, 0, y));
+        rows.back()->copyFrom(whole);
+        prepare(*rows.back());
+        run(*rows.back(), y);
     }
+    prepare(whole);
     run(whole, 0);
-    check(whole.guardsIntact(), "nothing is written behind a tile");
-    for (int i = 0; i < 4 * list.height(); ++i)
-        check(whole.rows(i % 4, i / 4, i / 4 + 1) == rows[static_cast<size_t>(i)], "a picture is its rows");
+    check(whole.out.guardsIntact() && whole.in.guardsIntact(), "nothing is written behind a tile");
+    for (int i = 0; i < 4 * height; ++i)
+        check(whole.out.rows(i % 4, i / 4, i / 4 + 1) == rows[static_cast<size_t>(i / 4)]->out.bytes(i % 4),
+              "a picture is its rows");
 }

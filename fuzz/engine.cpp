@@ -61,17 +61,6 @@ void checkForms(const RU_PixelFunction& head, Bytes& bytes)
         check(rows[c].same(pixels[c]), "the vector row form is the vector form");
 }
 
-void checkEngine(RU_PixelFunction& head, Bytes& bytes)
-{
-    reference::Picture out(bytes.format(), 1 + bytes.below(40), 1 + bytes.below(3));
-    bytes.fill(out);
-    RU_PixelEngine engine(&head);
-    checkRows(out, [&](reference::Picture& part, int) {
-        check(engine.pixelAdjust(&part.list, &part.list, 0.0f, nullptr, -1, nullptr) == 1,
-              "the work is done");
-    });
-}
-
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
@@ -94,7 +83,14 @@ try {
     }
     head->buildPixelEngine();
     head->buildVectorEngine();
-    bytes.below(4) != 0 ? checkForms(*head, bytes) : checkEngine(*head, bytes);
+    if (bytes.below(4) != 0) {
+        checkForms(*head, bytes);
+    } else {
+        RU_PixelEngine engine(head.get());
+        checkRows(bytes, [&](reference::Scene& scene, int) {
+            engine.pixelAdjust(&scene.out.list, scene.inList(), 0.0f, nullptr, -1, nullptr);
+        });
+    }
     return 0;
 } catch (const host::Error&) { // arguments that make no sense
     return 0;

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <PXL/PXL_Format.h>
+#include <host/Cook.h>
+#include <host/Error.h>
 
 #include <OpenImageIO/imageio.h>
 
@@ -84,6 +85,42 @@ struct TestImage
         return image;
     }
 };
+
+/// The error that some work has to throw; its text is empty when it throws none.
+template <class Work>
+host::Error errorOf(const Work& work)
+{
+    try {
+        work();
+    } catch (const host::Error& error) {
+        return error;
+    }
+    return {host::Error::Kind::Usage, {}};
+}
+
+/// Does an error say `text`, or at its start `start`?
+inline ::testing::AssertionResult says(const host::Error& error, const std::string& text,
+                                       const std::string& start = {})
+{
+    const std::string all = error.what();
+    return ::testing::AssertionResult(all.starts_with(start) && all.find(text) != all.npos) << all;
+}
+
+/// The same bytes come out whatever the number of threads and the side of tiles is; `run` takes settings and
+/// returns the path of what it wrote.
+template <class Run>
+void expectSameForEverySplit(const Run& run)
+{
+    std::vector<char> first;
+    for (const auto& [threads, tile] : {std::pair{1, 4096}, {2, 64}, {4, 200}, {8, 5}, {3, 17}}) {
+        host::CookSettings settings;
+        settings.threads = threads;
+        settings.tile = tile;
+        const std::vector<char> bytes = TestImage::read(run(settings)).bytes;
+        first = first.empty() ? bytes : first;
+        EXPECT_EQ(bytes, first) << threads << " threads, tiles of " << tile;
+    }
+}
 
 inline OIIO::TypeDesc typeOfFormat(unsigned char format)
 {

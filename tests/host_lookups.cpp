@@ -83,12 +83,8 @@ TEST(LookUpFile, ErrorsNameTheLine)
     };
     const TempDirectory directory;
     for (const auto& c : cases) {
-        try {
-            host::readLookUpFile(written(directory, c.name, c.text));
-            ADD_FAILURE() << c.text;
-        } catch (const host::Error& error) {
-            EXPECT_NE(std::string(error.what()).find(c.expected), std::string::npos) << error.what();
-        }
+        const auto read = [&] { host::readLookUpFile(written(directory, c.name, c.text)); };
+        EXPECT_TRUE(says(errorOf(read), c.expected));
     }
 }
 
