@@ -56,8 +56,8 @@ class EdgePass
 {
 public:
     EdgePass(const RU_EdgeDetect& edge, const TIL_TileList& out)
-        : kernel_(edge), convert_(out), rows_(ru_TileRows::allOf(out)), stride_(rows_.width + int64_t{2} * reach),
-          scratch_(static_cast<size_t>(4 * stride_))
+        : kernel_(edge), convert_(out), rows_(ru_TileRows::allOf(out)),
+          stride_(rows_.width + int64_t{2} * reach), scratch_(static_cast<size_t>(4 * stride_))
     {
     }
 
