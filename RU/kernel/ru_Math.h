@@ -11,7 +11,7 @@
 ///
 ///     ru_log  0.501      ru_exp  0.55      ru_pow  0.55
 ///
-/// Special cases are those of C. Nothing here branches.
+/// Special cases are those of C. Nothing here branches. Rows with one exponent: ru_Power.h.
 
 /// The largest error of any of them, in ulp.
 inline constexpr double ru_mathUlp = 0.55;

@@ -114,7 +114,10 @@ void RU_LevelsFunc::addSteps(const RU_PixelFunction& function, int component, ru
     const RU_LevelsFunc& levels = levelsOf(&function);
     if (levels.isFast())
         return levels.fast_[component].addSteps(steps);
-    levels.components_[component].addSteps(steps);
+    const Step& step = levels.components_[component];
+    const bool changesOnlyMinusZero = !step.bends() && step.factor == 1.0f && step.addend == 0.0f;
+    if (!changesOnlyMinusZero || !levels.global_.bends()) // a gamma takes both zeros to the same
+        step.addSteps(steps);
     levels.global_.addSteps(steps);
 }
 

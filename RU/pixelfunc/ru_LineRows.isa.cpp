@@ -46,7 +46,22 @@ RU_INLINE void eachGroup(const float* in, float* out, int64_t count, Compute com
     __builtin_memcpy(out + i, last, bytes);
 }
 
-/// Every line on a group, and one NaN for all.
+/// Do values up to `bound` in magnitude stay finite?
+RU_INLINE bool stayFinite(const ru_Lines& lines, double bound)
+{
+    for (int64_t i = 0; i < lines.count; ++i) {
+        const ru_Line& line = lines.first[i];
+        bound = bound * __builtin_fabs(line.mult) + __builtin_fabs(line.add);
+        if (line.limits())
+            bound += __builtin_fabs(line.belowValue) + __builtin_fabs(line.aboveValue);
+        if (!(bound < 0x1p127))
+            return false;
+    }
+    return true;
+}
+
+/// Every line on a group, and one NaN for all if there can be any.
+template <bool AllFinite = false>
 RU_INLINE Group follow(const ru_Lines& lines, Group group)
 {
     for (int64_t i = 0; i < lines.count; ++i) {
@@ -64,8 +79,9 @@ RU_INLINE Group follow(const ru_Lines& lines, Group group)
             v = v > line.upper ? splat(line.aboveValue) : v;
         }
     }
-    for (Floats& v : group.lanes)
-        v = v == v ? v : splat(__builtin_nanf("")); // NOLINT(misc-redundant-expression)
+    if (!AllFinite)
+        for (Floats& v : group.lanes)
+            v = v == v ? v : splat(__builtin_nanf("")); // NOLINT(misc-redundant-expression)
     return group;
 }
 
@@ -132,6 +148,7 @@ void runRow(const ru_LinesAfter<Power>& given, const float* in, float* out, int6
     const ru_Exponent exponent = *power.exponent; // a copy: nothing the loop stores can change it
     if (exponent.span == 0)
         return runFar(power, lines, in, out, count);
+    const bool finite = stayFinite(lines, 0x1p126 + __builtin_fabs(power(0.0f)));
     constexpr int64_t segment = 256;
     float kept[segment];
     for (int64_t i = 0; i < count; i += segment) {
@@ -141,8 +158,9 @@ void runRow(const ru_LinesAfter<Power>& given, const float* in, float* out, int6
             from = static_cast<const float*>(
                 __builtin_memcpy(kept, from, sizeof(float) * static_cast<uint64_t>(length)));
         Near<Power> near(power, exponent);
-        if (lines.count == 0)
-            eachGroup(from, out + i, length, [&](const Group& group) { return near(group); });
+        if (finite)
+            eachGroup(from, out + i, length,
+                      [&](const Group& group) { return follow<true>(lines, near(group)); });
         else
             eachGroup(from, out + i, length, [&](const Group& group) { return follow(lines, near(group)); });
         if (near.hasMetFar())

@@ -41,7 +41,8 @@ RU_PixelFunction* anyFunction(Random& random)
     case 7:
         return new RU_PowerFunc(static_cast<float>(random.between(-4, 4)));
     case 8:
-        return new RU_LevelsFunc(0, 1, number(), 0, 1, 0, number(), 1, number(), 0, 1);
+        return new RU_LevelsFunc(0, 1, number(), 0, 1, 0, random.oneIn(2) ? 0 : number(), 1,
+                                 random.oneIn(2) ? 1 : number(), 0, 1);
     case 9:
         return new RU_FloorFunc;
     case 10:
