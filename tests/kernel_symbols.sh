@@ -13,7 +13,7 @@ for object in "$@"; do
     while read -r symbol type _; do
         case $type in
             [a-z]) [[ $type != [uvw] || $symbol == _GLOBAL_OFFSET_TABLE_ ]] && continue ;; # seen by this object alone
-            U) [[ $symbol =~ ^($table|mem(cpy|set|move)|_GLOBAL_OFFSET_TABLE_)$ ]] && continue ;;
+            U) [[ $symbol != _Z* || $symbol =~ ^$table$ ]] && continue ;; # of C, or another table
             [DR]) [[ $symbol =~ ^$table$ ]] && tables=$((tables + 1)) && continue ;;
         esac
         echo "$object: $type $symbol" >&2
