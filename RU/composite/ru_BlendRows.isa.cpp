@@ -209,15 +209,17 @@ void mixRow(T* codes, const T* a, const T* b, int64_t count, const typename ru_M
 #if defined(RU_VECTOR)
     constexpr int64_t step = MixWeights<T, Rows>::step;
     if (count >= step) {
-        // The last register is mixed first, before any of its codes are overwritten.
-        const Register last = weights.mixVector(a, b, count - step);
-        for (int64_t i = 0; i + step < count; i += step) {
+        int64_t i = 0;
+        for (; i + 2 * step <= count; i += step) {
             if constexpr (Rows) {
                 prefetchNext(a + i, count);
                 prefetchNext(b + i, count);
             }
             store(codes + i, weights.mixVector(a, b, i));
         }
+        // The last two registers may share codes: both are mixed before one is stored.
+        const Register rest = weights.mixVector(a, b, i), last = weights.mixVector(a, b, count - step);
+        store(codes + i, rest);
         store(codes + count - step, last);
         return;
     }
