@@ -134,10 +134,9 @@ DiffReport diff(const std::string& pathA, const std::string& pathB, const Cancel
                 const Channel* inB = pairs[i].second;
                 const RowPair pair{rowsA.row(y) + inA->offset, rowsB.row(y) + inB->offset, a.pixelBytes,
                                    b.pixelBytes, row};
-                withElementType(inA->format, [&](auto typeA) {
-                    withElementType(inB->format, [&](auto typeB) {
-                        compareRow<decltype(typeA), decltype(typeB)>(pair, report.channels[i]);
-                    });
+                PXLwithElement(inA->format, [&]<class A>() {
+                    PXLwithElement(inB->format,
+                                   [&]<class B>() { compareRow<A, B>(pair, report.channels[i]); });
                 });
             }
         }

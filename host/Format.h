@@ -16,24 +16,6 @@ unsigned char formatOfName(const std::string& name);
 /// The one of two formats to compute in: uint8, uint16, uint32, half, float, the later the better.
 unsigned char widerFormat(unsigned char a, unsigned char b);
 
-/// Calls `work` with a value of the element type of a format.
-template <class Work>
-auto withElementType(unsigned char format, Work work)
-{
-    switch (format) {
-    case PXL_FORMAT_uint8:
-        return work(static_cast<unsigned char>(0));
-    case PXL_FORMAT_uint16:
-        return work(static_cast<unsigned short>(0));
-    case PXL_FORMAT_uint32:
-        return work(0u);
-    case PXL_FORMAT_half:
-        return work(fpreal16());
-    default:
-        return work(0.0f);
-    }
-}
-
 /// `count` elements from one format to another, over the full range of both, by the library's rule.
 void convertFormat(unsigned char from, const void* in, unsigned char to, void* out, int64_t count);
 

@@ -2,6 +2,7 @@
 
 #include <RU/composite/ru_CodeMix.h>
 #include <RU/kernel/ru_Blocks.h>
+#include <RU/kernel/ru_Vectors.h>
 
 namespace RU_ISA {
 namespace {
@@ -132,19 +133,6 @@ RU_INLINE Register afterPacking(Register codes)
 #endif
 }
 
-template <class Vector>
-RU_INLINE Vector load(const void* from)
-{
-    Vector vector;
-    __builtin_memcpy(&vector, from, sizeof vector);
-    return vector;
-}
-
-RU_INLINE void store(void* to, Register codes)
-{
-    __builtin_memcpy(to, &codes, sizeof codes);
-}
-
 #endif
 
 /// The weights of a mix: the same for all codes, or rows of them.
@@ -176,7 +164,7 @@ public:
     /// The codes from `i` on that fill a register.
     [[gnu::always_inline]] Register mixVector(const T* a, const T* b, int64_t i) const
     {
-        const Register x = ordered(load<Register>(a + i)), y = ordered(load<Register>(b + i));
+        const Register x = ordered(loadVector<Register>(a + i)), y = ordered(loadVector<Register>(b + i));
         const auto low = mixPairs(Mix::unpackLow(x, y), i);
         const auto high = mixPairs(Mix::unpackHigh(x, y), i + step / 2);
         const Register mixed = Mix::pack(low, high);
@@ -194,7 +182,7 @@ private:
     [[gnu::always_inline]] Digits mixPairs(Register pairs, int64_t i) const
     {
         if constexpr (Rows)
-            return Mix::ofPairs(pairs, load<Digits>(rows_.high + i), load<Digits>(rows_.low + i));
+            return Mix::ofPairs(pairs, loadVector<Digits>(rows_.high + i), loadVector<Digits>(rows_.low + i));
         else
             return Mix::ofPairs(pairs, Digits{} + static_cast<Lane>(high_),
                                 Digits{} + static_cast<Lane>(low_));
@@ -215,12 +203,12 @@ void mixRow(T* codes, const T* a, const T* b, int64_t count, const typename ru_M
                 prefetchNext(a + i, count);
                 prefetchNext(b + i, count);
             }
-            store(codes + i, weights.mixVector(a, b, i));
+            storeVector(codes + i, weights.mixVector(a, b, i));
         }
         // The last two registers may share codes: both are mixed before one is stored.
         const Register rest = weights.mixVector(a, b, i), last = weights.mixVector(a, b, count - step);
-        store(codes + i, rest);
-        store(codes + count - step, last);
+        storeVector(codes + i, rest);
+        storeVector(codes + count - step, last);
         return;
     }
 #endif

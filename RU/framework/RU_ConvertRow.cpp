@@ -6,21 +6,6 @@
 
 namespace {
 
-/// Calls `work` for the element type of a format.
-template <class Work>
-void withElement(unsigned char format, Work work)
-{
-    switch (format) {
-#define RU_CASE(CODE, T, WHITE, NAME)                                                                        \
-    case CODE:                                                                                               \
-        return work.template operator()<T>();
-        PXL_FOR_EACH_FORMAT(RU_CASE)
-#undef RU_CASE
-    default:
-        return;
-    }
-}
-
 /// What a row's elements mean; the full range is one between points here.
 struct Coding
 {
@@ -57,11 +42,11 @@ struct Piece
 void throughFloats(const Coding& from, const void* in, const Coding& to, void* out, int64_t count,
                    Piece& piece)
 {
-    withElement(from.format, [&]<class From>() {
+    PXLwithElement(from.format, [&]<class From>() {
         const float* values =
             from.rows<From, float>().read(static_cast<const From*>(in), piece.floats, count);
-        withElement(to.format,
-                    [&]<class To>() { to.rows<To, float>().write(values, static_cast<To*>(out), count); });
+        PXLwithElement(to.format,
+                       [&]<class To>() { to.rows<To, float>().write(values, static_cast<To*>(out), count); });
     });
 }
 
@@ -69,7 +54,7 @@ void throughFloats(const Coding& from, const void* in, const Coding& to, void* o
 void throughDoubles(const Coding& from, const void* in, const Coding& to, void* out, int64_t count,
                     Piece& piece)
 {
-    withElement(from.format, [&]<class From>() {
+    PXLwithElement(from.format, [&]<class From>() {
         const auto* elements = static_cast<const From*>(in);
         if constexpr (std::is_integral_v<From>) {
             std::copy_n(elements, count, piece.codes);
@@ -79,7 +64,7 @@ void throughDoubles(const Coding& from, const void* in, const Coding& to, void* 
             std::copy_n(values, count, piece.doubles);
         }
     });
-    withElement(to.format, [&]<class To>() {
+    PXLwithElement(to.format, [&]<class To>() {
         auto* elements = static_cast<To*>(out);
         if constexpr (std::is_integral_v<To>) {
             to.rows<unsigned int, double>().write(piece.doubles, piece.codes, count);

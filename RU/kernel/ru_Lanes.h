@@ -1,6 +1,7 @@
 #pragma once
 
 #include <RU/kernel/ru_Power.h>
+#include <RU/kernel/ru_Vectors.h>
 
 #if defined(__AVX2__)
 #include <immintrin.h>
@@ -25,18 +26,6 @@ typedef uint32_t Words __attribute__((vector_size(4 * laneCount)));
 RU_INLINE Floats splat(float v)
 {
     return v - Floats{}; // v + 0 would lose the sign of -0
-}
-
-RU_INLINE Floats loadLanes(const float* values)
-{
-    Floats lanes;
-    __builtin_memcpy(&lanes, values, sizeof lanes);
-    return lanes;
-}
-
-RU_INLINE void storeLanes(float* values, Floats lanes)
-{
-    __builtin_memcpy(values, &lanes, sizeof lanes);
 }
 
 /// Is any lane not 0?

@@ -18,14 +18,14 @@ RU_INLINE Group load(const float* values)
 {
     Group group;
     for (int64_t k = 0; k < groupLanes; ++k)
-        group.lanes[k] = loadLanes(values + k * laneCount);
+        group.lanes[k] = loadVector<Floats>(values + k * laneCount);
     return group;
 }
 
 RU_INLINE void store(float* values, const Group& group)
 {
     for (int64_t k = 0; k < groupLanes; ++k)
-        storeLanes(values + k * laneCount, group.lanes[k]);
+        storeVector(values + k * laneCount, group.lanes[k]);
 }
 
 /// Stores compute(group) of every group of values. The last one is filled up with ones.

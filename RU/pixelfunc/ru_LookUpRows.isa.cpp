@@ -62,7 +62,7 @@ public:
     }
 
 private:
-    [[gnu::always_inline]] static __m128i entries(const uint8_t* table, int part)
+    [[gnu::always_inline]] static __m128i entries(const uint8_t* table, int64_t part)
     {
         return _mm_loadu_si128(reinterpret_cast<const __m128i*>(table + 16 * part));
     }

@@ -61,3 +61,18 @@ constexpr unsigned int PXLfullWhite(int code)
         return 1;
     }
 }
+
+/// Calls `work` as work.operator()<T>() for the element type T of a format; nothing for an unknown code.
+template <class Work>
+void PXLwithElement(int code, Work work)
+{
+    switch (code) {
+#define PXL_CASE(CODE, TYPE, WHITE, NAME)                                                                    \
+    case CODE:                                                                                               \
+        return work.template operator()<TYPE>();
+        PXL_FOR_EACH_FORMAT(PXL_CASE)
+#undef PXL_CASE
+    default:
+        return;
+    }
+}
