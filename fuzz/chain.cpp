@@ -1,8 +1,8 @@
 // Chains as people write them, in text or JSON: what can be read can be written and read again.
 #include "Bytes.h"
 
-#include <host/Chain.h>
-#include <host/Error.h>
+#include <host/chain/Chain.h>
+#include <host/text/Error.h>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 try {

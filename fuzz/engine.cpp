@@ -1,8 +1,8 @@
 // The pixel engine and the forms of pixel functions, with random chains of all of them.
 #include "Bytes.h"
 
-#include <host/Error.h>
-#include <host/Functions.h>
+#include <host/chain/Functions.h>
+#include <host/text/Error.h>
 
 #include <RU/pixelfunc/RU_PixelEngine.h>
 #include <RU/pixelfunc/RU_PixelFunction.h>

@@ -2,19 +2,14 @@
 find_package(OpenImageIO QUIET REQUIRED)
 find_package(Python3 QUIET REQUIRED COMPONENTS Interpreter)
 
-add_executable(kreiluge_host_tests
-  host_chain.cpp
-  host_combine.cpp
-  host_cook.cpp
-  host_files.cpp
-  host_lookups.cpp
-  host_pieces.cpp)
+file(GLOB sources CONFIGURE_DEPENDS host/*.cpp)
+add_executable(kreiluge_host_tests ${sources})
 target_include_directories(kreiluge_host_tests PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
 target_link_libraries(kreiluge_host_tests PRIVATE
   kreiluge_host kreiluge_flags OpenImageIO::OpenImageIO GTest::gtest_main)
 set(quiet "TSAN_OPTIONS=suppressions=${CMAKE_CURRENT_SOURCE_DIR}/tsan.supp") # read by the thread sanitizer only
 gtest_discover_tests(kreiluge_host_tests PROPERTIES ENVIRONMENT "${quiet}")
 
-add_test(NAME tool COMMAND Python3::Interpreter ${CMAKE_CURRENT_SOURCE_DIR}/tool_test.py
+add_test(NAME tool COMMAND Python3::Interpreter ${CMAKE_CURRENT_SOURCE_DIR}/host/tool_test.py
   $<TARGET_FILE:kreiluge_tool> ${PROJECT_SOURCE_DIR}/docs/tool.md)
 set_tests_properties(tool PROPERTIES TIMEOUT 300 ENVIRONMENT "${quiet}")

@@ -2,7 +2,7 @@
 
 #include "Commands.h"
 
-#include <host/Names.h>
+#include <host/text/Names.h>
 
 #include <CLI/CLI.hpp>
 

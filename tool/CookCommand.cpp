@@ -4,10 +4,10 @@
 #include "Progress.h"
 #include "Signals.h"
 
-#include <host/Error.h>
-#include <host/Format.h>
-#include <host/Frames.h>
-#include <host/Names.h>
+#include <host/file/Format.h>
+#include <host/file/Frames.h>
+#include <host/text/Error.h>
+#include <host/text/Names.h>
 
 #include <nlohmann/json.hpp>
 

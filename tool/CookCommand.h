@@ -2,7 +2,7 @@
 
 #include "Arguments.h"
 
-#include <host/Combine.h>
+#include <host/graph/Combine.h>
 
 #include <functional>
 #include <optional>

@@ -1,7 +1,7 @@
 #include "Commands.h"
 
-#include <host/CurvePicture.h>
-#include <host/Curves.h>
+#include <host/chain/Curves.h>
+#include <host/picture/CurvePicture.h>
 
 #include <memory>
 

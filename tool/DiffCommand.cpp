@@ -1,7 +1,7 @@
 #include "Commands.h"
 #include "Signals.h"
 
-#include <host/Diff.h>
+#include <host/file/Diff.h>
 
 #include <cstdio>
 #include <memory>

@@ -1,8 +1,8 @@
 #include "Commands.h"
 
-#include <host/Functions.h>
-#include <host/Names.h>
-#include <host/Text.h>
+#include <host/chain/Functions.h>
+#include <host/text/Names.h>
+#include <host/text/Text.h>
 
 #include <algorithm>
 #include <cstdio>

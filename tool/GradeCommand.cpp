@@ -1,7 +1,7 @@
 #include "Commands.h"
 #include "CookCommand.h"
 
-#include <host/Error.h>
+#include <host/text/Error.h>
 
 #include <memory>
 #include <optional>

@@ -1,8 +1,8 @@
 #include "Commands.h"
 
-#include <host/Format.h>
-#include <host/Names.h>
-#include <host/Reader.h>
+#include <host/file/Format.h>
+#include <host/file/Reader.h>
+#include <host/text/Names.h>
 
 #include <nlohmann/json.hpp>
 

@@ -1,7 +1,7 @@
 #include "Commands.h"
 
-#include <host/Cook.h>
-#include <host/Error.h>
+#include <host/graph/Cook.h>
+#include <host/text/Error.h>
 
 #include <charconv>
 

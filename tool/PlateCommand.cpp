@@ -2,9 +2,9 @@
 #include "Progress.h"
 #include "Signals.h"
 
-#include <host/Error.h>
-#include <host/Format.h>
-#include <host/Plate.h>
+#include <host/file/Format.h>
+#include <host/picture/Plate.h>
+#include <host/text/Error.h>
 
 #include <cstdio>
 #include <memory>

@@ -1,6 +1,6 @@
 #include "Progress.h"
 
-#include <host/Names.h>
+#include <host/text/Names.h>
 
 #include <nlohmann/json.hpp>
 

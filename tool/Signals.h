@@ -1,6 +1,6 @@
 #pragma once
 
-#include <host/Cook.h>
+#include <host/graph/Cook.h>
 
 namespace tool {
 

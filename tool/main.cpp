@@ -1,7 +1,7 @@
 #include "Commands.h"
 #include "Signals.h"
 
-#include <host/Error.h>
+#include <host/text/Error.h>
 
 #include <cstdio>
 #include <exception>

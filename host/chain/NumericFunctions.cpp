@@ -1,0 +1,156 @@
+#include <host/chain/FunctionRows.h>
+
+#include <RU/pixelfunc/RU_AbsFunc.h>
+#include <RU/pixelfunc/RU_AcosFunc.h>
+#include <RU/pixelfunc/RU_AddFunc.h>
+#include <RU/pixelfunc/RU_AsinFunc.h>
+#include <RU/pixelfunc/RU_AtanFunc.h>
+#include <RU/pixelfunc/RU_CeilFunc.h>
+#include <RU/pixelfunc/RU_CoshFunc.h>
+#include <RU/pixelfunc/RU_FloorFunc.h>
+#include <RU/pixelfunc/RU_GammaFunc.h>
+#include <RU/pixelfunc/RU_InvertFunc.h>
+#include <RU/pixelfunc/RU_LimitFunc.h>
+#include <RU/pixelfunc/RU_LogFunc.h>
+#include <RU/pixelfunc/RU_MAddFunc.h>
+#include <RU/pixelfunc/RU_MultFunc.h>
+#include <RU/pixelfunc/RU_NegateFunc.h>
+#include <RU/pixelfunc/RU_PowerFunc.h>
+#include <RU/pixelfunc/RU_QuantizeFunc.h>
+#include <RU/pixelfunc/RU_RaiseFunc.h>
+#include <RU/pixelfunc/RU_RoundFunc.h>
+#include <RU/pixelfunc/RU_ScaleFunc.h>
+#include <RU/pixelfunc/RU_SignFunc.h>
+#include <RU/pixelfunc/RU_SinFunc.h>
+#include <RU/pixelfunc/RU_SinhFunc.h>
+#include <RU/pixelfunc/RU_TanFunc.h>
+#include <RU/pixelfunc/RU_TanhFunc.h>
+
+namespace host {
+
+namespace {
+
+constexpr std::array<float, 4> ones{1.0f, 1.0f, 1.0f, 1.0f};
+constexpr std::array<float, 4> zeros{};
+
+template <class F>
+Made oneNumber(const Values& v)
+{
+    return std::make_unique<F>(v[0]);
+}
+
+template <class F>
+Made twoNumbers(const Values& v)
+{
+    return std::make_unique<F>(v[0], v[1]);
+}
+
+/// A function of a replacement alone.
+template <class F>
+Made withReplacement(const Values& v)
+{
+    return std::make_unique<F>(v[0].isGiven(), v[0]);
+}
+
+/// A function of a number and a replacement.
+template <class F>
+Made numberWithReplacement(const Values& v)
+{
+    return std::make_unique<F>(v[0], v[1].isGiven(), v[1]);
+}
+
+Made makeAdd(const Values& v)
+{
+    if (v[0].isUniform())
+        return std::make_unique<RU_AddFunc>(v[0]);
+    return std::make_unique<RU_MAddFunc>(ones.data(), v[0].four());
+}
+
+Made makeMult(const Values& v)
+{
+    if (v[0].isUniform())
+        return std::make_unique<RU_MultFunc>(v[0]);
+    return std::make_unique<RU_MAddFunc>(v[0].four(), zeros.data());
+}
+
+Made makeMAdd(const Values& v)
+{
+    if (v[0].isUniform() && v[1].isUniform())
+        return std::make_unique<RU_MAddFunc>(static_cast<float>(v[0]), static_cast<float>(v[1]));
+    return std::make_unique<RU_MAddFunc>(v[0].four(), v[1].four());
+}
+
+Made makeGamma(const Values& v)
+{
+    if (v[0].isUniform())
+        return std::make_unique<RU_GammaFunc>(v[0]);
+    const float* gamma = v[0].four();
+    return std::make_unique<RU_GammaFunc>(gamma[0], gamma[1], gamma[2], gamma[3]);
+}
+
+Made makeLimit(const Values& v)
+{
+    return std::make_unique<RU_LimitFunc>(v[0].isGiven(), v[0], v[1].isGiven(), v[1], v[2].isOn());
+}
+
+} // namespace
+
+std::vector<Function> numericFunctions()
+{
+    return {
+        {"add", "v + add", {perComponent("add", 0)}, makeAdd},
+        {"mult", "v * mult", {perComponent("mult", 1)}, makeMult},
+        {"madd", "v * mult + add", {perComponent("mult", 1), perComponent("add", 0)}, makeMAdd},
+        {"scale",
+         "(v - pivot) * scale + pivot: contrast about a pivot",
+         {required("scale"), number("pivot", 0)},
+         twoNumbers<RU_ScaleFunc>},
+        {"gamma", "v ^ (1 / gamma), the sign kept: above 1 brightens", {perComponent("gamma", 1)}, makeGamma},
+        {"power", "v ^ expon, the sign kept", {required("expon")}, oneNumber<RU_PowerFunc>},
+        {"raise", "base ^ v", {required("base")}, oneNumber<RU_RaiseFunc>},
+        {"log",
+         "log of v to a base; values not above 0 stay, or become the replacement",
+         {number("base", 10), optional("replacement")},
+         numberWithReplacement<RU_LogFunc>},
+        {"limit",
+         "values below lower or above upper become that limit, or 0 with clamp=off",
+         {optional("lower"), optional("upper"), onOff("clamp", true)},
+         makeLimit},
+        {"quantize",
+         "down to whole steps from an offset",
+         {required("step"), number("offset", 0)},
+         twoNumbers<RU_QuantizeFunc>},
+        {"floor", "down to a whole number", {}, plain<RU_FloorFunc>},
+        {"ceil", "up to a whole number", {}, plain<RU_CeilFunc>},
+        {"round", "to the nearest whole number", {}, plain<RU_RoundFunc>},
+        {"abs", "without the sign", {}, plain<RU_AbsFunc>},
+        {"negate", "-v", {}, plain<RU_NegateFunc>},
+        {"sign", "-1, 0 or 1", {}, plain<RU_SignFunc>},
+        {"invert",
+         "1 / v; 0 stays, or becomes the replacement",
+         {optional("replacement")},
+         withReplacement<RU_InvertFunc>},
+        {"sin",
+         "sin(v * scale + shift), in radians",
+         {number("scale", 1), number("shift", 0)},
+         twoNumbers<RU_SinFunc>},
+        {"tan",
+         "tan(v * scale); at its poles v stays, or becomes the replacement",
+         {number("scale", 1), optional("replacement")},
+         numberWithReplacement<RU_TanFunc>},
+        {"asin",
+         "asin(v) * scale; NaN stays, or becomes the replacement",
+         {number("scale", 1), optional("replacement")},
+         numberWithReplacement<RU_AsinFunc>},
+        {"acos",
+         "acos(v) * scale; NaN stays, or becomes the replacement",
+         {number("scale", 1), optional("replacement")},
+         numberWithReplacement<RU_AcosFunc>},
+        {"atan", "atan(v) * scale", {number("scale", 1)}, oneNumber<RU_AtanFunc>},
+        {"sinh", "sinh(v * scale)", {number("scale", 1)}, oneNumber<RU_SinhFunc>},
+        {"cosh", "cosh(v * scale)", {number("scale", 1)}, oneNumber<RU_CoshFunc>},
+        {"tanh", "tanh(v * scale)", {number("scale", 1)}, oneNumber<RU_TanhFunc>},
+    };
+}
+
+} // namespace host

@@ -1,0 +1,60 @@
+#include <host/file/Format.h>
+
+#include <host/text/Names.h>
+
+#include <RU/framework/RU_ConvertRow.h>
+
+#include <algorithm>
+
+namespace host {
+
+namespace {
+
+struct FormatName
+{
+    unsigned char format;
+    const char* name;
+};
+
+/// From the narrowest to the widest.
+constexpr FormatName formatNames[] = {{PXL_FORMAT_uint8, "uint8"},
+                                      {PXL_FORMAT_uint16, "uint16"},
+                                      {PXL_FORMAT_uint32, "uint32"},
+                                      {PXL_FORMAT_half, "half"},
+                                      {PXL_FORMAT_float32, "float"}};
+
+const FormatName* entryOf(unsigned char format)
+{
+    return std::find_if(std::begin(formatNames), std::end(formatNames),
+                        [&](const FormatName& entry) { return entry.format == format; });
+}
+
+} // namespace
+
+const char* formatName(unsigned char format)
+{
+    return entryOf(format)->name;
+}
+
+unsigned char formatOfName(const std::string& name)
+{
+    std::vector<std::string> known;
+    for (const FormatName& entry : formatNames) {
+        if (name == entry.name)
+            return entry.format;
+        known.emplace_back(entry.name);
+    }
+    refuseName("unknown depth", name, known);
+}
+
+unsigned char widerFormat(unsigned char a, unsigned char b)
+{
+    return std::max(entryOf(a), entryOf(b))->format;
+}
+
+void convertFormat(unsigned char from, const void* in, unsigned char to, void* out, int64_t count)
+{
+    RUconvertRow(TIL_Plane(from, 1), in, TIL_Plane(to, 1), out, count);
+}
+
+} // namespace host

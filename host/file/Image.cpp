@@ -1,0 +1,282 @@
+#include <host/file/Image.h>
+
+#include <host/file/Header.h>
+
+#include <algorithm>
+
+namespace host {
+
+namespace {
+
+struct ChannelRole
+{
+    enum class Kind { Colour, Luminance, Alpha, Depth, Other };
+    Kind kind = Kind::Other;
+    int component = -1; ///< -1: the next free one
+
+    bool isColour() const { return kind == Kind::Colour || kind == Kind::Luminance; }
+};
+
+struct NameParts
+{
+    std::string layer, rest;
+};
+
+NameParts splitName(const std::string& name)
+{
+    const size_t dot = name.rfind('.');
+    return dot == std::string::npos ? NameParts{"", name}
+                                    : NameParts{name.substr(0, dot), name.substr(dot + 1)};
+}
+
+/// The role that a channel's name gives it, but for small y and z, which belong to vectors.
+ChannelRole roleOfName(const std::string& name)
+{
+    using Kind = ChannelRole::Kind;
+    static const struct
+    {
+        std::vector<std::string> names;
+        ChannelRole role;
+    } roles[] = {{{"R", "r", "red", "Red"}, {Kind::Colour, 0}},
+                 {{"Y", "I", "L"}, {Kind::Luminance, 0}},
+                 {{"G", "g", "green", "Green"}, {Kind::Colour, 1}},
+                 {{"B", "b", "blue", "Blue"}, {Kind::Colour, 2}},
+                 {{"A", "a", "alpha", "Alpha"}, {Kind::Alpha, 3}},
+                 {{"Z", "depth", "Depth"}, {Kind::Depth, 0}},
+                 {{"ZBack"}, {Kind::Depth, 1}}};
+    for (const auto& entry : roles)
+        if (std::find(entry.names.begin(), entry.names.end(), name) != entry.names.end())
+            return entry.role;
+    return {};
+}
+
+/// The channels of a file by their names.
+class Roles
+{
+public:
+    explicit Roles(const std::vector<Channel>& channels) : channels_(channels) {}
+
+    /// Y and Z beside an X are a vector too.
+    ChannelRole role(const Channel& channel) const
+    {
+        const auto [layer, rest] = splitName(channel.name);
+        const auto isX = [](const Channel& other) { return splitName(other.name).rest == "X"; };
+        const bool ambiguous = rest == "Y" || rest == "Z";
+        return ambiguous && has(layer, isX) ? ChannelRole() : roleOfName(rest);
+    }
+
+    std::string planeName(const Channel& channel) const
+    {
+        using Kind = ChannelRole::Kind;
+        const auto [layer, rest] = splitName(channel.name);
+        const auto isColour = [this](const Channel& other) { return role(other).isColour(); };
+        switch (role(channel).kind) {
+        case Kind::Colour:
+        case Kind::Luminance:
+        case Kind::Alpha:
+            return !layer.empty() ? layer : has(layer, isColour) ? "color" : "alpha";
+        case Kind::Depth:
+            return layer.empty() ? "depth" : layer + ".depth";
+        default:
+            return layer.empty() || has(layer, isColour) ? channel.name : layer;
+        }
+    }
+
+private:
+    /// True when a layer has a channel that passes a test.
+    template <class Test>
+    bool has(const std::string& layer, Test test) const
+    {
+        return std::any_of(channels_.begin(), channels_.end(), [&](const Channel& channel) {
+            return splitName(channel.name).layer == layer && test(channel);
+        });
+    }
+
+    const std::vector<Channel>& channels_;
+};
+
+/// The component that a plane has free for a channel; -1 for none.
+int freeComponent(const Plane& plane, unsigned char format, int wanted)
+{
+    if (plane.format != format)
+        return -1;
+    for (int c = 0; c < 4; ++c)
+        if (plane.channel[static_cast<size_t>(c)] < 0 && (wanted < 0 || wanted == c))
+            return c;
+    return -1;
+}
+
+std::string unusedName(const std::vector<Plane>& planes, const std::string& name)
+{
+    const auto used = [&](const std::string& candidate) {
+        return std::any_of(planes.begin(), planes.end(), [&](const Plane& p) { return p.name == candidate; });
+    };
+    std::string candidate = name;
+    for (int i = 2; used(candidate); ++i)
+        candidate = name + "-" + std::to_string(i);
+    return candidate;
+}
+
+} // namespace
+
+Window intersection(const Window& a, const Window& b)
+{
+    const int x = std::max(a.x, b.x), y = std::max(a.y, b.y);
+    const int64_t width = std::min(int64_t{a.x} + a.width, int64_t{b.x} + b.width) - x;
+    const int64_t height = std::min(int64_t{a.y} + a.height, int64_t{b.y} + b.height) - y;
+    if (width <= 0 || height <= 0)
+        return {x, y, 0, 0};
+    return {x, y, static_cast<int>(width), static_cast<int>(height)};
+}
+
+std::string describe(const Window& window)
+{
+    return std::to_string(window.width) + "x" + std::to_string(window.height) + " at " +
+           std::to_string(window.x) + "," + std::to_string(window.y);
+}
+
+std::vector<std::string> Plane::channelNames(const std::vector<Channel>& channels) const
+{
+    std::vector<std::string> names;
+    for (const int index : channel)
+        if (index >= 0)
+            names.push_back(channels[static_cast<size_t>(index)].name);
+    return names;
+}
+
+Image newImage(int width, int height, int channels, unsigned char format, const std::string& description)
+{
+    OIIO::ImageSpec spec(width, height, channels, OIIO::TypeDesc::UNKNOWN);
+    spec.attribute("ImageDescription", description);
+    spec.attribute("oiio:ColorSpace", format >= PXL_FORMAT_float32 ? "Linear" : "sRGB");
+    spec.attribute("oiio:UnassociatedAlpha", 1);
+    Image image;
+    image.data = image.display = {0, 0, width, height};
+    for (const std::string& name : spec.channelnames)
+        image.channels.push_back({name, format});
+    image.arrange();
+    image.header = std::make_shared<Header>(Header{spec});
+    return image;
+}
+
+std::vector<Plane> groupChannels(const std::vector<Channel>& channels)
+{
+    const Roles roles(channels);
+    std::vector<Plane> planes;
+    for (size_t i = 0; i < channels.size(); ++i) {
+        const Channel& channel = channels[i];
+        const ChannelRole role = roles.role(channel);
+        const std::string name = roles.planeName(channel);
+        const auto fits = [&](const Plane& plane) {
+            return (plane.name == name || plane.name.starts_with(name + "-")) &&
+                   freeComponent(plane, channel.format, role.component) >= 0;
+        };
+        auto plane = std::find_if(planes.begin(), planes.end(), fits);
+        if (plane == planes.end()) {
+            planes.push_back({unusedName(planes, name), channel.format});
+            plane = planes.end() - 1;
+        }
+        const int component = freeComponent(*plane, channel.format, role.component);
+        plane->channel[static_cast<size_t>(component)] = static_cast<int>(i);
+        plane->colour = plane->colour || role.isColour();
+        plane->luminance = plane->luminance || role.kind == ChannelRole::Kind::Luminance;
+        plane->alpha = plane->alpha || role.kind == ChannelRole::Kind::Alpha;
+    }
+    return planes;
+}
+
+void Image::arrange()
+{
+    pixelBytes = 0;
+    for (Channel& channel : channels) {
+        channel.offset = pixelBytes;
+        pixelBytes += PXLbytesPerElement(channel.format);
+    }
+    planes = groupChannels(channels);
+}
+
+std::vector<std::string> Image::planeNames() const
+{
+    std::vector<std::string> names;
+    for (const Plane& plane : planes)
+        names.push_back(plane.name);
+    return names;
+}
+
+std::string Image::layerOf(const Plane& plane) const
+{
+    const auto present =
+        std::find_if(plane.channel.begin(), plane.channel.end(), [](int c) { return c >= 0; });
+    return splitName(channels[static_cast<size_t>(*present)].name).layer;
+}
+
+const Plane* Image::alphaOf(const Plane& plane) const
+{
+    if (plane.alpha)
+        return &plane;
+    const Plane* first = nullptr;
+    for (const Plane& other : planes) {
+        if (other.alpha && layerOf(other) == layerOf(plane))
+            return &other;
+        if (other.alpha && first == nullptr)
+            first = &other;
+    }
+    return plane.colour ? nullptr : first;
+}
+
+Image Image::withFormat(unsigned char format) const
+{
+    return withFormats(std::vector<unsigned char>(planes.size(), format));
+}
+
+Image Image::withFormats(const std::vector<unsigned char>& formats) const
+{
+    Image other = *this;
+    for (size_t p = 0; p < planes.size(); ++p)
+        for (const int channel : planes[p].channel)
+            if (channel >= 0)
+                other.channels[static_cast<size_t>(channel)].format = formats[p];
+    other.arrange();
+    other.planes = planes; // a plane stays one also where the conversion would let two grow together
+    for (size_t p = 0; p < planes.size(); ++p)
+        other.planes[p].format = formats[p];
+    return other;
+}
+
+std::vector<std::pair<std::string, std::string>> metadata(const Image& image)
+{
+    std::vector<std::pair<std::string, std::string>> rows;
+    for (const OIIO::ParamValue& value : image.header->spec.extra_attribs) {
+        const std::string name = value.name().string();
+        if (name != "ICCProfile" && !name.starts_with("ICCProfile:"))
+            rows.emplace_back(name, OIIO::ImageSpec::metadata_val(value, true));
+    }
+    return rows;
+}
+
+int rowsPerCall(const std::string& fileFormat, const OIIO::ImageSpec& spec)
+{
+    constexpr int64_t callBytes = 512 << 10; // about 20 ms of packing for one thread
+    const auto rowBytes = static_cast<int64_t>(spec.scanline_bytes(true));
+    const int64_t rows = std::clamp<int64_t>(callBytes / std::max<int64_t>(1, rowBytes), 1, 1024);
+    if (fileFormat != "openexr")
+        return static_cast<int>(rows);
+    // The rows that are packed as one block, by one thread.
+    static const std::vector<std::pair<std::string, int>> blocks = {{"none", 1},  {"rle", 1},   {"zips", 1},
+                                                                    {"piz", 32},  {"b44", 32},  {"b44a", 32},
+                                                                    {"dwaa", 32}, {"dwab", 256}};
+    const std::string compression = spec.get_string_attribute("compression", "zip");
+    const auto known = std::find_if(blocks.begin(), blocks.end(),
+                                    [&](const auto& entry) { return entry.first == compression; });
+    const int64_t block = known != blocks.end() ? known->second : 16;
+    const int64_t threads = std::max(1, OIIO::get_int_attribute("exr_threads", 1));
+    return static_cast<int>(block * std::max<int64_t>(1, rows / block) * threads);
+}
+
+void setFileThreads(int count)
+{
+    OIIO::attribute("threads", count);
+    OIIO::attribute("exr_threads", count);
+}
+
+} // namespace host
