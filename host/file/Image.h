@@ -47,7 +47,7 @@ struct Plane
     std::vector<std::string> channelNames(const std::vector<Channel>& channels) const;
 };
 
-/// What is known of an image beside its pixels.
+/// What is known of an image, or of a part of a file with several, beside its pixels.
 struct Image
 {
     std::string path;
@@ -57,6 +57,7 @@ struct Image
     std::vector<Channel> channels;
     std::vector<Plane> planes;
     int64_t pixelBytes = 0;
+    bool straight = false; ///< colours are not multiplied by alpha
     std::shared_ptr<const Header> header; ///< the rest of the file's header
 
     int64_t rowBytes() const { return pixelBytes * data.width; }
