@@ -1,6 +1,7 @@
 #pragma once
 
-#include "Arguments.h"
+#include <host/command/Arguments.h>
+#include <host/operation/Operation.h>
 
 #include <string>
 
@@ -15,20 +16,14 @@ enum ExitCode {
     exitCannotWrite = 4
 };
 
-/// The whole number that the text of an option is; throws a usage error for anything else.
-unsigned int readWhole(const std::string& option, const std::string& text, unsigned int least,
-                       unsigned int most);
-int readThreads(const std::string& text);
+using host::Command;
+using host::required;
 
-Command gradeCommand();
-Command edgeCommand();
-Command compositeCommand();
-Command blendCommand();
-Command chromaCommand();
+/// The command of an operation.
+Command operationCommand(const host::Operation& operation);
 Command functionsCommand();
 Command infoCommand();
 Command diffCommand();
 Command curveCommand();
-Command plateCommand();
 
 } // namespace tool

@@ -19,7 +19,7 @@ struct CurveOptions
 int draw(const CurveOptions& o)
 {
     host::CurvePictureSettings settings;
-    settings.size = static_cast<int>(readWhole("--size", o.size, 64, 4096));
+    settings.size = static_cast<int>(host::readWhole("--size", o.size, 64, 4096));
     settings.extend = o.extend;
     host::drawCurves(o.output, host::curvesOfText(o.keys), settings);
     return exitDone;

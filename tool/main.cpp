@@ -26,10 +26,13 @@ int exitCodeOf(const host::Error& error)
 int run(int argc, char** argv)
 {
     try {
-        using namespace tool;
-        return runCommand({gradeCommand(), edgeCommand(), compositeCommand(), blendCommand(), chromaCommand(),
-                           functionsCommand(), infoCommand(), diffCommand(), curveCommand(), plateCommand()},
-                          argc, argv);
+        std::vector<host::Command> commands;
+        for (const host::Operation& operation : host::operations())
+            commands.push_back(tool::operationCommand(operation));
+        for (const auto command :
+             {tool::functionsCommand, tool::infoCommand, tool::diffCommand, tool::curveCommand})
+            commands.push_back(command());
+        return host::runCommand(commands, tool::exitUsage, argc, argv);
     } catch (const host::Error& error) {
         std::fprintf(stderr, "kreiluge: %s\n", error.what());
         return exitCodeOf(error);

@@ -25,7 +25,9 @@ struct Argument
         Matrix,         ///< 3 or 4 rows of as many numbers, or 4 of 3, applied to a row from its left
         OptionalCurve,  ///< the keys of a curve, or "none"
         Curves,         ///< the keys of one curve, or of one each for red, green, blue and perhaps alpha
-        File            ///< a path
+        File,           ///< a path
+        Pair,           ///< two numbers
+        Text            ///< anything
     };
     std::string name;
     Type type = Type::Number;
@@ -65,6 +67,8 @@ public:
     const Matrix& matrix() const { return std::get<Matrix>(content_); }
     const std::vector<CurveKeys>& curves() const { return std::get<std::vector<CurveKeys>>(content_); }
     const std::string& file() const { return std::get<std::string>(content_); }
+
+    const std::string& text() const { return file(); }
 
     bool isGiven() const { return given_; } ///< false: an argument that is "none"
     bool isUniform() const

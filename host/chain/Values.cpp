@@ -35,6 +35,10 @@ std::string expected(const Argument& argument)
         return "9 or 16 numbers in 3 or 4 rows, as in 1:0:0;0:1:0;0:0:1, or 12 in 4 rows";
     case Type::File:
         return "a path";
+    case Type::Pair:
+        return "two numbers";
+    case Type::Text:
+        return "a text";
     default:
         return "a number";
     }
@@ -63,6 +67,13 @@ std::optional<Value> readComponents(const std::string& text, float alpha, size_t
         return {};
     numbers.resize(4, alpha);
     return Value(std::array{numbers[0], numbers[1], numbers[2], numbers[3]});
+}
+
+std::optional<Value> readPair(const std::string& text)
+{
+    const std::vector<float> numbers = readNumbers(text);
+    return numbers.size() == 2 ? std::optional(Value(std::array{numbers[0], numbers[1], 0.0f, 0.0f}))
+                               : std::nullopt;
 }
 
 std::optional<Value> readMatrix(const std::string& text)
@@ -150,6 +161,10 @@ std::optional<Value> tryRead(const Argument& argument, const std::string& text)
     case Type::OptionalCurve:
     case Type::Curves:
         return readCurves(text, argument.type == Type::Curves);
+    case Type::Pair:
+        return readPair(text);
+    case Type::Text:
+        return Value(text);
     case Type::File:
         return text.empty() ? std::nullopt : std::optional(Value(text));
     default:
@@ -213,7 +228,10 @@ Json valueJson(const Argument& argument, const Value& value)
         return std::vector<float>(value.four(), value.four() + 3);
     case Type::Matrix:
         return numbersOf(value.matrix());
+    case Type::Pair:
+        return std::vector<float>(value.four(), value.four() + 2);
     case Type::File:
+    case Type::Text:
         return value.file();
     case Type::OptionalCurve:
     case Type::Curves: {

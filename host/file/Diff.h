@@ -1,6 +1,6 @@
 #pragma once
 
-#include <host/graph/Cook.h>
+#include <host/graph/LibraryCall.h>
 
 #include <cstdint>
 #include <string>

@@ -1,6 +1,7 @@
 #include <host/file/Format.h>
 
 #include <host/text/Names.h>
+#include <host/text/Text.h>
 
 #include <RU/framework/RU_ConvertRow.h>
 
@@ -50,6 +51,17 @@ unsigned char formatOfName(const std::string& name)
 unsigned char widerFormat(unsigned char a, unsigned char b)
 {
     return std::max(entryOf(a), entryOf(b))->format;
+}
+
+unsigned char usualFormat(const std::string& path)
+{
+    const std::string extension = extensionOf(path);
+    if (extension == ".exr")
+        return PXL_FORMAT_half;
+    if (extension == ".hdr")
+        return PXL_FORMAT_float32;
+    return extension == ".png" || extension == ".tif" || extension == ".tiff" ? PXL_FORMAT_uint16
+                                                                              : PXL_FORMAT_uint8;
 }
 
 void convertFormat(unsigned char from, const void* in, unsigned char to, void* out, int64_t count)

@@ -1,8 +1,10 @@
 #include <host/file/Image.h>
 
 #include <host/file/Header.h>
+#include <host/text/Error.h>
 
 #include <algorithm>
+#include <limits>
 
 namespace host {
 
@@ -126,6 +128,18 @@ Window intersection(const Window& a, const Window& b)
     const int64_t height = std::min(int64_t{a.y} + a.height, int64_t{b.y} + b.height) - y;
     if (width <= 0 || height <= 0)
         return {x, y, 0, 0};
+    return {x, y, static_cast<int>(width), static_cast<int>(height)};
+}
+
+Window enclosing(const Window& a, const Window& b)
+{
+    if (a.isEmpty() || b.isEmpty())
+        return a.isEmpty() ? b : a;
+    const int x = std::min(a.x, b.x), y = std::min(a.y, b.y);
+    const int64_t width = std::max(int64_t{a.x} + a.width, int64_t{b.x} + b.width) - x;
+    const int64_t height = std::max(int64_t{a.y} + a.height, int64_t{b.y} + b.height) - y;
+    if (std::max(width, height) > std::numeric_limits<int>::max())
+        refuse("two windows lie too far apart: " + describe(a) + " and " + describe(b));
     return {x, y, static_cast<int>(width), static_cast<int>(height)};
 }
 

@@ -17,11 +17,17 @@ struct Header;
 struct Window
 {
     int x = 0, y = 0, width = 0, height = 0;
+
+    bool isEmpty() const { return width <= 0 || height <= 0; }
+    int64_t pixels() const { return static_cast<int64_t>(width) * height; }
     bool operator==(const Window&) const = default;
 };
 
 /// What two windows have in common; empty where that is nothing.
 Window intersection(const Window& a, const Window& b);
+
+/// The least window around two; an empty one does not count.
+Window enclosing(const Window& a, const Window& b);
 
 /// "911x876 at 654,245"
 std::string describe(const Window& window);
@@ -44,6 +50,12 @@ struct Plane
     bool alpha = false;                         ///< component 3 is an alpha
     std::array<int, 4> channel{-1, -1, -1, -1}; ///< per component its channel, -1 where the plane lacks it
 
+    /// The components that it has.
+    std::array<bool, 4> present() const
+    {
+        return {channel[0] >= 0, channel[1] >= 0, channel[2] >= 0, channel[3] >= 0};
+    }
+
     std::vector<std::string> channelNames(const std::vector<Channel>& channels) const;
 };
 
@@ -57,7 +69,7 @@ struct Image
     std::vector<Channel> channels;
     std::vector<Plane> planes;
     int64_t pixelBytes = 0;
-    bool straight = false; ///< colours are not multiplied by alpha
+    bool straight = false;                ///< colours are not multiplied by alpha
     std::shared_ptr<const Header> header; ///< the rest of the file's header
 
     int64_t rowBytes() const { return pixelBytes * data.width; }

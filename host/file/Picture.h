@@ -2,6 +2,7 @@
 
 #include <host/file/Image.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,7 +27,17 @@ struct Picture
     const Plane& plane(const Place& place) const { return parts[place.part].planes[place.plane]; }
     const Window& window(const Place& place) const { return parts[place.part].data; }
 
+    /// The place of the plane that has the alpha of another one, as Image::alphaOf(); for planes without colour
+    /// also in another part.
+    std::optional<size_t> alphaOf(size_t plane) const;
+
+    /// Whether a plane's colours are not multiplied by their alpha.
+    bool isStraight(size_t plane) const;
+
     std::vector<std::string> planeNames() const;
+
+    /// The same picture with the planes in formats of their own.
+    Picture withFormats(const std::vector<unsigned char>& formats) const;
 };
 
 } // namespace host

@@ -3,6 +3,7 @@
 #include <host/file/Format.h>
 #include <host/file/Header.h>
 #include <host/text/Names.h>
+#include <host/text/Text.h>
 
 #include <OpenImageIO/filesystem.h>
 
@@ -249,6 +250,14 @@ bool holdsWindow(const std::string& path, const Window& data)
     const bool negative = data.x < 0 || data.y < 0;
     return output == nullptr || (output->supports("origin") && output->supports("displaywindow") &&
                                  (!negative || output->supports("negativeorigin")));
+}
+
+std::optional<bool> straightIn(const std::string& path)
+{
+    const std::string extension = extensionOf(path);
+    if (extension == ".exr")
+        return false;
+    return extension == ".tif" || extension == ".tiff" ? std::nullopt : std::optional(true);
 }
 
 Writer::Writer(const std::string& path, const Image& image)

@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,10 @@ namespace host {
 /// Whether the file format of a path can place a data window apart from the display window. True also where
 /// there is no such format.
 bool holdsWindow(const std::string& path, const Window& data);
+
+/// Whether a file format keeps colours straight, true, or multiplied by alpha, false; nothing where it says
+/// which of the two they are.
+std::optional<bool> straightIn(const std::string& path);
 
 /// Writes an image file from top to bottom. The rows go to a temporary file beside the target, which takes
 /// the target's name only when it is complete; an object destroyed before that leaves nothing behind.

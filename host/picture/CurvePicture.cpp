@@ -4,7 +4,6 @@
 #include <host/file/Bands.h>
 #include <host/file/Format.h>
 #include <host/file/Writer.h>
-#include <host/picture/Plate.h>
 #include <host/text/Error.h>
 
 #include <algorithm>

@@ -4,6 +4,8 @@
 #include <TIL/TIL_Buffer.h>
 #include <TIL/TIL_Plane.h>
 
+#include <utility>
+
 /// A rectangle of one plane, larger than a tile: what filters and binary operations read, and may write.
 /// Each component is width x height elements, x fastest, rows without a gap. Does not own the plane.
 class PLATFORM_API TIL_Region
@@ -22,6 +24,10 @@ public:
 
     /// Leaves the region without a component.
     void removeImageData(int component) { data_[component] = TIL_Buffer(); }
+
+    /// Gives a component memory that holds its pixels already, or takes it away again.
+    void setImageData(int component, TIL_Buffer&& data) { data_[component] = std::move(data); }
+    TIL_Buffer takeImageData(int component) { return std::move(data_[component]); }
 
     const TIL_Plane* plane = nullptr;
     int x1 = 0, y1 = 0, x2 = -1, y2 = -1;

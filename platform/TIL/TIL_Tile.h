@@ -4,6 +4,7 @@
 #include <TIL/TIL_Buffer.h>
 
 #include <cstdint>
+#include <utility>
 
 /// One component of a tile list: width x height elements, x fastest, rows without a gap. The buffer is whole
 /// even while the tile is constant.
@@ -18,6 +19,10 @@ public:
         : data_(static_cast<int64_t>(width) * height * PXLbytesPerElement(format))
     {
     }
+
+    /// Over memory that holds its pixels already.
+    explicit TIL_Tile(TIL_Buffer&& data) : data_(std::move(data)) {}
+    TIL_Buffer takeData() { return std::move(data_); }
 
     bool isConstant() const { return (flags_ & constantFlag) != 0; }
     void setConstantTile(bool on) { setFlag(constantFlag, on); }

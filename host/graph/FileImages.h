@@ -1,0 +1,64 @@
+#pragma once
+
+#include <host/file/Bands.h>
+#include <host/file/Reader.h>
+#include <host/file/Writer.h>
+#include <host/graph/Interleaving.h>
+#include <host/graph/Source.h>
+
+#include <memory>
+#include <vector>
+
+namespace host {
+
+/// An image file that a graph reads, from top to bottom, in blocks of rows that are kept as long as needed.
+class FileSource : public Source
+{
+public:
+    explicit FileSource(const std::string& path);
+
+    const Picture& picture() const override { return picture_; }
+    std::vector<std::string> notes() const { return {}; }
+    void rewind() override;
+    void fetch(size_t part, int begin, int end, const std::function<void()>& checkStopped) override;
+    void load(const Picture::Place& place, const Window& rect, const Arrays& arrays) const override;
+
+private:
+    /// The rows of a part, in blocks that the file is read by; null those that are not there.
+    struct Part
+    {
+        std::vector<Interleaving> layouts; ///< by plane
+        std::vector<std::unique_ptr<Band>> blocks;
+        int rowsPerBlock = 1;
+        size_t next = 0; ///< the block to read next
+    };
+
+    Reader reader_;
+    Picture picture_;
+    std::vector<Part> parts_;
+    std::vector<std::unique_ptr<Band>> spare_;
+};
+
+/// An image file that a graph writes.
+class FileSink : public Sink
+{
+public:
+    FileSink(const std::string& path, const Picture& picture);
+
+    const Picture& picture() const override { return picture_; }
+    const Writer& writer() const { return writer_; }
+    void prepare(size_t slot, size_t part, int yBegin, int yEnd) override;
+    void store(size_t slot, const Picture::Place& place, const Window& rect, const Block& block) override;
+    void write(size_t slot, const std::function<void()>& checkStopped) override;
+    void commit() override { writer_.commit(); }
+
+private:
+    Picture picture_;
+    Writer writer_;
+    std::vector<std::vector<Interleaving>> layouts_; ///< by part and plane
+    Band bands_[slots];
+    size_t bandParts_[slots] = {};
+    size_t part_ = 0; ///< that is being written
+};
+
+} // namespace host

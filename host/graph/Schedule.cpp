@@ -1,0 +1,161 @@
+#include <host/graph/Schedule.h>
+
+#include <algorithm>
+
+namespace host {
+
+namespace {
+
+int64_t floorOf(int64_t a, int64_t b)
+{
+    return a / b - (a % b < 0 ? 1 : 0);
+}
+
+int64_t ceilingOf(int64_t a, int64_t b)
+{
+    return -floorOf(-a, b);
+}
+
+/// From a distance in the largest output to the place in another one, and back to the least distance there.
+int placeOf(int distance, int begin, int size, int largestSize)
+{
+    return static_cast<int>(begin + floorOf(int64_t{distance} * size, largestSize));
+}
+
+int distanceBefore(int place, int begin, int size, int largestSize)
+{
+    return static_cast<int>(floorOf((int64_t{place} - begin) * largestSize, size));
+}
+
+int distanceBehind(int place, int begin, int size, int largestSize)
+{
+    return static_cast<int>(ceilingOf((int64_t{place} - begin) * largestSize, size));
+}
+
+} // namespace
+
+Schedule::Schedule(const Graph& graph, size_t part) : graph_(graph)
+{
+    for (const Graph::Entry& entry : graph.entries())
+        known_.emplace_back(entry.places.size());
+    for (size_t o = 0; o < graph.outputs().size(); ++o) {
+        const size_t node = graph.outputs()[o].node;
+        const std::vector<Picture::Place>& places = graph.entries()[node].places;
+        for (size_t plane = 0; plane < places.size(); ++plane) {
+            if (places[plane].part != part)
+                continue;
+            Step& step = steps_[stepOf(node, plane)];
+            step.goals.push_back({o, places[plane]});
+            ++step.consumers;
+        }
+    }
+}
+
+/// The step of a plane, behind those that it needs.
+size_t Schedule::stepOf(size_t node, size_t plane)
+{
+    if (known_[node][plane] != 0)
+        return known_[node][plane] - 1;
+    const Graph::Entry& entry = graph_.entries()[node];
+    const Recipe recipe = entry.node->recipe(plane);
+    if (recipe.asIs)
+        return stepOf(entry.inputs[recipe.uses.front().input], recipe.uses.front().plane);
+    Step step{node, plane, recipe.uses, {}, {}, 0};
+    for (const Use& use : recipe.uses)
+        step.inputs.push_back(stepOf(entry.inputs[use.input], use.plane));
+    for (const size_t input : step.inputs)
+        ++steps_[input].consumers;
+    steps_.push_back(std::move(step));
+    known_[node][plane] = steps_.size();
+    return steps_.size() - 1;
+}
+
+void Schedule::windows(const std::vector<Window>& outputs, std::vector<Window>& result) const
+{
+    result.assign(steps_.size(), Window());
+    for (size_t s = steps_.size(); s-- > 0;) { // those that use a step stand behind it
+        const Step& step = steps_[s];
+        const Graph::Entry& entry = graph_.entries()[step.node];
+        for (const Goal& goal : step.goals)
+            result[s] = enclosing(result[s], outputs[goal.output]);
+        result[s] = intersection(result[s], entry.window(step.plane));
+        for (size_t u = 0; u < step.uses.size() && !result[s].isEmpty(); ++u) {
+            const Step& input = steps_[step.inputs[u]];
+            const Window wanted = entry.node->needs(step.uses[u].input, result[s]);
+            const Window& whole = graph_.entries()[input.node].window(input.plane);
+            result[step.inputs[u]] = enclosing(result[step.inputs[u]], intersection(wanted, whole));
+        }
+    }
+}
+
+Grid::Grid(const Graph& graph, size_t part, int tile) : side_(tile)
+{
+    int64_t rowBytes = 1;
+    for (const Graph::Output& output : graph.outputs()) {
+        const Picture& picture = graph.picture(output.node);
+        Output& added = outputs_.emplace_back();
+        if (part >= picture.parts.size())
+            continue;
+        const Image& image = picture.parts[part];
+        added = {image.data, image.display.isEmpty() ? image.data : image.display};
+        rowBytes += image.rowBytes();
+        if (added.display.pixels() > largest_.display.pixels())
+            largest_ = added;
+    }
+    const auto& [wide, high] = std::pair(largest_.display.width, largest_.display.height);
+    bool first = true;
+    for (const auto& [data, display] : outputs_) {
+        if (data.isEmpty())
+            continue;
+        const Place begin{distanceBefore(data.x, display.x, display.width, wide),
+                          distanceBefore(data.y, display.y, display.height, high)};
+        const Place end{distanceBehind(data.x + data.width, display.x, display.width, wide),
+                        distanceBehind(data.y + data.height, display.y, display.height, high)};
+        begins_ = first ? begin : Place{std::min(begins_.x, begin.x), std::min(begins_.y, begin.y)};
+        ends_ = first ? end : Place{std::max(ends_.x, end.x), std::max(ends_.y, end.y)};
+        first = false;
+    }
+    // Narrow images take several rows of tiles, so that all threads find work in a band.
+    constexpr int64_t bandBytes = 4 << 20;
+    bandRows_ = static_cast<int>(tile * std::clamp<int64_t>(bandBytes / (rowBytes * tile), 1, 64));
+    columns_ = static_cast<int>(ceilingOf(ends_.x - begins_.x, tile));
+    bands_ = ceilingOf(rows(), bandRows_);
+}
+
+int Grid::bandEnd(int64_t band) const
+{
+    return begins_.y + static_cast<int>(std::min<int64_t>((band + 1) * bandRows_, rows()));
+}
+
+int Grid::pieces(int64_t band) const
+{
+    return columns_ * static_cast<int>(ceilingOf(bandEnd(band) - bandBegin(band), side_));
+}
+
+void Grid::tile(int64_t band, int piece, std::vector<Window>& result) const
+{
+    const Place begin{begins_.x + piece % columns_ * side_, bandBegin(band) + piece / columns_ * side_};
+    cut(begin, {std::min(begin.x + side_, ends_.x), std::min(begin.y + side_, bandEnd(band))}, result);
+}
+
+void Grid::band(int64_t band, std::vector<Window>& result) const
+{
+    cut({begins_.x, bandBegin(band)}, {ends_.x, bandEnd(band)}, result);
+}
+
+void Grid::cut(const Place& begin, const Place& end, std::vector<Window>& result) const
+{
+    result.clear();
+    for (const auto& [data, display] : outputs_) {
+        Window& window = result.emplace_back();
+        if (data.isEmpty())
+            continue;
+        const auto& [x, y, width, height] = display;
+        const int left = placeOf(begin.x, x, width, largest_.display.width);
+        const int top = placeOf(begin.y, y, height, largest_.display.height);
+        window = intersection(data, {left, top, placeOf(end.x, x, width, largest_.display.width) - left,
+                                     placeOf(end.y, y, height, largest_.display.height) - top});
+    }
+}
+
+} // namespace host

@@ -1,0 +1,126 @@
+#include <host/operation/AlgorithmNode.h>
+
+#include <host/file/Format.h>
+
+#include <RU/pixelfunc/RU_PixelEngine.h>
+
+namespace host {
+
+namespace {
+
+Components both(const Components& a, const Components& b)
+{
+    return {a[0] && b[0], a[1] && b[1], a[2] && b[2], a[3] && b[3]};
+}
+
+Components without(const Components& a, const Components& b)
+{
+    return {a[0] && !b[0], a[1] && !b[1], a[2] && !b[2], a[3] && !b[3]};
+}
+
+} // namespace
+
+Picture AlgorithmNode::plan(const std::vector<const Picture*>& inputs)
+{
+    const Planes in(*inputs.front());
+    const std::vector<bool> chosen = choosePlanes(in, settings_);
+    const std::vector<unsigned char> formats = formatsOf(in, settings_.depth);
+    for (size_t p = 0; p < in.size(); ++p) {
+        PlaneWork& work = planeWorks_.emplace_back();
+        work.present = in[p].present();
+        work.written = both(work.present, work_.written);
+        work.format = widerFormat(in[p].format, formats[p]);
+        work.isCopy = !chosen[p] || work.written == Components{} || work_.algorithm == nullptr;
+        asIs_.push_back(work.isCopy && formats[p] == in[p].format);
+        if (!chosen[p])
+            continue;
+        checkPoints(in[p], in.picture.path, settings_);
+        work.codes = codesOf(work.format, settings_);
+        work.codes.alpha = !in[p].colour && work.present[3];
+        planes_.push_back(in[p].name);
+    }
+    return in.picture.withFormats(formats);
+}
+
+Recipe AlgorithmNode::recipe(size_t plane) const
+{
+    return {{{0, plane}}, asIs_[plane]};
+}
+
+Window AlgorithmNode::needs(size_t, const Window& window) const
+{
+    return work_.isFilter ? around(window) : window;
+}
+
+/// The library's bottom is at the lowest y, where our rows begin.
+Window AlgorithmNode::around(const Window& window) const
+{
+    const RU_Border border = work_.algorithm->border();
+    return {window.x - border.left, window.y - border.bottom, window.width + border.left + border.right,
+            window.height + border.bottom + border.top};
+}
+
+// Tiles are never marked constant, not even flat ones: the library evaluates the chain itself for a constant
+// tile and looks others up in its tables, which differ for infinities and for 16-bit white. The result must
+// not depend on where the cuts between tiles fall.
+Block AlgorithmNode::pixels(size_t plane, const Window& rect, Feed& feed) const
+{
+    const PlaneWork& work = planeWorks_[plane];
+    if (!work.isCopy && work_.isFilter)
+        return filter(work, plane, rect, feed);
+    if (!work.isCopy)
+        return adjust(work, plane, rect, feed);
+    return feed.take({0, plane, rect, work.format, mappingOf(work.present), Outside::Edge});
+}
+
+Block AlgorithmNode::adjust(const PlaneWork& work, size_t plane, const Window& rect, Feed& feed) const
+{
+    Block block = feed.take({0, plane, rect, work.format, mappingOf(work.present), Outside::Edge});
+    const LentTiles all(block, work.codes, work_.readsAll ? work.present : work.written);
+    TIL_TileList out = all.list;
+    for (size_t c = 0; c < 4; ++c)
+        if (!work.written[c])
+            out.tiles[c] = nullptr;
+    feed.run([&](void* token, int thread) {
+        return work_.algorithm->pixelAdjust(&out, &all.list, 0.0f, token, thread, nullptr);
+    });
+    return block;
+}
+
+Block AlgorithmNode::filter(const PlaneWork& work, size_t plane, const Window& rect, Feed& feed) const
+{
+    const Components copied = without(work.present, work.written);
+    Block out = feed.blank(rect, work.format, work.written);
+    Block rest;
+    if (copied != Components{})
+        rest = feed.load({0, plane, rect, work.format, mappingOf(copied), Outside::Edge});
+    Block in = feed.take({0, plane, around(rect), work.format, mappingOf(work.written), Outside::Edge});
+    {
+        const LentRegion from(in, work.codes);
+        const LentTiles to(out, work.codes);
+        TIL_TileList list = to.list;
+        feed.run([&](void* token, int thread) {
+            return work_.algorithm->filter(&list, &from.region, 0.0f, token, thread, nullptr);
+        });
+    }
+    feed.give(std::move(in));
+    for (size_t c = 0; c < 4; ++c)
+        if (copied[c])
+            out.data[c] = std::move(rest.data[c]);
+    return out;
+}
+
+AlgorithmNode::Work gradeWork(const Chain& chain)
+{
+    AlgorithmNode::Work work;
+    if (chain.isEmpty())
+        return work;
+    auto built = std::make_shared<Chain::Built>(chain.build());
+    work.written = built->components;
+    work.readsAll = built->head->areAllComponentsNeeded();
+    work.algorithm = std::make_unique<RU_PixelEngine>(built->head.get());
+    work.parts = std::move(built);
+    return work;
+}
+
+} // namespace host

@@ -1,0 +1,47 @@
+#include <host/operation/AlgorithmNode.h>
+#include <host/operation/OperationRows.h>
+
+#include <host/text/Error.h>
+
+namespace host {
+
+namespace {
+
+Chain chainOf(const Call& call)
+{
+    const std::string file = call.has("chain-file") ? call.text("chain-file") : "";
+    if (call.has("chain") && !file.empty())
+        refuse("--chain: there is a chain in the arguments already, '" + call.text("chain") + "'");
+    if (call.has("chain"))
+        return Chain::fromText(call.text("chain"));
+    if (file.empty())
+        refuse("no chain; write one such as \"gamma 2.2, add 0.1\", or name a file with --chain");
+    return Chain::fromJsonFile(file);
+}
+
+std::unique_ptr<Node> grade(const Call& call)
+{
+    return std::make_unique<AlgorithmNode>(gradeWork(chainOf(call)), call.planeSettings());
+}
+
+} // namespace
+
+std::vector<Operation> colourOperations()
+{
+    Parameter file = text("--chain", "read the chain from a JSON file instead");
+    file.id = "chain-file";
+    return {
+        {"grade", "Apply a chain of functions to an image or a sequence",
+         "Examples:\n"
+         "  kreiluge grade in.exr -o out.exr \"gamma 2.2, add 0.1\"\n"
+         "  kreiluge grade in.png -o out.png \"mult 1.1:1:0.9, limit 0 1 @rgb\"\n"
+         "  kreiluge grade shot.####.exr -o graded.####.exr --frames 1001-1100 --chain look.json\n"
+         "A scope after @ says which of r, g, b and a a function applies to: all without it, alpha too.\n"
+         "`kreiluge functions` lists the functions.",
+         withPlanes({image("INPUT", "image"),
+                     text("CHAIN", "functions with their arguments, separated by commas; \"\" copies"), file},
+                    true),
+         grade}};
+}
+
+} // namespace host

@@ -1,0 +1,42 @@
+#include <host/operation/OperationRows.h>
+
+#include <host/file/Format.h>
+#include <host/picture/PlateNode.h>
+#include <host/text/Error.h>
+
+#include <cstdio>
+
+namespace host {
+
+namespace {
+
+std::unique_ptr<Node> plate(const Call& call)
+{
+    PlateNode::Settings settings;
+    const std::string size = call.text("size");
+    int end = 0;
+    if (std::sscanf(size.c_str(), "%9dx%9d%n", &settings.width, &settings.height, &end) != 2 ||
+        static_cast<size_t>(end) != size.size())
+        refuse("--size: '" + size + "' is no size; expected something like 1920x1080");
+    if (call.has("depth"))
+        settings.format = formatOfName(call.text("depth"));
+    settings.alpha = call.isOn("alpha");
+    return std::make_unique<PlateNode>(settings);
+}
+
+} // namespace
+
+std::vector<Operation> generateOperations()
+{
+    return {
+        {"plate",
+         "Draw a test plate",
+         "Float and half hold linear light, with highlights up to 16; integers hold it with the sRGB curve.",
+         {text("--size", "width and height in pixels", "1920x1080"),
+          text("--depth", "uint8, uint16, uint32, half or float (default: what is usual for the file format "
+                          "of the output; half in a script)"),
+          onOff("--alpha", "add an alpha channel that fades out in the corners")},
+         plate}};
+}
+
+} // namespace host

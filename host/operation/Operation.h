@@ -1,0 +1,95 @@
+#pragma once
+
+#include <host/chain/Functions.h>
+#include <host/operation/Planes.h>
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace host {
+
+/// Something that an operation takes: an image, or an argument.
+struct Parameter
+{
+    std::string name; ///< "FG": by its place; "--gain": by its name
+    std::string help;
+    Argument argument = {}; ///< what the text of it may be; an image's is the name of a file or a node
+    bool isImage = false;
+    bool required = false;
+    std::string preset = {};     ///< the text without it; empty: none
+    const char* words = nullptr; ///< what help calls the words of one that takes several
+    const char* id = nullptr;    ///< its key where the name would not do
+    std::vector<const char*> needs = {}, excludes = {};
+
+    bool isOption() const { return name.starts_with("--"); }
+    bool isText() const { return isImage || argument.type == Argument::Type::Text; }
+    bool isSwitch() const { return argument.type == Argument::Type::Switch; }
+    /// "fg", "gain": as JSON has it.
+    std::string key() const;
+};
+
+class Call;
+
+/// Something that makes a picture of pictures: what people call it, what it takes, and how its node is made.
+struct Operation
+{
+    std::string name;
+    std::string summary;
+    std::string examples; ///< and what else help says at its end
+    std::vector<Parameter> parameters;
+    std::function<std::unique_ptr<Node>(const Call&)> make;
+
+    const Parameter* find(const std::string& key) const;
+};
+
+/// Every operation there is. A new one is a new row here: its command, its line in a script, JSON, the lists
+/// and their documents follow.
+const std::vector<Operation>& operations();
+
+/// The operation of a name; throws a usage error for an unknown one.
+const Operation& operationOfName(const std::string& name);
+
+/// An operation with what it was given.
+class Call
+{
+public:
+    explicit Call(const Operation& of);
+
+    /// Sets a parameter from its words; throws a usage error where they are none.
+    void set(const Parameter& parameter, const std::vector<std::string>& words);
+
+    /// Throws a usage error unless everything required is there.
+    void check() const;
+
+    const Operation& operation() const { return *operation_; }
+    bool has(const std::string& key) const { return texts_.contains(key); }
+    /// Of an argument that is no text; none where it is neither given nor preset.
+    const Value& value(const std::string& key) const { return values_.at(key); }
+    /// Of an argument that is a text; the preset where it is not given.
+    std::string text(const std::string& key) const;
+    bool isOn(const std::string& key) const { return has(key); }
+
+    /// The images in the order of the parameters, those that are given.
+    std::vector<std::string> images() const;
+
+    PlaneSettings planeSettings() const;
+
+    std::unique_ptr<Node> node() const { return operation_->make(*this); }
+
+private:
+    const Operation* operation_;
+    std::map<std::string, std::string> texts_; ///< by key
+    std::map<std::string, Value> values_;
+};
+
+/// The letter of a component as its number.
+std::optional<int> componentOf(const Call& call, const std::string& key);
+
+/// A whole number; throws a usage error for anything else.
+unsigned int readWhole(const std::string& option, const std::string& text, unsigned int least,
+                       unsigned int most);
+
+} // namespace host

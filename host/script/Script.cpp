@@ -1,0 +1,151 @@
+#include <host/script/Script.h>
+
+#include <host/file/Frames.h>
+#include <host/graph/FileImages.h>
+#include <host/operation/StoreNode.h>
+#include <host/text/Error.h>
+
+#include <algorithm>
+#include <filesystem>
+
+namespace host {
+
+namespace {
+
+void addOnce(std::vector<std::string>& names, const std::string& name)
+{
+    if (std::find(names.begin(), names.end(), name) == names.end())
+        names.push_back(name);
+}
+
+std::string pathOf(const std::string& path, std::optional<int64_t> frame)
+{
+    return frame && hasFramePlace(path) ? framePath(path, *frame) : path;
+}
+
+/// Does some work, and says where in the script it stands when that fails.
+template <class Work>
+auto at(const std::string& where, Work work)
+{
+    try {
+        return work();
+    } catch (const Error& error) {
+        if (where.empty())
+            throw;
+        throw Error(error.kind(), where + error.what());
+    }
+}
+
+} // namespace
+
+std::vector<std::string> Script::inputFiles() const
+{
+    std::vector<std::string> files, names;
+    const auto add = [&](const std::string& image) {
+        if (std::find(names.begin(), names.end(), image) == names.end())
+            addOnce(files, image);
+    };
+    for (const Statement& statement : statements) {
+        for (const std::string& image : statement.call.images())
+            add(image);
+        names.push_back(statement.name);
+    }
+    for (const Output& output : outputs)
+        add(output.image);
+    return files;
+}
+
+std::vector<std::string> Script::outputFiles() const
+{
+    std::vector<std::string> files;
+    for (const Output& output : outputs)
+        addOnce(files, output.settings.path);
+    return files;
+}
+
+ScriptGraph::ScriptGraph(const Script& script, std::optional<int64_t> frame) : frame_(frame)
+{
+    checkOutputs(script);
+    for (const Script::Statement& statement : script.statements)
+        at(statement.where, [&] {
+            std::vector<size_t> inputs;
+            std::unique_ptr<Node> node = statement.call.node();
+            for (const std::string& image : statement.call.images())
+                inputs.push_back(nodeOf(image));
+            last_ = graph_.add(statement.name.empty() ? statement.call.operation().name : statement.name,
+                               std::move(node), inputs);
+            named_.emplace_back(statement.name, last_);
+        });
+    for (const Script::Output& output : script.outputs)
+        at(output.where, [&] { addOutput(output); });
+}
+
+/// Throws when a file is written that is read, or written twice.
+void ScriptGraph::checkOutputs(const Script& script) const
+{
+    std::error_code ignored;
+    std::vector<std::string> written;
+    for (const Script::Output& output : script.outputs) {
+        const std::string path = pathOf(output.settings.path, frame_);
+        for (const std::string& input : script.inputFiles())
+            if (std::filesystem::equivalent(pathOf(input, frame_), path, ignored))
+                refuse(output.where + "the output is the input, '" + path + "'; give it another name");
+        const auto same = [&](const std::string& other) {
+            return other == path || std::filesystem::equivalent(other, path, ignored);
+        };
+        if (std::any_of(written.begin(), written.end(), same))
+            refuse(output.where + "'" + path + "' is written twice; give one of them another name");
+        written.push_back(path);
+    }
+}
+
+/// The last statement of a name, else a file, which is opened once.
+size_t ScriptGraph::nodeOf(const std::string& image)
+{
+    const auto find = [this](const std::string& name) {
+        return std::find_if(named_.rbegin(), named_.rend(),
+                            [&](const auto& entry) { return entry.first == name; });
+    };
+    if (const auto statement = find(image); statement != named_.rend())
+        return statement->second;
+    const std::string path = pathOf(image, frame_);
+    if (const auto file = find(path); file != named_.rend())
+        return file->second;
+    auto source = std::make_unique<FileSource>(path);
+    for (const std::string& note : source->notes())
+        notes_.push_back(note);
+    named_.emplace_back(path, graph_.add(std::move(source)));
+    return named_.back().second;
+}
+
+/// A sink for a picture, behind a node that brings it into the form that the file format has.
+void ScriptGraph::addOutput(const Script::Output& output)
+{
+    const OutputSettings& settings = output.settings;
+    const std::string path = pathOf(settings.path, frame_);
+    const size_t node = nodeOf(output.image);
+    const Picture& picture = graph_.picture(node);
+    StoreNode::Settings form;
+    form.depth = settings.depth;
+    if (!settings.asIs)
+        form.straight = straightIn(path);
+    form.displayWindow = !settings.dataWindow && !holdsWindow(path, picture.first().data);
+    const size_t stored = graph_.add(path, std::make_unique<StoreNode>(form), {node});
+    auto sink = std::make_unique<FileSink>(path, graph_.picture(stored));
+    for (const std::string& note : sink->writer().notes())
+        notes_.push_back(note);
+    graph_.write(stored, std::move(sink));
+}
+
+FrameReport ScriptGraph::run(const RunSettings& settings)
+{
+    FrameReport report{graph_.run(settings), {}, {}, graph_.notes()};
+    report.notes.insert(report.notes.end(), notes_.begin(), notes_.end());
+    for (const Graph::Output& output : graph_.outputs())
+        report.outputs.push_back(output.sink->picture());
+    if (!graph_.entries().empty())
+        report.planes = graph_.entries()[last_].node->planes();
+    return report;
+}
+
+} // namespace host

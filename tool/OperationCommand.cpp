@@ -1,0 +1,205 @@
+#include "OperationCommand.h"
+
+#include "Commands.h"
+#include "Progress.h"
+#include "Signals.h"
+
+#include <host/command/OperationWords.h>
+#include <host/file/Format.h>
+#include <host/file/Frames.h>
+#include <host/text/Error.h>
+#include <host/text/Names.h>
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+
+namespace tool {
+
+namespace {
+
+using host::Error;
+using Frame = std::optional<int64_t>;
+
+host::RunSettings settingsOf(const RunOptions& o)
+{
+    host::RunSettings settings;
+    settings.threads = static_cast<int>(host::readWhole("--threads", o.threads, 1, host::maxThreads));
+    settings.tile = static_cast<int>(host::readWhole("--tile", o.tile, 1, 4096));
+    settings.cancel = &cancelSwitch();
+    return settings;
+}
+
+/// Several frames need a place for the number in all outputs and in an input; other inputs may be stills.
+void checkPlaces(const host::Script& script)
+{
+    const auto stills = [](const std::vector<std::string>& paths) {
+        std::vector<std::string> without;
+        for (const std::string& path : paths)
+            if (!host::hasFramePlace(path))
+                without.push_back("'" + path + "'");
+        return without;
+    };
+    std::vector<std::string> wrong = stills(script.outputFiles());
+    const std::vector<std::string> inputs = script.inputFiles();
+    if (wrong.empty() && !inputs.empty() && stills(inputs).size() == inputs.size())
+        wrong = stills(inputs);
+    if (!wrong.empty())
+        host::refuse("--frames: there is no place for the frame number in " + host::joined(wrong) +
+                     "; write #### or %04d there");
+}
+
+std::vector<Frame> framesOf(const host::Script& script, const std::optional<std::string>& numbers)
+{
+    if (!numbers)
+        return {Frame()};
+    const std::vector<int64_t> frames = host::parseFrames(*numbers);
+    if (frames.size() > 1)
+        checkPlaces(script);
+    return {frames.begin(), frames.end()};
+}
+
+nlohmann::ordered_json statsJson(const host::FrameReport& report)
+{
+    int64_t pixels = 0;
+    for (const host::Picture& output : report.outputs)
+        pixels += output.first().pixels();
+    return {{"pixels", pixels},
+            {"planes", report.planes},
+            {"seconds", report.seconds},
+            {"read", report.readSeconds},
+            {"work", report.workSeconds},
+            {"write", report.writeSeconds},
+            {"instructions", host::instructionSet()}};
+}
+
+void printStats(const host::FrameReport& report)
+{
+    int64_t pixels = 0;
+    for (const host::Picture& output : report.outputs) {
+        const host::Window& window = output.first().data;
+        std::printf("%s: %d x %d, planes %s\n", output.path.c_str(), window.width, window.height,
+                    host::joined(report.planes).c_str());
+        pixels += output.first().pixels();
+    }
+    std::printf(
+        "  %.3f s, %.1f megapixels a second; read %.3f s, work %.3f s over all threads (%s), write %.3f s\n",
+        report.seconds, static_cast<double>(pixels) * 1e-6 / report.seconds, report.readSeconds,
+        report.workSeconds, host::instructionSet(), report.writeSeconds);
+}
+
+void tellDone(const host::FrameReport& report, const RunOptions& o, Progress& progress)
+{
+    progress.clear();
+    for (const std::string& note : report.notes)
+        std::fprintf(stderr, "kreiluge: note: %s\n", note.c_str());
+    if (progress.isJson()) {
+        nlohmann::ordered_json line = {{"event", "done"}, {"output", report.outputs.front().path}};
+        if (o.stats)
+            line["stats"] = statsJson(report);
+        std::printf("%s\n", line.dump().c_str());
+    } else if (o.stats) {
+        printStats(report);
+    }
+    std::fflush(stdout);
+}
+
+/// True when the other frames of a sequence would fail alike.
+bool endsSequence(const Error& error)
+{
+    using Kind = Error::Kind;
+    return error.kind() == Kind::Usage || error.kind() == Kind::Output || error.kind() == Kind::Cancelled;
+}
+
+std::string outputOf(const host::Script& script, const Frame& frame)
+{
+    const std::string& path = script.outputs.front().settings.path;
+    return frame && host::hasFramePlace(path) ? host::framePath(path, *frame) : path;
+}
+
+struct OperationOptions : RunOptions
+{
+    explicit OperationOptions(const host::Operation& operation) : words(operation) {}
+
+    host::OperationWords words;
+    std::string output;
+};
+
+int run(const host::Operation& operation, const OperationOptions& o)
+{
+    host::Script script;
+    host::Call call = o.words.call();
+    if (operation.find("size") != nullptr && !call.has("depth"))
+        call.set(*operation.find("depth"), {host::formatName(host::usualFormat(o.output))});
+    host::OutputSettings settings;
+    settings.path = o.output;
+    if (operation.find("planes") != nullptr)
+        settings.asIs = call.planeSettings().asIs;
+    settings.dataWindow = o.window == "data";
+    if (!settings.dataWindow && o.window != "display")
+        host::refuseName("--window: unknown choice", o.window, {"display", "data"});
+    script.statements.push_back({"", std::move(call), ""});
+    script.outputs.push_back({"", settings, ""});
+    return runAll(script, o);
+}
+
+} // namespace
+
+void addRunOptions(Command& command, RunOptions& o)
+{
+    command.add(
+        {{"--frames", &o.frames, "frames of a sequence: 1001-1100, 1001-1100x2 or 1,5,9"},
+         {"--window", &o.window,
+          "what a file format without a data window gets: the display window, padded or cut, or the data "
+          "window"},
+         {"--threads", &o.threads, "threads, 1 to 64"},
+         {"--tile", &o.tile, "side of a tile in pixels"},
+         {"--progress", &o.progress, "auto, none, bar or json"},
+         {"--stats", &o.stats, "tell where the time went"}});
+}
+
+int runAll(const host::Script& script, const RunOptions& o)
+{
+    host::RunSettings settings = settingsOf(o);
+    const std::vector<Frame> frames = framesOf(script, o.frames);
+    Progress progress(o.progress);
+    host::setFileThreads(settings.threads);
+    size_t failed = 0, missing = 0;
+    for (size_t i = 0; i < frames.size(); ++i) {
+        try {
+            settings.progress = progress.begin(outputOf(script, frames[i]), i, frames.size());
+            tellDone(host::ScriptGraph(script, frames[i]).run(settings), o, progress);
+        } catch (const Error& error) {
+            progress.clear();
+            if (frames.size() == 1 || endsSequence(error))
+                throw;
+            std::fprintf(stderr, "kreiluge: %s\n", error.what());
+            ++failed;
+            missing += error.kind() == Error::Kind::NoInput;
+        }
+    }
+    if (failed > 0)
+        std::fprintf(stderr, "kreiluge: %zu of %zu frames failed\n", failed, frames.size());
+    if (missing == frames.size())
+        return exitUsage;
+    return failed > 0 ? exitSomeFailed : exitDone;
+}
+
+Command operationCommand(const host::Operation& operation)
+{
+    auto o = std::make_shared<OperationOptions>(operation);
+    Command command{operation.name.c_str(), operation.summary.c_str(), operation.examples.c_str()};
+    command.options = o->words.options();
+    const auto firstOption = std::find_if(command.options.begin(), command.options.end(),
+                                          [](const host::Option& option) { return option.name[0] == '-'; });
+    command.options.insert(
+        firstOption,
+        {"-o,--output", &o->output, "image file to write; its extension picks the file format", required});
+    addRunOptions(command, *o);
+    command.run = [o, &operation] { return run(operation, *o); };
+    return command;
+}
+
+} // namespace tool
