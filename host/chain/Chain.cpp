@@ -8,8 +8,7 @@
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
-#include <optional>
-#include <set>
+#include <span>
 
 namespace host {
 
@@ -70,19 +69,23 @@ std::string quoted(const std::string& text)
     return inQuotes.insert(0, 1, '"').append(1, '"');
 }
 
-/// Refuses keys that an object has twice, of which the parser alone would keep one.
-Json parse(const std::string& text)
+/// What does not fit into a message ends with dots.
+std::string shortened(const Json& value)
 {
-    std::vector<std::set<std::string>> keys; // of the objects around
-    return Json::parse(text, [&](int, Json::parse_event_t event, const Json& parsed) {
-        if (event == Json::parse_event_t::object_start)
-            keys.emplace_back();
-        else if (event == Json::parse_event_t::object_end)
-            keys.pop_back();
-        else if (event == Json::parse_event_t::key && !keys.back().insert(parsed.get<std::string>()).second)
-            refuse("'" + parsed.get<std::string>() + "' is given twice");
-        return true;
-    });
+    constexpr size_t most = 60;
+    const std::string text = value.dump(-1, ' ', true); // ASCII, to be cut anywhere
+    return text.size() <= most ? text : text.substr(0, most) + "...";
+}
+
+/// Calls `read`, and says where the error was that it throws.
+template <class Read>
+auto at(const std::string& place, const Read& read)
+{
+    try {
+        return read();
+    } catch (const Error& error) {
+        throw Error(error.kind(), place + error.what());
+    }
 }
 
 } // namespace
@@ -91,6 +94,12 @@ Json parse(const std::string& text)
 class Chain::StepReader
 {
 public:
+    /// The function that the words between some commas make: the first names it, later ones go on with its
+    /// keys.
+    static Step ofWords(std::span<const std::vector<Word>> parts);
+    static Step ofJson(const Json& item);
+
+private:
     explicit StepReader(const std::string& name)
     {
         step_.function = &functionOfName(name);
@@ -112,14 +121,14 @@ public:
     {
         if (key == "scope") {
             if (!value.is_string())
-                refuse(name() + ": 'scope': expected letters as in \"rgb\" instead of " + value.dump());
+                refuse(name() + ": 'scope': expected letters as in \"rgb\" instead of " + shortened(value));
             scope(value.get<std::string>());
             return;
         }
         const Argument& argument = arguments()[indexOf(key)];
         if (argument.type == Argument::Type::File &&
             (!value.is_string() || value.get_ref<const std::string&>().empty()))
-            refuse(name() + ": '" + key + "': expected a path instead of " + value.dump());
+            refuse(name() + ": '" + key + "': expected a path instead of " + shortened(value));
         named(key, textOfJson(value));
     }
 
@@ -165,7 +174,6 @@ public:
         return std::move(step_);
     }
 
-private:
     const std::string& name() const { return step_.function->name; }
     const std::vector<Argument>& arguments() const { return step_.function->arguments; }
     const std::string& keysName() const { return arguments().front().name; }
@@ -195,11 +203,7 @@ private:
 
     void read(size_t index, const std::string& text)
     {
-        try {
-            step_.values[index] = readValue(arguments()[index], text);
-        } catch (const Error& error) {
-            refuse(name() + ": " + error.what());
-        }
+        step_.values[index] = at(name() + ": ", [&] { return readValue(arguments()[index], text); });
     }
 
     Step step_;
@@ -208,64 +212,76 @@ private:
     bool scoped_ = false;
 };
 
+Chain::Step Chain::StepReader::ofWords(std::span<const std::vector<Word>> parts)
+{
+    StepReader step(parts.front().front().text);
+    for (const std::vector<Word>& words : parts) {
+        const bool goesOn = &words != &parts.front();
+        if (goesOn && !step.takesKeys())
+            step.refuseNumber(words.front().text);
+        for (size_t i = goesOn ? 0 : 1; i < words.size(); ++i) {
+            const Word& word = words[i];
+            if (word.isScope)
+                step.scope(word.text.substr(1));
+            else if (word.equals != std::string::npos)
+                step.named(word.text.substr(0, word.equals), word.text.substr(word.equals + 1));
+            else if (word.isKey && step.takesKeys())
+                step.key(word.text, i == 0);
+            else
+                step.positional(word.text);
+        }
+    }
+    return step.finish();
+}
+
+Chain::Step Chain::StepReader::ofJson(const Json& item)
+{
+    if (!item.is_object() || !item.contains("function") || !item["function"].is_string())
+        refuse("expected an object with a name under \"function\" instead of " + shortened(item));
+    StepReader step(item["function"].get<std::string>());
+    for (const auto& [key, value] : item.items())
+        if (key != "function")
+            step.json(key, value);
+    return step.finish();
+}
+
 Chain Chain::fromText(const std::string& text)
 {
     Chain chain;
     if (isBlank(text))
         return chain;
-    std::optional<StepReader> step;
-    for (const std::vector<Word>& words : chainWords(text)) {
-        if (words.empty())
-            refuse("a function is missing beside a comma in '" + text + "'");
-        const bool goesOn = step && words.front().isKey; // with the keys of the function before the comma
-        if (goesOn && !step->takesKeys())
-            step->refuseNumber(words.front().text);
-        if (!goesOn) {
-            StepReader next(words.front().text);
-            if (step)
-                chain.steps_.push_back(step->finish());
-            step = std::move(next);
-        }
-        for (size_t i = goesOn ? 0 : 1; i < words.size(); ++i) {
-            const Word& word = words[i];
-            if (word.isScope)
-                step->scope(word.text.substr(1));
-            else if (word.equals != std::string::npos)
-                step->named(word.text.substr(0, word.equals), word.text.substr(word.equals + 1));
-            else if (word.isKey && step->takesKeys())
-                step->key(word.text, i == 0);
-            else
-                step->positional(word.text);
-        }
+    const std::vector<std::vector<Word>> parts = chainWords(text);
+    for (size_t end = 0, begin; (begin = end) < parts.size();) {
+        do
+            if (parts[end].empty())
+                refuse("a function is missing beside a comma in '" + text + "'");
+        while (++end < parts.size() && !parts[end].empty() && parts[end].front().isKey);
+        const bool several = begin > 0 || end < parts.size();
+        chain.steps_.push_back(at(several ? entryText(chain.steps_.size()) : "", [&] {
+            return StepReader::ofWords(std::span(parts).subspan(begin, end - begin));
+        }));
     }
-    chain.steps_.push_back(step->finish());
     return chain;
 }
 
 Chain Chain::fromJson(const std::string& json, const std::string& source)
 {
-    try {
-        const Json root = parse(json);
-        const Json& list = root.is_object() && root.contains("chain") ? root["chain"] : root;
-        if (!list.is_array())
-            refuse("expected a list of functions, or an object with one under \"chain\"");
-        Chain chain;
-        chain.source_ = source;
-        for (const Json& item : list) {
-            if (!item.is_object() || !item.contains("function") || !item["function"].is_string())
-                refuse("expected an object with a name under \"function\" instead of " + item.dump());
-            StepReader step(item["function"].get<std::string>());
-            for (const auto& [key, value] : item.items())
-                if (key != "function")
-                    step.json(key, value);
-            chain.steps_.push_back(step.finish());
+    return at("'" + source + "': ", [&] {
+        try {
+            const Json root = parseStrictJson(json);
+            const Json& list = root.is_object() && root.contains("chain") ? root["chain"] : root;
+            if (!list.is_array())
+                refuse("expected a list of functions, or an object with one under \"chain\"");
+            Chain chain;
+            chain.source_ = source;
+            for (const Json& item : list)
+                chain.steps_.push_back(
+                    at(entryText(chain.steps_.size()), [&] { return StepReader::ofJson(item); }));
+            return chain;
+        } catch (const Json::exception& error) {
+            refuse(error.what());
         }
-        return chain;
-    } catch (const Json::exception& error) {
-        refuse("'" + source + "': " + error.what());
-    } catch (const Error& error) {
-        refuse("'" + source + "': " + error.what());
-    }
+    });
 }
 
 Chain Chain::fromJsonFile(const std::string& path)
@@ -313,17 +329,27 @@ std::string Chain::json() const
 /// Makes the function of a step. What is wrong with a file that it needs is the fault of that which names it.
 Made Chain::make(const Step& step) const
 {
-    try {
+    const std::string source = source_.empty() ? "" : "'" + source_ + "': ";
+    const bool isOneOfSeveral = steps_.size() > 1 || !source.empty();
+    const auto index = static_cast<size_t>(&step - steps_.data());
+    return at(source + (isOneOfSeveral ? entryText(index) : ""), [&] {
         Made made = step.function->make(step.values);
         if ((made.keepsAlpha || step.function->leavesAlpha) && !step.scope[0] && !step.scope[1] &&
             !step.scope[2])
             refuse(step.function->name + ": it leaves alpha alone, and its scope names nothing else");
         return made;
-    } catch (const Error& error) {
-        if (source_.empty())
-            throw;
-        throw Error(error.kind(), "'" + source_ + "': " + error.what());
+    });
+}
+
+std::optional<std::string> Chain::colourSpace() const
+{
+    std::optional<std::string> space;
+    for (const Step& step : steps_) {
+        const auto colours = std::count(step.scope.begin(), step.scope.begin() + 3, true);
+        if (step.function->colourSpace && colours > 0)
+            space = colours == 3 ? step.function->colourSpace : "";
     }
+    return space;
 }
 
 Chain::Built Chain::build() const

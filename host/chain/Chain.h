@@ -6,6 +6,7 @@
 #include <RU/pixelfunc/RU_PixelFunction.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -33,6 +34,9 @@ public:
     std::string json() const;
 
     bool isEmpty() const { return steps_.empty(); }
+
+    /// What becomes of the colour space that an image is tagged with, as Function::colourSpace says it.
+    std::optional<std::string> colourSpace() const;
 
     /// The linked functions of a chain that is not empty, and the components that they write.
     struct Built

@@ -2,6 +2,7 @@
 
 #include <host/chain/Curves.h>
 #include <host/chain/LookUpFile.h>
+#include <host/chain/SRGBFunc.h>
 #include <host/text/Error.h>
 #include <host/text/Text.h>
 
@@ -131,6 +132,14 @@ Made makeReplace(const Values& v)
     return std::make_unique<RU_ColorReplace>(v[0].four(), v[1].four(), v[2], v[3]);
 }
 
+template <SRGBFunc::Way way>
+Made makeSRGB(const Values&)
+{
+    Made made(std::make_unique<SRGBFunc>(way));
+    made.keepsAlpha = true;
+    return made;
+}
+
 Made makeLookUp(const Values& v)
 {
     auto lookUp = std::make_shared<LookUp>(readLookUpFile(v[0].file()));
@@ -145,74 +154,115 @@ Made makeLookUp(const Values& v)
 std::vector<Function> colourFunctions()
 {
     return {
+        {"srgb",
+         "linear light to sRGB, by its exact curve; odd about 0",
+         {},
+         makeSRGB<SRGBFunc::Way::FromLinear>,
+         "sRGB",
+         leavesAlpha},
+        {"linear",
+         "sRGB to linear light, back by the same curve",
+         {},
+         makeSRGB<SRGBFunc::Way::ToLinear>,
+         "Linear",
+         leavesAlpha},
         {"luminance",
          "0.3086 red + 0.6094 green + 0.082 blue, in all three",
          {},
          plain<RU_LuminanceFunc>,
+         keepsSpace,
          leavesAlpha},
         {"ntsc",
          "0.299 red + 0.587 green + 0.114 blue, in all three",
          {},
          plain<RU_NTSCLuminanceFunc>,
+         keepsSpace,
          leavesAlpha},
         {"component",
          "one component, in all",
          {{"component", Type::Choice, true, 0.0f, {"r", "g", "b", "a"}}},
-         makeComponent},
-        {"max", "the largest component, in all; alpha counts", {}, plain<RU_MaxFunc>},
-        {"min", "the smallest component, in all; alpha counts", {}, plain<RU_MinFunc>},
-        {"average", "the mean of the components, in all; alpha counts", {}, plain<RU_AverageFunc>},
-        {"length", "the root of the sum of squares, in all; alpha counts", {}, plain<RU_LengthFunc>},
-        {"normalize", "divided by that length; alpha counts", {}, plain<RU_NormalizeFunc>},
+         makeComponent,
+         losesSpace},
+        {"max", "the largest component, in all; alpha counts", {}, plain<RU_MaxFunc>, losesSpace},
+        {"min", "the smallest component, in all; alpha counts", {}, plain<RU_MinFunc>, losesSpace},
+        {"average",
+         "the mean of the components, in all; alpha counts",
+         {},
+         plain<RU_AverageFunc>,
+         losesSpace},
+        {"length",
+         "the root of the sum of squares, in all; alpha counts",
+         {},
+         plain<RU_LengthFunc>,
+         losesSpace},
+        {"normalize", "divided by that length; alpha counts", {}, plain<RU_NormalizeFunc>, losesSpace},
         {"saturation",
          "(max - min) / max of red, green and blue, in all three",
          {},
          plain<RU_SaturationFunc>,
+         losesSpace,
          leavesAlpha},
         {"vector",
          "the row red, green, blue, 1 times a matrix of 3 or 4 rows",
          {required("matrix", Type::Matrix)},
          makeVector,
+         losesSpace,
          leavesAlpha},
         {"hue",
          "the hue in red, green and blue: 0 red, 1/3 green, 2/3 blue",
          {},
          plain<RU_HueFunc>,
+         losesSpace,
          leavesAlpha},
         {"tohsv",
          "hue, saturation and value in red, green and blue",
          {},
          convertHSV<RU_RGB_TO_HSV>,
+         losesSpace,
          leavesAlpha},
-        {"fromhsv", "back from hue, saturation and value", {}, convertHSV<RU_HSV_TO_RGB>, leavesAlpha},
+        {"fromhsv",
+         "back from hue, saturation and value",
+         {},
+         convertHSV<RU_HSV_TO_RGB>,
+         losesSpace,
+         leavesAlpha},
         {"hsv",
          "turns the hue by degrees; scales and shifts saturation and value",
          {number("hue", 0), number("sat", 1), number("satshift", 0), number("val", 1), number("valshift", 0),
           onOff("preserve", false)},
          makeHSV,
+         keepsSpace,
          leavesAlpha},
         {"huecurve",
          "curves over the hue: added to it, factors of saturation and value; a height of 0.5 changes nothing",
          {{"hue", Type::OptionalCurve}, {"sat", Type::OptionalCurve}, {"val", Type::OptionalCurve}},
          makeHueCurve,
+         keepsSpace,
          leavesAlpha},
         {"replace",
          "colours within inner of the key become like the replacement, those beyond outer stay",
          {required("key", Type::Colour), required("replacement", Type::Colour), number("inner", 0.1f),
           number("outer", 0.3f)},
          makeReplace,
+         keepsSpace,
          leavesAlpha},
         {"levels",
          "inblack to outblack, inwhite to outwhite, gamma between; then the offset",
          {number("inblack", 0), number("inwhite", 1), number("gamma", 1), number("outblack", 0),
           number("outwhite", 1), number("offset", 0), components("inblacks", 0), components("inwhites", 1),
           components("gammas", 1), components("outblacks", 0), components("outwhites", 1)},
-         makeLevels},
+         makeLevels,
+         losesSpace},
         {"curve",
          "a smooth curve through keys, level outside or extended",
          {required("keys", Type::Curves), onOff("extend", false)},
-         makeCurve},
-        {"lut", "the values of a look-up file, .cube or .csv", {required("file", Type::File)}, makeLookUp},
+         makeCurve,
+         losesSpace},
+        {"lut",
+         "the values of a look-up file, .cube or .csv",
+         {required("file", Type::File)},
+         makeLookUp,
+         losesSpace},
     };
 }
 

@@ -9,6 +9,10 @@ namespace host {
 std::vector<Function> numericFunctions();
 std::vector<Function> colourFunctions();
 
+// Function::colourSpace
+inline constexpr std::nullopt_t keepsSpace = std::nullopt;
+inline constexpr const char* losesSpace = "";
+
 template <class F>
 Made plain(const Values&)
 {

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <variant>
@@ -106,6 +107,9 @@ struct Function
     std::string summary;
     std::vector<Argument> arguments;
     Made (*make)(const Values& values);
+    /// What becomes of the colour space that an image is tagged with: nothing, the values still mean colours
+    /// of that space; or the one of this name; or, where the name is empty, none that is known.
+    std::optional<std::string> colourSpace;
     bool leavesAlpha = false; ///< alone, whatever the arguments are
 
     /// "gamma GAMMA", "log [BASE=10] [REPLACEMENT=none]"
@@ -120,7 +124,7 @@ struct Function
 /// Every function there is. A new one is a new row here: the parser, the list, JSON and the messages follow.
 const std::vector<Function>& functions();
 
-/// The function of a name; throws a usage error for an unknown one.
+/// The function of a name; throws a usage error for an unknown one, with what to use instead.
 const Function& functionOfName(const std::string& name);
 
 } // namespace host

@@ -1,16 +1,13 @@
 #pragma once
 
 #include <host/chain/Functions.h>
-
-#include <nlohmann/json.hpp>
+#include <host/chain/StrictJson.h>
 
 #include <string>
 
 // The forms in which the arguments of functions are written.
 
 namespace host {
-
-using Json = nlohmann::ordered_json;
 
 /// Reads the text of an argument: 0.5, 1:0.9:0.8, none, on, a path, keys as in 0:0;0.5:0.6:1;1:1 or "0 0, 0.5
 /// 0.6 1, 1 1" with | between curves. Throws a usage error that says what was expected.

@@ -2,6 +2,7 @@
 
 #include <host/chain/Chain.h>
 
+#include <chrono>
 #include <cmath>
 #include <map>
 
@@ -143,7 +144,7 @@ TEST(Chain, ErrorsNameTheSlipAndTheNearestName)
         {"curve 0 0 | 0 0, 1 1", "the curve '0 0' has one key; expected two or more"},
         {"curve 0 0, 1 1 | 0 0, 1 1", "is 2 curves; expected one, or one each for red, green, blue"},
         {"curve 0 0, 1 1 keys=0:0;1:1", "'keys' is given twice"},
-        {"curve 0 0, a b", "unknown function 'a'"},
+        {"curve 0 0, 1 1, a b", "entry 2: unknown function 'a'"},
         {"curve 0 0, 1 nan", "'1 nan' is no key"},
         {"curve 0 0, 1 -2e18", "expected x and y from -1e18 to 1e18"},
         {"curve 0 0, 1 1 1.5", "expected a weight from 0 to 1"},
@@ -151,6 +152,8 @@ TEST(Chain, ErrorsNameTheSlipAndTheNearestName)
         {"huecurve sat=0:0.5, 1:0.5", "or, in quotes, \"0 0, 0.5 0.6, 1 1\""},
         {"huecurve sat=0:0.5;1:1, 1:0.5", "keys with ';' between them, or in quotes"},
         {"curve 0 0, 1 1 maybe", "'maybe' is no value for 'extend'"},
+        {"abs, curve 0 0, 1 1, gamma x", "entry 3: gamma: 'x' is no value"},
+        {"Exposure 1", "unknown function 'Exposure'; use mult: an exposure of s stops is mult 2^s"},
     };
     for (const auto& [text, expected] : texts)
         EXPECT_TRUE(says(errorOf([t = text] { Chain::fromText(t); }), expected)) << text;
@@ -167,6 +170,9 @@ TEST(Chain, ErrorsNameTheSlipAndTheNearestName)
         {R"([{"function": "lut", "file": ["a.cube"]}])", "lut: 'file': expected a path"},
         {R"([{"function": "abs", "scope": null}])", "abs: 'scope': expected letters"},
         {R"([{"function": "add", "ad": 1}])", "did you mean 'add'?"},
+        {R"([{"function": "abs"}, {"function": "gamma", "gamma": "x"}])", "entry 2: gamma: 'x' is no value"},
+        {R"({"note": [1, 2], "chain": [1, {"function": [{}, {"a": 1, "a": 1}]}]})",
+         "entry 2: 'a' is given twice"},
     };
     for (const auto& [json, expected] : jsons) {
         const auto read = [j = json] { Chain::fromJson(j, "look.json"); };
@@ -181,7 +187,8 @@ TEST(Chain, WhatMakesNoSenseIsSaidWhenItIsBuilt)
         {"replace 1:0:0 0:1:0 -1", "replace: inner is -1"},
         {"levels gamma=0", "levels: a gamma of 0"},
         {"levels gammas=1:0:1", "levels: a gamma of 0"},
-        {"abs @a, luminance @a", "luminance: it leaves alpha alone"},
+        {"luminance @a", "luminance: it leaves alpha alone"},
+        {"linear @a", "linear: it leaves alpha alone"},
         {"curve 0 0, 1 1 | 0 0, 1 1 | 0 0, 1 1 @a", "curve: it leaves alpha alone"},
         {"huecurve '0 0.5, 2 0.5'", "huecurve: a key at 2"},
     };
@@ -189,9 +196,74 @@ TEST(Chain, WhatMakesNoSenseIsSaidWhenItIsBuilt)
         const Chain chain = Chain::fromText(text);
         EXPECT_TRUE(says(errorOf([&] { chain.build(); }), "", expected)) << text;
         const Chain read = Chain::fromJson(chain.json(), "look.json");
-        EXPECT_TRUE(says(errorOf([&] { read.build(); }), "", std::string("'look.json': ") + expected))
+        EXPECT_TRUE(
+            says(errorOf([&] { read.build(); }), "", std::string("'look.json': entry 1: ") + expected))
             << text;
     }
+    EXPECT_TRUE(
+        says(errorOf([] { Chain::fromText("abs, levels gamma=0").build(); }), "", "entry 2: levels:"));
+}
+
+TEST(Chain, LongChainsTakeTimeInProportionAndDeepOnesAreRefused)
+{
+    constexpr size_t count = 30000; // half a minute where each entry looks at all others
+    std::string text = "add 1";
+    for (size_t i = 1; i < count; ++i)
+        text += ", add 1";
+    const auto begin = std::chrono::steady_clock::now();
+    const Chain chain = Chain::fromJson(Chain::fromText(text).json(), "long.json");
+    EXPECT_EQ(evaluate(chain, 0.0f, 0), static_cast<float>(count));
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
+
+    const std::string open(100000, '['), close(100000, ']');
+    for (const std::string& deep :
+         {open, open + close, R"([{"function": "add", "add": )" + open + close + "}]"})
+        EXPECT_TRUE(says(errorOf([&] { Chain::fromJson(deep, "deep.json"); }), "deeper than 32"));
+}
+
+/// Both ways of the curve in doubles.
+double ofLinear(double v)
+{
+    const double size = std::abs(v);
+    return std::copysign(size <= 0.0031308 ? size * 12.92 : 1.055 * std::pow(size, 1 / 2.4) - 0.055, v);
+}
+
+double toLinear(double v)
+{
+    const double size = std::abs(v);
+    return std::copysign(size <= 0.04045 ? size / 12.92 : std::pow((size + 0.055) / 1.055, 2.4), v);
+}
+
+TEST(Chain, TheCurveOfSRGBIsExact)
+{
+    std::vector<float> values;
+    for (int code = -65535; code <= 2 * 65535; ++code)
+        values.push_back(static_cast<float>(code) / 65535.0f);
+    for (const float value : {1e-40f, 3e-5f, 0.00313f, 0.00314f, 0.0404f, 0.0405f, 1000.0f, 65504.0f, 1e10f})
+        values.insert(values.end(), {value, -value});
+    std::vector<float> row(values.size());
+    const auto count = static_cast<int64_t>(row.size());
+    for (const auto& [name, reference] : {std::pair{"srgb", &ofLinear}, {"linear", &toLinear}}) {
+        const Chain::Built built = Chain::fromText(name).build();
+        EXPECT_EQ(built.components, (Components{true, true, true, false}));
+        built.head->buildPixelEngine();
+        built.head->processRow(values.data(), row.data(), count, 1);
+        for (size_t i = 0; i < row.size(); ++i) {
+            const double expected = reference(double{values[i]});
+            ASSERT_NEAR(row[i], expected, std::abs(expected) * 5e-7 + 1e-44) << name << " of " << values[i];
+            ASSERT_EQ(row[i], built.head->processValue(values[i], 1)) << name << " of " << values[i];
+        }
+    }
+}
+
+TEST(Chain, SaysWhatBecomesOfTheColourSpace)
+{
+    const std::pair<const char*, std::optional<std::string>> chains[] = {
+        {"", {}},          {"mult 2, hsv 30", {}},          {"gamma 2", ""},      {"gamma 2 @a", {}},
+        {"srgb", "sRGB"},  {"srgb, linear", "Linear"},      {"tohsv, add 1", ""}, {"srgb @r", ""},
+        {"srgb, log", ""}, {"raise 2, srgb, add 1", "sRGB"}};
+    for (const auto& [text, expected] : chains)
+        EXPECT_EQ(Chain::fromText(text).colourSpace(), expected) << text;
 }
 
 TEST(Chain, ACommonScopeLeavesComponentsOutInsteadOfMakingThemDiffer)
