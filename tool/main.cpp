@@ -2,6 +2,7 @@
 #include "Signals.h"
 
 #include <host/text/Error.h>
+#include <host/text/Text.h>
 
 #include <cstdio>
 #include <exception>
@@ -34,10 +35,10 @@ int run(int argc, char** argv)
             commands.push_back(command());
         return host::runCommand(commands, tool::exitUsage, argc, argv);
     } catch (const host::Error& error) {
-        std::fprintf(stderr, "kreiluge: %s\n", error.what());
+        std::fprintf(stderr, "kreiluge: %s\n", host::printable(error.what()).c_str());
         return exitCodeOf(error);
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "kreiluge: %s\n", error.what());
+        std::fprintf(stderr, "kreiluge: %s\n", host::printable(error.what()).c_str());
         return tool::exitCannotRead;
     }
 }

@@ -78,7 +78,7 @@ void addOption(CLI::App& command, const Option& option)
         added->default_str(option.rules.preset);
     if (option.rules.words != nullptr)
         added->type_name(option.rules.words)->expected(wordCount(option.rules.words));
-    else if (std::holds_alternative<std::vector<std::string>*>(option.target))
+    else if (option.name[0] == '-' && std::holds_alternative<std::vector<std::string>*>(option.target))
         added->delimiter(',')->allow_extra_args(false);
     for (const char* other : option.rules.needs)
         added->needs(command.get_option(other));

@@ -15,6 +15,50 @@
 
 namespace host {
 
+namespace {
+
+/// How many bytes of `text` make the character at its begin; 0 where that is no UTF-8, or a control character.
+size_t characterBytes(std::string_view text)
+{
+    const auto byte = [&](size_t i) { return i < text.size() ? static_cast<unsigned char>(text[i]) : 0u; };
+    const unsigned int first = byte(0);
+    if (first < 0x80)
+        return first >= 0x20 && first != 0x7F ? 1 : 0;
+    const size_t bytes = first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
+    if (first < 0xC2 || first > 0xF4)
+        return 0;
+    for (size_t i = 1; i < bytes; ++i)
+        if ((byte(i) & 0xC0) != 0x80)
+            return 0;
+    const unsigned int code = (first & (0x7Fu >> bytes)) << 6 | (byte(1) & 0x3F); // its first bits
+    const bool tooLong = (bytes == 3 && code < 0x20) || (bytes == 4 && code < 0x10);
+    const bool surrogate = bytes == 3 && code >= 0x360 && code < 0x380;
+    const bool control = bytes == 2 && code < 0xA0;
+    return tooLong || surrogate || control || (bytes == 4 && code >= 0x110) ? 0 : bytes;
+}
+
+} // namespace
+
+std::string printable(const std::string& text)
+{
+    std::string shown;
+    for (size_t i = 0; i < text.size();) {
+        const size_t bytes = characterBytes(std::string_view(text).substr(i));
+        if (bytes > 0) {
+            shown.append(text, i, bytes);
+            i += bytes;
+            continue;
+        }
+        constexpr const char* digits = "0123456789abcdef";
+        const auto byte = static_cast<unsigned char>(text[i++]);
+        if (byte == '\n' || byte == '\t')
+            shown.append(byte == '\n' ? "\\n" : "\\t");
+        else
+            shown.append("\\x").append(1, digits[byte >> 4]).append(1, digits[byte & 15]);
+    }
+    return shown;
+}
+
 std::string numberText(float number)
 {
     char text[32];

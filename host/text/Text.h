@@ -16,6 +16,9 @@ bool readNumber(std::string_view text, float& number);
 /// Whether a text is nan or inf, or another way to write them.
 bool isNotFinite(std::string_view text);
 
+/// A text for the terminal: control characters and what is no UTF-8 are written as \n or \x1b.
+std::string printable(const std::string& text);
+
 /// What stands between separators, one part more than there are separators.
 std::vector<std::string> splitText(const std::string& text, char separator);
 
