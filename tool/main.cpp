@@ -4,7 +4,10 @@
 #include <host/text/Error.h>
 #include <host/text/Text.h>
 
+#include <PXL/PXL_Caps.h>
+
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 
 namespace {
@@ -22,6 +25,19 @@ int exitCodeOf(const host::Error& error)
     default:
         return tool::exitUsage;
     }
+}
+
+/// Once: results are the same with every instruction set, but somebody wanted another speed.
+void warnOfUnknownInstructionSet()
+{
+    if (PXLisInstructionSetCapKnown())
+        return;
+    constexpr const char* known = ""
+#define TOOL_NAME(NAME) " " #NAME
+        PXL_FOR_EACH_INSTRUCTION_SET(TOOL_NAME);
+#undef TOOL_NAME
+    std::fprintf(stderr, "kreiluge: warning: KREILUGE_ISA is '%s', which is unknown and ignored; known:%s\n",
+                 host::printable(std::getenv("KREILUGE_ISA")).c_str(), known);
 }
 
 int run(int argc, char** argv)
@@ -48,6 +64,7 @@ int run(int argc, char** argv)
 int main(int argc, char** argv)
 {
     tool::catchSignals();
+    warnOfUnknownInstructionSet();
     const int exitCode = run(argc, argv);
     if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0)
         return exitCode;

@@ -25,15 +25,19 @@ struct Capabilities
     PXL_InstructionSet chosen = PXL_InstructionSet::baseline;
 };
 
-PXL_InstructionSet capFromEnvironment(PXL_InstructionSet widest)
+/// What KREILUGE_ISA names; the count of the sets where that is none.
+size_t setFromEnvironment()
 {
     const char* wanted = std::getenv("KREILUGE_ISA");
-    if (wanted == nullptr)
-        return widest;
-    for (size_t i = 0; i < std::size(setNames); ++i)
-        if (std::string_view(wanted) == setNames[i])
-            return std::min(widest, static_cast<PXL_InstructionSet>(i));
-    return widest;
+    size_t i = 0;
+    while (i < std::size(setNames) && (wanted == nullptr || std::string_view(wanted) != setNames[i]))
+        ++i;
+    return i;
+}
+
+PXL_InstructionSet capFromEnvironment(PXL_InstructionSet widest)
+{
+    return std::min(widest, static_cast<PXL_InstructionSet>(setFromEnvironment()));
 }
 
 #if defined(__x86_64__)
@@ -99,6 +103,11 @@ PXL_InstructionSet PXLwidestInstructionSet()
 PXL_InstructionSet PXLinstructionSet()
 {
     return capabilities().chosen;
+}
+
+bool PXLisInstructionSetCapKnown()
+{
+    return std::getenv("KREILUGE_ISA") == nullptr || setFromEnvironment() < std::size(setNames);
 }
 
 const char* PXLinstructionSetName(PXL_InstructionSet set)

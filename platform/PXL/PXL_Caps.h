@@ -32,5 +32,8 @@ PLATFORM_API bool PXLcpuHasXMMX();
 PLATFORM_API PXL_InstructionSet PXLwidestInstructionSet();
 PLATFORM_API PXL_InstructionSet PXLinstructionSet();
 
+/// False where KREILUGE_ISA is some other text, so that a host can say so.
+PLATFORM_API bool PXLisInstructionSetCapKnown();
+
 /// "baseline", "avx2", ...
 PLATFORM_API const char* PXLinstructionSetName(PXL_InstructionSet set);
