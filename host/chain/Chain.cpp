@@ -168,8 +168,8 @@ private:
             const Argument& argument = arguments()[i];
             if (!given_[i] && argument.required)
                 refuse(name() + ": '" + argument.name + "' is missing; usage: " + step_.function->usage());
-            if (!given_[i] && !argument.mayBeNone())
-                step_.values[i] = Value(argument.preset);
+            if (!given_[i])
+                step_.values[i] = presetOf(argument);
         }
         return std::move(step_);
     }

@@ -42,6 +42,11 @@ Argument components(const char* name, float preset)
     return {name, Type::PerComponent, false, preset};
 }
 
+Argument notNegative(const char* name, float preset)
+{
+    return {.name = name, .preset = preset, .least = 0.0f};
+}
+
 Made makeComponent(const Values& v)
 {
     return std::make_unique<RU_ComponentFunc>(static_cast<int>(v[0].choice()));
@@ -126,9 +131,9 @@ Made makeHueCurve(const Values& v)
 
 Made makeReplace(const Values& v)
 {
-    if (v[2] < 0.0f || v[3] < v[2])
+    if (v[3] < v[2])
         refuse("replace: inner is " + numberText(v[2]) + " and outer " + numberText(v[3]) +
-               "; expected an inner of 0 or more and an outer not below it");
+               "; expected an outer not below inner");
     return std::make_unique<RU_ColorReplace>(v[0].four(), v[1].four(), v[2], v[3]);
 }
 
@@ -241,8 +246,8 @@ std::vector<Function> colourFunctions()
          leavesAlpha},
         {"replace",
          "colours within inner of the key become like the replacement, those beyond outer stay",
-         {required("key", Type::Colour), required("replacement", Type::Colour), number("inner", 0.1f),
-          number("outer", 0.3f)},
+         {required("key", Type::Colour), required("replacement", Type::Colour), notNegative("inner", 0.1f),
+          notNegative("outer", 0.3f)},
          makeReplace,
          keepsSpace,
          leavesAlpha},

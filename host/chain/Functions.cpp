@@ -1,4 +1,5 @@
 #include <host/chain/FunctionRows.h>
+#include <host/chain/Values.h>
 
 #include <host/text/Error.h>
 #include <host/text/Names.h>
@@ -52,15 +53,6 @@ constexpr Advice advices[] = {
     {"tolinear srgb2linear srgbtolinear linearize linearise decode degamma", "linear"},
 };
 
-std::string presetText(const Argument& argument)
-{
-    if (argument.mayBeNone())
-        return "none";
-    if (argument.type == Argument::Type::Switch)
-        return argument.preset != 0.0f ? "on" : "off";
-    return numberText(argument.preset);
-}
-
 } // namespace
 
 const std::vector<Function>& functions()
@@ -102,7 +94,8 @@ std::string Function::usage() const
                        [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
         if (!argument.choices.empty())
             upper = joined(argument.choices, "|");
-        text += argument.required ? " " + upper : " [" + upper + "=" + presetText(argument) + "]";
+        text += argument.required ? " " + upper
+                                  : " [" + upper + "=" + valueText(argument, presetOf(argument)) + "]";
     }
     return text;
 }

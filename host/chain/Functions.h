@@ -35,6 +35,7 @@ struct Argument
     bool required = false;
     float preset = 0.0f; ///< without the argument; for alpha where only three components are given
     std::vector<std::string> choices{};
+    std::optional<float> least{}, most{}; ///< of a number
 
     bool mayBeNone() const { return type == Type::OptionalNumber || type == Type::OptionalCurve; }
 };

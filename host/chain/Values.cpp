@@ -18,30 +18,42 @@ constexpr size_t mostCurves = 4;
 constexpr float farthest = 1e18f; ///< from 0 that a key may lie: curves compute with products of distances
 constexpr const char* keysExample = "as in 0:0;0.5:0.6;1:1 or, in quotes, \"0 0, 0.5 0.6, 1 1\"";
 
-std::string expected(const Argument& argument)
+/// The name of a type of arguments, and how people write one.
+struct TypeText
 {
-    switch (argument.type) {
+    const char* name;
+    const char* expectation;
+};
+
+TypeText textOf(Type type)
+{
+    switch (type) {
+    case Type::Number:
+        return {"number", "a number"};
     case Type::PerComponent:
-        return "a number, or one per component as in 1:0.9:0.8";
+        return {"perComponent", "a number, or one per component as in 1:0.9:0.8"};
     case Type::OptionalNumber:
-        return "a number or none";
+        return {"optionalNumber", "a number or none"};
     case Type::Switch:
-        return "on or off";
+        return {"switch", "on or off"};
     case Type::Choice:
-        return joined(argument.choices);
+        return {"choice", ""};
     case Type::Colour:
-        return "red, green and blue as in 1:0.5:0";
+        return {"colour", "red, green and blue as in 1:0.5:0"};
     case Type::Matrix:
-        return "9 or 16 numbers in 3 or 4 rows, as in 1:0:0;0:1:0;0:0:1, or 12 in 4 rows";
+        return {"matrix", "9 or 16 numbers in 3 or 4 rows, as in 1:0:0;0:1:0;0:0:1, or 12 in 4 rows"};
+    case Type::OptionalCurve:
+        return {"optionalCurve", "none, or keys as in 0:0;0.5:0.6;1:1"};
+    case Type::Curves:
+        return {"curves", "keys as in 0 0, 0.5 0.6, 1 1, with | between the curves of components"};
     case Type::File:
-        return "a path";
+        return {"file", "a path"};
     case Type::Pair:
-        return "two numbers";
+        return {"pair", "two numbers"};
     case Type::Text:
-        return "a text";
-    default:
-        return "a number";
+        return {"text", "a text"};
     }
+    return {};
 }
 
 /// All of the numbers of a text such as 1:0.9:0.8; none when one of them is no number.
@@ -167,13 +179,25 @@ std::optional<Value> tryRead(const Argument& argument, const std::string& text)
         return Value(text);
     case Type::File:
         return text.empty() ? std::nullopt : std::optional(Value(text));
-    default:
-        return readNumeric(text);
+    default: {
+        const std::optional<Value> value = readNumeric(text);
+        const bool inRange =
+            value && *value >= argument.least.value_or(*value) && *value <= argument.most.value_or(*value);
+        return inRange ? value : std::nullopt;
+    }
     }
 }
 
+Json listOf(const float* numbers, size_t count)
+{
+    Json list = Json::array();
+    for (size_t i = 0; i < count; ++i)
+        list.push_back(doubleOf(numbers[i]));
+    return list;
+}
+
 /// A matrix of 3 rows when the fourth row and column say nothing.
-std::vector<float> numbersOf(const Value::Matrix& matrix)
+Json matrixJson(const Value::Matrix& matrix)
 {
     std::vector<float> small;
     for (size_t i = 0; i < 12; ++i)
@@ -181,7 +205,7 @@ std::vector<float> numbersOf(const Value::Matrix& matrix)
             small.push_back(matrix[i]);
     const bool isSmall = matrix[3] == 0 && matrix[7] == 0 && matrix[11] == 0 && matrix[12] == 0 &&
                          matrix[13] == 0 && matrix[14] == 0 && matrix[15] == 1;
-    return isSmall ? small : std::vector<float>(matrix.begin(), matrix.end());
+    return isSmall ? listOf(small.data(), small.size()) : listOf(matrix.data(), matrix.size());
 }
 
 int depthOf(const Json& value)
@@ -207,11 +231,28 @@ std::string joinedJson(const Json& value, int depth)
 
 } // namespace
 
+const char* typeName(const Argument& argument)
+{
+    return textOf(argument.type).name;
+}
+
+std::string expectation(const Argument& argument)
+{
+    if (argument.type == Type::Choice)
+        return joined(argument.choices);
+    std::string text = textOf(argument.type).expectation;
+    if (argument.least)
+        text.append(" of at least ").append(numberText(*argument.least));
+    if (argument.most)
+        text.append(argument.least ? " and" : " of").append(" at most ").append(numberText(*argument.most));
+    return text;
+}
+
 Value readValue(const Argument& argument, const std::string& text)
 {
     const std::optional<Value> value = tryRead(argument, text);
     if (!value)
-        refuse("'" + text + "' is no value for '" + argument.name + "'; expected " + expected(argument));
+        refuse("'" + text + "' is no value for '" + argument.name + "'; expected " + expectation(argument));
     return *value;
 }
 
@@ -225,11 +266,15 @@ Json valueJson(const Argument& argument, const Value& value)
     case Type::Choice:
         return argument.choices[value.choice()];
     case Type::Colour:
-        return std::vector<float>(value.four(), value.four() + 3);
+        return listOf(value.four(), 3);
     case Type::Matrix:
+<<<<<<< HEAD
         return numbersOf(value.matrix());
     case Type::Pair:
         return std::vector<float>(value.four(), value.four() + 2);
+=======
+        return matrixJson(value.matrix());
+>>>>>>> 0a908ea (List functions as JSON and tell more of one; write floats in JSON as short as they are in text)
     case Type::File:
     case Type::Text:
         return value.file();
@@ -239,14 +284,15 @@ Json valueJson(const Argument& argument, const Value& value)
         for (const CurveKeys& keys : value.curves()) {
             Json& curve = curves.emplace_back(Json::array());
             for (const CurveKey& key : keys)
-                curve.push_back(key.weight == 0.0f ? Json{key.x, key.y} : Json{key.x, key.y, key.weight});
+                curve.push_back(
+                    listOf(std::array{key.x, key.y, key.weight}.data(), key.weight == 0.0f ? 2 : 3));
         }
         return curves.size() == 1 ? curves.front() : curves;
     }
     default:
         if (value.isUniform())
-            return static_cast<float>(value);
-        return std::vector<float>(value.four(), value.four() + 4);
+            return doubleOf(value);
+        return listOf(value.four(), 4);
     }
 }
 

@@ -14,12 +14,6 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-/// The shortest number that is the same float.
-Json jsonOf(float value)
-{
-    return std::isfinite(value) ? Json::parse(numberText(value)) : Json();
-}
-
 template <class T>
 Json numbersJson(const OIIO::ParamValue& value)
 {
@@ -28,7 +22,7 @@ Json numbersJson(const OIIO::ParamValue& value)
     Json list = Json::array();
     for (size_t i = 0; i < count; ++i)
         if constexpr (std::is_same_v<T, float>)
-            list.push_back(jsonOf(numbers[i]));
+            list.push_back(std::isfinite(numbers[i]) ? Json(doubleOf(numbers[i])) : Json());
         else
             list.push_back(numbers[i]);
     return count == 1 ? list.front() : list;

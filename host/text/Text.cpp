@@ -65,6 +65,14 @@ std::string numberText(float number)
     return std::string(text, std::to_chars(text, text + sizeof(text), number).ptr);
 }
 
+double doubleOf(float number)
+{
+    const std::string text = numberText(number);
+    double result = 0.0;
+    std::from_chars(text.data(), text.data() + text.size(), result);
+    return result;
+}
+
 bool readNumber(std::string_view text, float& number)
 {
     if (text.starts_with('+'))

@@ -9,6 +9,9 @@ namespace host {
 /// The shortest text that reads back as the same number.
 std::string numberText(float number);
 
+/// The double that is written like a float: 0.1 for 0.1f.
+double doubleOf(float number);
+
 /// Reads a finite number that fills all of `text`; false for anything else. What is too small for a float is
 /// 0.
 bool readNumber(std::string_view text, float& number);

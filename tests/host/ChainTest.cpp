@@ -138,6 +138,7 @@ TEST(Chain, ErrorsNameTheSlipAndTheNearestName)
         {"abs \"", "a quote is not closed"},
         {"huecurve 0:0;1:1|0:0;1:1", "is 2 curves; expected one, as in"},
         {"replace 1:0 0:0:1", "expected red, green and blue as in 1:0.5:0"},
+        {"replace 1:0:0 0:1:0 -1", "'-1' is no value for 'inner'; expected a number of at least 0"},
         {"curve", "curve: 'keys' is missing; usage: curve KEYS [EXTEND=off]"},
         {"curve 0 0, .5, 1 1", "curve: '.5' is no key of a curve; expected x and y"},
         {"curve 0 0, 1 1 1 1", "'1 1 1 1' is no key"},
@@ -184,7 +185,6 @@ TEST(Chain, WhatMakesNoSenseIsSaidWhenItIsBuilt)
 {
     const std::pair<const char*, const char*> texts[] = {
         {"replace 1:0:0 0:1:0 0.3 0.2", "replace: inner is 0.3 and outer 0.2"},
-        {"replace 1:0:0 0:1:0 -1", "replace: inner is -1"},
         {"levels gamma=0", "levels: a gamma of 0"},
         {"levels gammas=1:0:1", "levels: a gamma of 0"},
         {"luminance @a", "luminance: it leaves alpha alone"},
