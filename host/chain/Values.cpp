@@ -268,13 +268,9 @@ Json valueJson(const Argument& argument, const Value& value)
     case Type::Colour:
         return listOf(value.four(), 3);
     case Type::Matrix:
-<<<<<<< HEAD
-        return numbersOf(value.matrix());
-    case Type::Pair:
-        return std::vector<float>(value.four(), value.four() + 2);
-=======
         return matrixJson(value.matrix());
->>>>>>> 0a908ea (List functions as JSON and tell more of one; write floats in JSON as short as they are in text)
+    case Type::Pair:
+        return listOf(value.four(), 2);
     case Type::File:
     case Type::Text:
         return value.file();

@@ -4,7 +4,6 @@
 #include <host/file/Format.h>
 #include <host/file/Reader.h>
 #include <host/file/Writer.h>
-#include <host/picture/Plate.h>
 #include <host/text/Error.h>
 #include <host/text/Text.h>
 
