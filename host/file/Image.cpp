@@ -52,6 +52,13 @@ ChannelRole roleOfName(const std::string& name)
     return {};
 }
 
+/// Layers of depth alone are usually called so.
+bool isDepth(const std::string& layer)
+{
+    const std::string name = splitName(layer).rest;
+    return name == "depth" || name == "Depth" || name == "z" || name == "Z";
+}
+
 /// The channels of a file by their names.
 class Roles
 {
@@ -78,7 +85,7 @@ public:
         case Kind::Alpha:
             return !layer.empty() ? layer : has(layer, isColour) ? "color" : "alpha";
         case Kind::Depth:
-            return layer.empty() ? "depth" : layer + ".depth";
+            return layer.empty() ? "depth" : isDepth(layer) ? layer : layer + ".depth";
         default:
             return layer.empty() || has(layer, isColour) ? channel.name : layer;
         }
@@ -106,6 +113,12 @@ int freeComponent(const Plane& plane, unsigned char format, int wanted)
         if (plane.channel[static_cast<size_t>(c)] < 0 && (wanted < 0 || wanted == c))
             return c;
     return -1;
+}
+
+/// What planes and the rest of the host make of a channel of an image that is a layer by itself.
+std::string nameInLayer(const std::string& name, const std::string& layer)
+{
+    return layer.empty() || name.find('.') != std::string::npos ? name : layer + "." + name;
 }
 
 std::string unusedName(const std::vector<Plane>& planes, const std::string& name)
@@ -163,12 +176,12 @@ Image newImage(int width, int height, int channels, unsigned char format, const 
     OIIO::ImageSpec spec(width, height, channels, OIIO::TypeDesc::UNKNOWN);
     spec.attribute("ImageDescription", description);
     spec.attribute("oiio:ColorSpace", format >= PXL_FORMAT_float32 ? "Linear" : "sRGB");
-    spec.attribute("oiio:UnassociatedAlpha", 1);
     Image image;
     image.data = image.display = {0, 0, width, height};
     for (const std::string& name : spec.channelnames)
         image.channels.push_back({name, format});
     image.arrange();
+    image.straight = image.hasAlpha();
     image.header = std::make_shared<Header>(Header{spec});
     return image;
 }
@@ -206,7 +219,15 @@ void Image::arrange()
         channel.offset = pixelBytes;
         pixelBytes += PXLbytesPerElement(channel.format);
     }
-    planes = groupChannels(channels);
+    std::vector<Channel> named = channels;
+    for (Channel& channel : named)
+        channel.name = nameInLayer(channel.name, layer);
+    planes = groupChannels(named);
+}
+
+bool Image::hasAlpha() const
+{
+    return std::any_of(planes.begin(), planes.end(), [](const Plane& plane) { return plane.alpha; });
 }
 
 std::vector<std::string> Image::planeNames() const
@@ -221,7 +242,7 @@ std::string Image::layerOf(const Plane& plane) const
 {
     const auto present =
         std::find_if(plane.channel.begin(), plane.channel.end(), [](int c) { return c >= 0; });
-    return splitName(channels[static_cast<size_t>(*present)].name).layer;
+    return splitName(nameInLayer(channels[static_cast<size_t>(*present)].name, layer)).layer;
 }
 
 const Plane* Image::alphaOf(const Plane& plane) const

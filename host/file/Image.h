@@ -64,6 +64,8 @@ struct Image
 {
     std::string path;
     std::string fileFormat; ///< "openexr", "tiff", ...
+    std::string part;       ///< its name in a file of several
+    std::string layer;      ///< of the channels whose names have none
     Window data;            ///< the pixels that the file holds
     Window display;         ///< the picture that they are part of
     std::vector<Channel> channels;
@@ -75,8 +77,9 @@ struct Image
     int64_t rowBytes() const { return pixelBytes * data.width; }
     int64_t pixels() const { return static_cast<int64_t>(data.width) * data.height; }
     std::vector<std::string> planeNames() const;
+    bool hasAlpha() const;
 
-    /// The layer of a plane: what its channels' names have before their last dot.
+    /// The layer of a plane: what its channels' names have before their last dot, else that of the image.
     std::string layerOf(const Plane& plane) const;
 
     /// The plane that has the alpha of another one: itself, or one of its layer; for planes without colour

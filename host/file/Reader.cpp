@@ -2,18 +2,35 @@
 
 #include <host/file/Format.h>
 #include <host/file/Header.h>
+#include <host/file/InputFile.h>
 #include <host/text/Error.h>
 #include <host/text/Names.h>
 
 #include <algorithm>
+#include <climits>
 #include <cstring>
-#include <filesystem>
 
 namespace host {
 
 struct Reader::File
 {
+    std::string path;
     std::unique_ptr<OIIO::ImageInput> input;
+    std::vector<int> images;      ///< by part: its number in the file
+    std::vector<int> rowsPerCall; ///< by part
+    size_t part = 0;              ///< what was read last
+    int next = INT_MIN;           ///< the row after it
+    std::vector<char> tileRow;    ///< of a tiled part: one row of its tiles
+    size_t tilePart = 0;
+    int tileRowBegin = 0, tileRowEnd = 0;
+
+    bool open()
+    {
+        OIIO::ImageSpec keep;
+        keep.attribute("oiio:UnassociatedAlpha", 1);
+        input = OIIO::ImageInput::open(path, &keep);
+        return input != nullptr;
+    }
 };
 
 namespace {
@@ -39,9 +56,8 @@ unsigned char formatOf(const OIIO::TypeDesc& type, const std::string& path)
 }
 
 /// What would have to be converted, or left out, to be read; empty when there is no such thing.
-std::string obstacle(OIIO::ImageInput& input)
+std::string obstacle(const OIIO::ImageSpec& spec)
 {
-    const OIIO::ImageSpec& spec = input.spec();
     if (spec.deep)
         return "holds deep pixels; flat ones are read";
     if (spec.depth > 1)
@@ -49,95 +65,227 @@ std::string obstacle(OIIO::ImageInput& input)
     if (spec.get_string_attribute("tiff:ColorSpace") == "CMYK" ||
         spec.get_string_attribute("jpeg:ColorSpace") == "CMYK")
         return "is a CMYK picture; convert it to RGB first";
-    if (input.seek_subimage(1, 0))
-        return "holds several images; split it into files of one image";
-    input.geterror(); // there is no second one, as it should be
-    return input.seek_subimage(0, 0) ? "" : input.geterror();
+    const auto fits = [](int64_t begin, int64_t size) { return size > 0 && begin + size <= INT_MAX; };
+    if (!fits(spec.x, spec.width) || !fits(spec.y, spec.height))
+        return "has no pixels at a place that can be";
+    return {};
+}
+
+/// How many images a file holds, as far as it matters.
+int countImages(OIIO::ImageInput& input)
+{
+    if (const int told = input.spec().get_int_attribute("oiio:subimages"); told > 0)
+        return told;
+    constexpr int many = 1000;
+    int count = 1;
+    while (count < many && input.seek_subimage(count, 0))
+        ++count;
+    input.geterror(); // there is no other one, as it should be
+    return count;
+}
+
+/// Whether a file's colours are straight. Not all readers of the file layer say so.
+bool isStraight(const Image& image)
+{
+    static const std::vector<std::string> silent = {"bmp", "dds", "gif", "heif", "ico", "jpeg2000"};
+    return image.hasAlpha() && (image.header->spec.get_int_attribute("oiio:UnassociatedAlpha") != 0 ||
+                                std::find(silent.begin(), silent.end(), image.fileFormat) != silent.end());
+}
+
+/// What applications call the part of a file that is the picture itself.
+bool isMain(const std::string& part)
+{
+    static const std::vector<std::string> names = {"",      "rgba",   "rgb",     "main",    "beauty",
+                                                   "color", "colour", "default", "combined"};
+    std::string small = part;
+    std::transform(small.begin(), small.end(), small.begin(),
+                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+    return std::find(names.begin(), names.end(), small) != names.end();
 }
 
 } // namespace
 
+std::string inputFile(const std::string& path)
+{
+    return InputFile(path).file;
+}
+
 Reader::Reader(const std::string& path) : file_(std::make_unique<File>())
 {
-    std::error_code ignored;
-    if (!std::filesystem::exists(path, ignored))
-        throw Error(Error::Kind::NoInput, "no such file: '" + path + "'");
-    image_.path = path;
-    if (std::filesystem::is_directory(path, ignored))
-        fail("it is a directory");
-
-    OIIO::ImageSpec keep;
-    keep.attribute("oiio:UnassociatedAlpha", 1);
-    file_->input = OIIO::ImageInput::open(path, &keep);
-    if (file_->input == nullptr)
+    const InputFile wanted(path);
+    picture_.path = path;
+    file_->path = wanted.file;
+    checkReadable(wanted.file, path);
+    if (!file_->open())
         fail(OIIO::geterror());
     OIIO::ImageInput& input = *file_->input;
-    if (const std::string why = obstacle(input); !why.empty())
-        throw Error(Error::Kind::Read, "'" + path + "' " + why);
-
-    const OIIO::ImageSpec& spec = input.spec();
-    image_.fileFormat = input.format_name();
-    image_.data = {spec.x, spec.y, spec.width, spec.height};
-    image_.display = {spec.full_x, spec.full_y, spec.full_width, spec.full_height};
-    for (int c = 0; c < spec.nchannels; ++c)
-        image_.channels.push_back({spec.channel_name(c), formatOf(spec.channelformat(c), path)});
-    image_.arrange();
-    image_.header = std::make_shared<Header>(Header{spec});
-    rowsPerCall_ = rowsPerCall(image_.fileFormat, spec);
+    const bool isJpeg = input.format_name() == std::string("jpeg");
+    if (isJpeg && isCutJpeg(wanted.file))
+        fail("the file is cut off");
+    const int count = countImages(input);
+    if (wanted.index >= count)
+        throw Error(Error::Kind::NoInput, "'" + wanted.file + "' holds " + std::to_string(count) +
+                                              (count == 1 ? " image" : " images") + "; there is no [" +
+                                              std::to_string(wanted.index) + "], they count from [0]");
+    const bool hasParts = input.format_name() == std::string("openexr");
+    if (wanted.index < 0 && count > 1 && !hasParts)
+        throw Error(Error::Kind::Read, "'" + path + "' holds " + std::to_string(count) +
+                                           " images; choose one as in '" + path + "[0]'");
+    const int first = std::max(0, wanted.index);
+    const int end = wanted.index < 0 ? count : first + 1;
+    for (int index = first; index < end; ++index)
+        addPart(index);
+    namePlanes();
+    for (const Image& image : picture_.parts)
+        note(image);
 }
 
 Reader::~Reader() = default;
 
-void Reader::read(int yBegin, int yEnd, void* pixels)
+void Reader::addPart(int index)
 {
-    if (image_.header->spec.tile_width == 0) {
-        if (!file_->input->read_native_scanlines(0, 0, yBegin, yEnd, 0, pixels))
+    OIIO::ImageInput& input = *file_->input;
+    if (!input.seek_subimage(index, 0))
+        fail(input.geterror());
+    const OIIO::ImageSpec& spec = input.spec();
+    Image image;
+    image.path = picture_.path;
+    image.part = spec.get_string_attribute("oiio:subimagename");
+    if (const std::string why = obstacle(spec); !why.empty())
+        throw Error(Error::Kind::Read,
+                    "'" + picture_.path + "'" +
+                        (index > 0 && !image.part.empty() ? ", part '" + image.part + "', " : " ") + why);
+    image.fileFormat = input.format_name();
+    image.data = {spec.x, spec.y, spec.width, spec.height};
+    image.display = {spec.full_x, spec.full_y, spec.full_width, spec.full_height};
+    for (int c = 0; c < spec.nchannels; ++c)
+        image.channels.push_back({spec.channel_name(c), formatOf(spec.channelformat(c), picture_.path)});
+    image.header = std::make_shared<Header>(Header{spec});
+    image.arrange();
+    image.straight = isStraight(image);
+    file_->images.push_back(index);
+    file_->rowsPerCall.push_back(rowsPerCall(image.fileFormat, spec));
+    picture_.parts.push_back(std::move(image));
+}
+
+/// Makes the parts layers of their own, but for the main one, and the names of planes different.
+void Reader::namePlanes()
+{
+    std::vector<std::string> taken;
+    bool hasMain = picture_.parts.size() == 1;
+    for (Image& image : picture_.parts) {
+        if (picture_.parts.size() > 1 && (hasMain || !isMain(image.part)))
+            image.layer = image.part;
+        else
+            hasMain = true;
+        image.arrange();
+        for (Plane& plane : image.planes) {
+            const auto isTaken = [&](const std::string& name) {
+                return std::find(taken.begin(), taken.end(), name) != taken.end();
+            };
+            std::string name = plane.name;
+            if (isTaken(name) && !image.part.empty())
+                name = image.part;
+            const std::string wanted = name;
+            for (int i = 2; isTaken(name); ++i)
+                name = wanted + "-" + std::to_string(i);
+            plane.name = name;
+            taken.push_back(name);
+        }
+    }
+}
+
+void Reader::note(const Image& image)
+{
+    const OIIO::ImageSpec& spec = image.header->spec;
+    const auto add = [&](const std::string& text) {
+        const std::string line = "'" + picture_.path + "': " + text;
+        if (std::find(notes_.begin(), notes_.end(), line) == notes_.end())
+            notes_.push_back(line);
+    };
+    const int bits = spec.get_int_attribute("oiio:BitsPerSample");
+    const unsigned char format = image.channels.front().format;
+    if (bits > 0 && bits != 8 * PXLbytesPerElement(format))
+        add("its values have " + std::to_string(bits) + (bits == 1 ? " bit" : " bits") +
+            "; they are read, and written, as " + formatName(format));
+    if (const int turn = spec.get_int_attribute("Orientation", 1); turn != 1)
+        add("it is to be shown turned or mirrored (orientation " + std::to_string(turn) +
+            "); the pixels stay as they are stored, and so does the tag");
+    if (image.fileFormat == "hdr")
+        add("hdr holds 8 bits and one exponent a pixel");
+    if (image.fileFormat == "heif")
+        add("heif holds an approximation, and is read as uint8 whatever its depth is");
+    if (image.fileFormat == "webp" && image.hasAlpha())
+        add("webp is read with its colours multiplied by alpha");
+}
+
+/// Makes the file layer read a row; its own ways back to an earlier one forget how the file was opened.
+void Reader::goTo(size_t part, int y)
+{
+    const bool isBack = part < file_->part || (part == file_->part && y < file_->next);
+    if (isBack && picture_.parts[part].fileFormat != "openexr" && !file_->open())
+        fail(OIIO::geterror());
+    file_->part = part;
+}
+
+void Reader::read(size_t part, int yBegin, int yEnd, void* pixels)
+{
+    const Image& image = picture_.parts[part];
+    goTo(part, yBegin);
+    file_->next = yEnd;
+    if (image.header->spec.tile_width == 0) {
+        if (!file_->input->read_native_scanlines(file_->images[part], 0, yBegin, yEnd, 0, pixels))
             fail(file_->input->geterror());
         return;
     }
     char* target = static_cast<char*>(pixels);
-    const int64_t rowBytes = image_.rowBytes();
+    const int64_t rowBytes = image.rowBytes();
     for (int y = yBegin; y < yEnd;) {
-        if (y < tileRowBegin_ || y >= tileRowEnd_)
-            readFileTiles(y);
-        const int rows = std::min(yEnd, tileRowEnd_) - y;
-        std::memcpy(target, tileRow_.data() + (y - tileRowBegin_) * rowBytes,
+        if (part != file_->tilePart || y < file_->tileRowBegin || y >= file_->tileRowEnd)
+            readFileTiles(part, y);
+        const int rows = std::min(yEnd, file_->tileRowEnd) - y;
+        std::memcpy(target, file_->tileRow.data() + (y - file_->tileRowBegin) * rowBytes,
                     static_cast<size_t>(rows * rowBytes));
         target += rows * rowBytes;
         y += rows;
     }
 }
 
-int Reader::callEnd(int y) const
+int Reader::callEnd(size_t part, int y) const
 {
-    return y + rowsPerCall_ - (y - image_.data.y) % rowsPerCall_;
+    const int rows = file_->rowsPerCall[part];
+    return y + rows - (y - picture_.parts[part].data.y) % rows;
 }
 
 /// Reads the row of file tiles that `y` lies in. One tile at a time: the file layer's calls for several are
 /// not safe for images that end within a tile.
-void Reader::readFileTiles(int y)
+void Reader::readFileTiles(size_t part, int y)
 {
-    const OIIO::ImageSpec& spec = image_.header->spec;
-    tileRowBegin_ = spec.y + (y - spec.y) / spec.tile_height * spec.tile_height;
-    tileRowEnd_ = std::min(tileRowBegin_ + spec.tile_height, spec.y + spec.height);
-    tileRow_.resize(static_cast<size_t>(image_.rowBytes() * spec.tile_height));
-    const int64_t tileBytes = spec.tile_width * image_.pixelBytes;
+    const Image& image = picture_.parts[part];
+    const OIIO::ImageSpec& spec = image.header->spec;
+    const int begin = spec.y + (y - spec.y) / spec.tile_height * spec.tile_height;
+    file_->tileRowBegin = file_->tileRowEnd = begin; // none, should it fail
+    const int end = std::min(begin + spec.tile_height, spec.y + spec.height);
+    file_->tileRow.resize(static_cast<size_t>(image.rowBytes() * spec.tile_height));
+    const int64_t tileBytes = spec.tile_width * image.pixelBytes;
     std::vector<char> tile(static_cast<size_t>(tileBytes * spec.tile_height));
     for (int x = 0; x < spec.width; x += spec.tile_width) {
-        if (!file_->input->read_native_tile(0, 0, spec.x + x, tileRowBegin_, 0, tile.data()))
+        if (!file_->input->read_native_tile(file_->images[part], 0, spec.x + x, begin, 0, tile.data()))
             fail(file_->input->geterror());
-        const int64_t bytes = std::min(spec.tile_width, spec.width - x) * image_.pixelBytes;
-        for (int row = 0; row < tileRowEnd_ - tileRowBegin_; ++row)
-            std::memcpy(tileRow_.data() + row * image_.rowBytes() + x * image_.pixelBytes,
+        const int64_t bytes = std::min(spec.tile_width, spec.width - x) * image.pixelBytes;
+        for (int row = 0; row < end - begin; ++row)
+            std::memcpy(file_->tileRow.data() + row * image.rowBytes() + x * image.pixelBytes,
                         tile.data() + row * tileBytes, static_cast<size_t>(bytes));
     }
+    file_->tilePart = part;
+    file_->tileRowEnd = end;
 }
 
 void Reader::fail(const std::string& reason) const
 {
     const bool known = !reason.empty();
-    throw Error(Error::Kind::Read,
-                "cannot read '" + image_.path + "': " + (known ? firstLine(reason) : "the file is damaged"));
+    throw Error(Error::Kind::Read, "cannot read '" + picture_.path +
+                                       "': " + (known ? firstLine(reason) : "the file is damaged"));
 }
 
 } // namespace host

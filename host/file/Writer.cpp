@@ -1,20 +1,19 @@
 #include <host/file/Writer.h>
 
 #include <host/file/Format.h>
-#include <host/file/Header.h>
+#include <host/file/OutputHeader.h>
+#include <host/file/Reader.h>
+#include <host/file/Temporary.h>
+#include <host/file/WatchedFile.h>
 #include <host/text/Names.h>
 #include <host/text/Text.h>
 
-#include <OpenImageIO/filesystem.h>
+#include <OpenImageIO/hash.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
 #include <cstring>
-#include <ctime>
 #include <fcntl.h>
 #include <filesystem>
-#include <random>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -22,269 +21,157 @@ namespace host {
 
 namespace fs = std::filesystem;
 
-namespace {
-
-/// The temporary file, as the libraries of the file formats write to it. What goes wrong is kept here and
-/// looks done to them: some end the program on a full disk, others leave half a file without a word.
-class WatchedFile : public OIIO::Filesystem::IOProxy
-{
-public:
-    explicit WatchedFile(const std::string& path)
-        : IOProxy(path, Write), file_(std::fopen(path.c_str(), "wb")), error_(file_ == nullptr ? errno : 0)
-    {
-    }
-    ~WatchedFile() override { finish(); }
-
-    const char* proxytype() const override { return "watched"; }
-    size_t size() const override { return static_cast<size_t>(size_); }
-
-    bool seek(int64_t offset) override
-    {
-        note(error_ == 0 && ::fseeko(file_, offset, SEEK_SET) != 0);
-        m_pos = offset;
-        return true;
-    }
-
-    size_t write(const void* bytes, size_t count) override
-    {
-        note(error_ == 0 && std::fwrite(bytes, 1, count, file_) != count);
-        m_pos += static_cast<int64_t>(count);
-        size_ = std::max(size_, m_pos);
-        return count;
-    }
-
-    size_t pwrite(const void* bytes, size_t count, int64_t offset) override
-    {
-        const int64_t here = m_pos;
-        seek(offset);
-        write(bytes, count);
-        seek(here);
-        return count;
-    }
-
-    /// The first error, as errno has it; 0 for none.
-    int firstError() const { return error_; }
-
-    /// Stores what waits to be; the object takes no more.
-    void finish()
-    {
-        if (file_ != nullptr) {
-            const int result = std::fclose(file_);
-            note(result != 0 && error_ == 0);
-        }
-        file_ = nullptr;
-    }
-
-private:
-    void note(bool failed)
-    {
-        if (failed)
-            error_ = errno;
-    }
-
-    std::FILE* file_;
-    int64_t size_ = 0;
-    int error_;
-};
-
-} // namespace
-
 struct Writer::File
 {
+    const FileFormat* format = nullptr;
+    std::vector<OIIO::ImageSpec> specs;   ///< of all parts, as they are to be stored
     std::unique_ptr<WatchedFile> watched; ///< for file formats that can do with it; outlives the output
     std::unique_ptr<OIIO::ImageOutput> output;
+    size_t part = 0;
+    std::vector<int> tops; ///< by part: the first row of what is to be written
+    int rowsPerCall = 1;
+    uint64_t hash = 0; ///< of all rows, where they are read back
 };
 
 namespace {
 
-OIIO::TypeDesc typeOf(unsigned char format)
+uint64_t hashRow(const void* row, int64_t bytes, uint64_t before)
 {
-    switch (format) {
-    case PXL_FORMAT_uint8:
-        return OIIO::TypeDesc::UINT8;
-    case PXL_FORMAT_uint16:
-        return OIIO::TypeDesc::UINT16;
-    case PXL_FORMAT_uint32:
-        return OIIO::TypeDesc::UINT32;
-    case PXL_FORMAT_half:
-        return OIIO::TypeDesc::HALF;
-    default:
-        return OIIO::TypeDesc::FLOAT;
+    return OIIO::xxhash::xxhash(row, static_cast<size_t>(bytes), before);
+}
+
+bool holdsWindow(const FileFormat& format, const Window& data, const Window& display)
+{
+    if (format.windows == FileFormat::Windows::Positive) {
+        const bool sameSize = data.width == display.width && data.height == display.height;
+        return display.x == 0 && display.y == 0 && data.x >= 0 && data.y >= 0 &&
+               (data == display || !sameSize); // a size of its own is what TIFF knows a display window by
     }
+    return format.windows == FileFormat::Windows::All;
 }
 
-/// The input's compression where it keeps every value, else one that does.
-std::string losslessCompression(const OIIO::ImageSpec& spec, bool hasFloat)
+/// What the file layer itself would only find out when it is too late, or quietly convert; empty when a file
+/// of a format can hold an image.
+std::string obstacle(const FileFormat& format, const Image& image)
 {
-    std::string compression = spec.get_string_attribute("compression");
-    static const std::vector<std::string> lossless = {"none", "rle", "zip", "zips", "piz", "lzw", "packbits"};
-    if (std::find(lossless.begin(), lossless.end(), compression) != lossless.end())
-        return compression;
-    return compression == "pxr24" && !hasFloat ? compression : "zip";
-}
-
-/// When the input was stored. Without a date in the header the file layer writes the time of day into it, and
-/// no two runs would give the same bytes.
-std::string dateOf(const std::string& path)
-{
-    struct stat status = {};
-    struct tm date = {};
-    char text[32] = "2000:01:01 00:00:00"; // for what was not read from a file
-    if (::stat(path.c_str(), &status) == 0 && ::gmtime_r(&status.st_mtime, &date) != nullptr)
-        std::strftime(text, sizeof(text), "%Y:%m:%d %H:%M:%S", &date);
-    return text;
-}
-
-/// The header of the output: the input's, less what would convert values, speaks of the old pixels or cannot
-/// be written from top to bottom.
-OIIO::ImageSpec outputSpec(const Image& image, const std::string& fileFormat)
-{
-    OIIO::ImageSpec spec = image.header->spec;
-    spec.nchannels = static_cast<int>(image.channels.size());
-    spec.x = image.data.x;
-    spec.y = image.data.y;
-    spec.width = image.data.width;
-    spec.height = image.data.height;
-    spec.full_x = image.display.x;
-    spec.full_y = image.display.y;
-    spec.full_width = image.display.width;
-    spec.full_height = image.display.height;
-    spec.tile_width = spec.tile_height = spec.tile_depth = 0;
-
-    spec.channelnames.clear();
-    spec.channelformats.clear();
-    bool mixed = false, hasFloat = false;
+    const auto count = static_cast<int>(image.channels.size());
+    if (!format.channels.empty() &&
+        std::find(format.channels.begin(), format.channels.end(), count) == format.channels.end()) {
+        std::vector<std::string> counts;
+        for (const int channels : format.channels)
+            counts.push_back(std::to_string(channels));
+        return "cannot hold " + std::to_string(count) + (count == 1 ? " channel" : " channels") + " but " +
+               joined(counts, " or ");
+    }
     for (const Channel& channel : image.channels) {
-        spec.channelnames.push_back(channel.name);
-        spec.channelformats.push_back(typeOf(channel.format));
-        mixed = mixed || channel.format != image.channels.front().format;
-        hasFloat = hasFloat || channel.format == PXL_FORMAT_float32;
-    }
-    spec.format = typeOf(image.channels.front().format);
-    if (!mixed)
-        spec.channelformats.clear();
-
-    for (const char* stale :
-         {"oiio:BitsPerSample", "oiio:SHA-1", "oiio:AverageColor", "oiio:ConstantColor", "oiio:subimages",
-          "tiff:RowsPerStrip", "openexr:lineOrder", "openexr:levelmode"})
-        spec.erase_attribute(stale);
-    spec.attribute("planarconfig", "contig");
-    spec.attribute("compression", losslessCompression(spec, hasFloat));
-    if (fileFormat == "openexr") // which has no place for them, and says so on the terminal
-        spec.erase_attribute("ICCProfile.*");
-    if (spec.find_attribute("DateTime") == nullptr)
-        spec.attribute("DateTime", dateOf(image.path));
-    if (fileFormat != "tiff") // the one format that says which of the two its alpha is
-        spec.attribute("oiio:UnassociatedAlpha", 1);
-    return spec;
-}
-
-/// The file that a path means, also where it is a link to one that does not exist yet.
-std::string resolveLinks(const std::string& path)
-{
-    std::error_code error;
-    fs::path resolved = fs::absolute(path, error);
-    for (int links = 0; links < 40 && fs::is_symlink(resolved, error); ++links)
-        resolved = resolved.parent_path() / fs::read_symlink(resolved, error);
-    resolved = fs::weakly_canonical(resolved, error);
-    return error ? path : resolved.string();
-}
-
-/// The file layer converts quietly what a format cannot hold; this says what it would do so with.
-std::string lostValues(const Image& image, const OIIO::ImageOutput& output, const OIIO::ImageSpec& stored)
-{
-    const std::string format = output.format_name();
-    if (stored.nchannels != static_cast<int>(image.channels.size()) ||
-        (stored.alpha_channel >= 0 && !output.supports("alpha")))
-        return format + " cannot hold " + std::to_string(image.channels.size()) + " channels";
-    for (size_t c = 0; c < image.channels.size(); ++c) {
-        const unsigned char wanted = image.channels[c].format;
-        if (stored.channelformat(static_cast<int>(c)) != typeOf(wanted))
-            return format + " cannot hold " + formatName(wanted) +
+        if (std::find(format.depths.begin(), format.depths.end(), channel.format) == format.depths.end())
+            return std::string("cannot hold ") + formatName(channel.format) +
                    " values; choose another --depth or file format";
+        if (channel.format != image.channels.front().format && !format.holdsMixedDepths())
+            return "stores all channels in one format and these differ; choose one with --depth";
+    }
+    if (format.longestSide > 0 && std::max(image.data.width, image.data.height) > format.longestSide)
+        return "cannot hold more than " + std::to_string(format.longestSide) + " pixels in a row or column";
+    return {};
+}
+
+std::string obstacle(const FileFormat& format, const Picture& picture)
+{
+    if (picture.parts.size() > 1 && !format.holdsParts())
+        return "holds one image and these are " + std::to_string(picture.parts.size()) +
+               " parts; choose the planes of one with --planes, or an .exr file";
+    for (const Image& part : picture.parts) {
+        if (part.channels.empty())
+            return "cannot hold a part without channels";
+        if (const std::string why = obstacle(format, part); !why.empty())
+            return why;
+        if (part.display != picture.first().display)
+            return "holds one display window for all parts and these have several";
     }
     return {};
 }
 
-/// Makes an empty file of a new name beside `target`, with its extension and, when it exists, its
-/// permissions; empty when that is not possible.
-std::string makeTemporary(const fs::path& target)
+std::string unknownFormat(const std::string& path)
 {
-    std::random_device random;
-    for (int tries = 0; tries < 100; ++tries) {
-        std::string path = (target.parent_path() / ".").string();
-        path.append(std::to_string(random())).append(target.extension().string());
-        const int file = ::open(path.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0666);
-        if (file >= 0) {
-            if (struct stat old = {}; ::stat(target.c_str(), &old) == 0)
-                ::fchmod(file, old.st_mode & 0777);
-            ::close(file);
-            return path;
-        }
-        if (errno != EEXIST)
-            return {};
-    }
-    return {};
+    const auto output = OIIO::ImageOutput::create(path);
+    OIIO::geterror();
+    const std::string others = "; .exr, .tif and .png are";
+    return output != nullptr ? std::string(output->format_name()) +
+                                   " files would not keep the pixels and are not written" + others
+                             : "no image format is known by the extension '" +
+                                   fs::path(path).extension().string() + "'" + others;
+}
+
+/// Whether a file that was written unwatched could have grown on; if not, its end may be missing.
+bool hasRoom(const std::string& path)
+{
+    const int file = ::open(path.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
+    const off_t size = file >= 0 ? ::lseek(file, 0, SEEK_END) : -1;
+    const bool grew = size >= 0 && ::write(file, "", 1) == 1 && ::ftruncate(file, size) == 0;
+    return file >= 0 && ::close(file) == 0 && grew;
 }
 
 /// Whether a file that was written unwatched can be read to its last row.
 bool isComplete(const std::string& path)
 {
-    const auto input = OIIO::ImageInput::open(path);
-    const OIIO::ImageSpec spec = input != nullptr ? input->spec() : OIIO::ImageSpec();
-    std::vector<char> row(spec.scanline_bytes(true));
-    const bool complete =
-        input != nullptr && input->read_scanline(spec.y + spec.height - 1, 0, OIIO::TypeUnknown, row.data());
-    OIIO::geterror(); // nor may it stay for others
-    if (input != nullptr)
-        input->geterror();
-    return complete;
+    try {
+        Reader reader(path);
+        const Window& data = reader.image().data;
+        std::vector<char> row(static_cast<size_t>(reader.image().rowBytes()));
+        reader.read(data.y + data.height - 1, data.y + data.height, row.data());
+        return true;
+    } catch (const Error&) {
+        return false;
+    }
 }
 
 } // namespace
 
-bool holdsWindow(const std::string& path, const Window& data)
+bool holdsWindow(const std::string& path, const Window& data, const Window& display)
 {
-    const auto output = OIIO::ImageOutput::create(path);
-    OIIO::geterror();
-    const bool negative = data.x < 0 || data.y < 0;
-    return output == nullptr || (output->supports("origin") && output->supports("displaywindow") &&
-                                 (!negative || output->supports("negativeorigin")));
+    const FileFormat* format = fileFormatOf(path);
+    return format == nullptr || holdsWindow(*format, data, display);
+}
+
+bool holdsWindow(const std::string& path, const Window&)
+{
+    const FileFormat* format = fileFormatOf(path);
+    return format == nullptr || format->windows == FileFormat::Windows::All;
 }
 
 std::optional<bool> straightIn(const std::string& path)
 {
-    const std::string extension = extensionOf(path);
-    if (extension == ".exr")
-        return false;
-    return extension == ".tif" || extension == ".tiff" ? std::nullopt : std::optional(true);
+    const FileFormat* format = fileFormatOf(path);
+    if (format == nullptr || format->alpha == FileFormat::Alpha::Both)
+        return std::nullopt;
+    return format->alpha == FileFormat::Alpha::Straight;
 }
 
-Writer::Writer(const std::string& path, const Image& image)
+bool holdsParts(const std::string& path)
+{
+    const FileFormat* format = fileFormatOf(path);
+    return format != nullptr && format->holdsParts();
+}
+
+Writer::Writer(const std::string& path, const Image& image) : Writer(path, Picture{path, {image}}) {}
+
+Writer::Writer(const std::string& path, const Picture& picture)
     : file_(std::make_unique<File>()), path_(path), target_(resolveLinks(path))
 {
-    std::error_code ignored;
-    const fs::path directory = fs::path(target_).parent_path();
-    if (fs::exists(target_, ignored) && !fs::is_regular_file(target_, ignored))
-        fail("it is no ordinary file");
-    if (fs::exists(target_, ignored) && ::access(target_.c_str(), W_OK) != 0)
-        fail(std::strerror(errno));
-    if (!fs::is_directory(directory, ignored))
-        fail("there is no directory '" + directory.string() + "'", Error::Kind::Output);
-    file_->output = OIIO::ImageOutput::create(target_);
-    if (file_->output == nullptr) {
-        OIIO::geterror();
-        fail("no image format is known by the extension '" + fs::path(path_).extension().string() +
-                 "'; .exr, .tif and .png are",
-             Error::Kind::Output);
-    }
+    checkTarget();
+    file_->format = fileFormatOf(target_);
+    if (file_->format == nullptr)
+        fail(unknownFormat(target_), Error::Kind::Output);
+    if (const std::string why = obstacle(*file_->format, picture); !why.empty())
+        fail(file_->format->name + " " + why, Error::Kind::Output);
+    clearTemporaries(fs::path(target_).parent_path().string());
     temporary_ = makeTemporary(target_);
     if (temporary_.empty())
         fail(std::strerror(errno), Error::Kind::Output);
     try {
-        tryOnePixel(image);
-        open(image);
-        noteLosses(image);
+        open(picture);
+        for (const Image& part : picture.parts)
+            noteLosses(part);
     } catch (...) {
         abandon();
         throw;
@@ -296,89 +183,149 @@ Writer::~Writer()
     abandon();
 }
 
+void Writer::checkTarget() const
+{
+    std::error_code ignored;
+    const fs::path directory = fs::path(target_).parent_path();
+    if (fs::exists(target_, ignored) && !fs::is_regular_file(target_, ignored))
+        fail("it is no ordinary file");
+    if (fs::exists(target_, ignored) && ::access(target_.c_str(), W_OK) != 0)
+        fail(std::strerror(errno));
+    if (!fs::is_directory(directory, ignored))
+        fail("there is no directory '" + directory.string() + "'", Error::Kind::Output);
+}
+
 /// Removes the temporary file, unless it has become the target.
 void Writer::abandon()
 {
-    if (file_->output == nullptr)
+    if (temporary_.empty())
         return;
-    file_->output->geterror();
+    if (file_->output != nullptr)
+        file_->output->geterror();
     file_->output.reset();
     ::unlink(temporary_.c_str());
+    temporary_.clear();
 }
 
-void Writer::open(const Image& image)
+void Writer::open(const Picture& picture)
 {
-    const OIIO::ImageSpec spec = outputSpec(image, file_->output->format_name());
-    if (!spec.channelformats.empty() && !file_->output->supports("channelformats"))
-        fail(std::string(file_->output->format_name()) +
-                 " stores all channels in one format and these differ; choose one with --depth",
-             Error::Kind::Output);
-    // TIFF reads its directories again to link them, which the file layer leaves out here.
-    if (file_->output->supports("ioproxy") && file_->output->format_name() != std::string("tiff")) {
-        file_->watched = std::make_unique<WatchedFile>(temporary_);
-        file_->output->set_ioproxy(file_->watched.get());
+    Picture stored = picture;
+    for (Image& part : stored.parts) {
+        file_->tops.push_back(part.data.y);
+        if (!holdsWindow(*file_->format, part.data, part.display))
+            part.data = part.display = {0, 0, part.data.width, part.data.height};
     }
-    check(file_->output->open(temporary_, spec));
-    top_ = image.data.y;
-    rowsPerCall_ = rowsPerCall(file_->output->format_name(), file_->output->spec());
+    file_->specs = outputSpecs(stored, *file_->format);
+    file_->output = OIIO::ImageOutput::create(file_->format->name);
+    OIIO::ImageOutput& output = *file_->output;
+    if (file_->format->check == FileFormat::Check::Watched) {
+        file_->watched = std::make_unique<WatchedFile>(temporary_);
+        output.set_ioproxy(file_->watched.get());
+    }
+    const auto parts = static_cast<int>(file_->specs.size());
+    check(parts > 1 ? output.open(temporary_, parts, file_->specs.data())
+                    : output.open(temporary_, file_->specs.front()));
+    beginPart();
 }
 
-/// Finds out what would not be stored as it is, on a whole file of one pixel: one given up half-way makes
-/// some file formats complain on the terminal.
-void Writer::tryOnePixel(const Image& image)
+void Writer::beginPart()
 {
-    Image pixel = image;
-    pixel.data = pixel.display = {0, 0, 1, 1};
-    open(pixel);
-    const std::vector<char> blank(static_cast<size_t>(pixel.pixelBytes) + 16);
-    file_->output->write_scanline(0, 0, OIIO::TypeUnknown, blank.data());
-    const OIIO::ImageSpec stored = file_->output->spec();
-    close();
-    if (const std::string loss = lostValues(image, *file_->output, stored); !loss.empty())
-        fail(loss, Error::Kind::Output);
+    const OIIO::ImageSpec& wanted = file_->specs[file_->part];
+    const OIIO::ImageSpec& got = file_->output->spec();
+    bool same = got.nchannels == wanted.nchannels && got.width == wanted.width && got.height == wanted.height;
+    for (int c = 0; same && c < wanted.nchannels; ++c)
+        same = got.channelformat(c) == wanted.channelformat(c);
+    if (!same)
+        fail(file_->format->name + " would store the pixels otherwise than they are", Error::Kind::Output);
+    file_->rowsPerCall = rowsPerCall(file_->format->name, got);
 }
 
-/// Notes what of the image beside its values gets lost.
+/// Notes what of an image beside its values gets lost.
 void Writer::noteLosses(const Image& image)
 {
-    const std::string format = file_->output->format_name();
-    const bool hasOrigin = image.data.x != 0 || image.data.y != 0;
-    if ((hasOrigin && !file_->output->supports("origin")) ||
-        (image.data != image.display && !file_->output->supports("displaywindow")))
-        notes_.push_back("'" + path_ + "': " + format + " has no windows; the pixels of the data window, " +
-                         describe(image.data) + ", become the whole picture");
-    if (format == "openexr" && image.header->spec.find_attribute("ICCProfile") != nullptr)
-        notes_.push_back("'" + path_ + "': openexr has no colour profiles; the input's is left out");
-    if (format == "jpeg" || format == "webp")
-        notes_.push_back("'" + path_ + "': " + format + " keeps an approximation of the pixels only");
+    const FileFormat& format = *file_->format;
+    const auto note = [&](const std::string& text) {
+        const std::string line = "'" + path_ + "': " + format.name + " " + text;
+        if (std::find(notes_.begin(), notes_.end(), line) == notes_.end())
+            notes_.push_back(line);
+    };
+    const Window whole{0, 0, image.data.width, image.data.height};
+    const bool isWhole = image.data == whole && image.display == whole;
+    if (!isWhole && !holdsWindow(format, image.data, image.display))
+        note((format.windows == FileFormat::Windows::None ? "has no windows" : "cannot hold these windows") +
+             std::string("; the pixels of the data window, ") + describe(image.data) +
+             ", become the whole picture");
+    if (format.name == "openexr" && image.header->spec.find_attribute("ICCProfile") != nullptr)
+        note("has no colour profiles; the input's is left out");
+    if (format.approximates)
+        note("keeps an approximation of the pixels only");
 }
 
 void Writer::write(const Band& band, int yBegin, int yEnd, const std::function<void()>& checkStopped)
 {
+    const int top = file_->tops[file_->part];
+    const int shift = file_->specs[file_->part].y - top;
     for (int y = yBegin; y < yEnd;) {
         checkStopped();
-        const int next = std::min(yEnd, y + rowsPerCall_ - (y - top_) % rowsPerCall_);
-        check(file_->output->write_scanlines(y, next, 0, OIIO::TypeUnknown, band.row(y)));
-        y = next;
+        const int next = std::min(yEnd, y + file_->rowsPerCall - (y - top) % file_->rowsPerCall);
+        check(file_->output->write_scanlines(y + shift, next + shift, 0, OIIO::TypeUnknown, band.row(y)));
+        for (; y < next; ++y)
+            if (file_->format->check == FileFormat::Check::AllRows)
+                file_->hash = hashRow(band.row(y), band.rowBytes(), file_->hash);
     }
 }
 
-void Writer::commit()
+void Writer::nextPart()
 {
-    close();
-    if (file_->watched == nullptr && !isComplete(temporary_))
-        fail("the file came out incomplete; is the disk full?");
-    if (std::rename(temporary_.c_str(), target_.c_str()) != 0)
-        fail(std::strerror(errno));
-    file_->output.reset();
+    ++file_->part;
+    check(file_->output->open(temporary_, file_->specs[file_->part], OIIO::ImageOutput::AppendSubimage));
+    beginPart();
 }
 
-void Writer::close()
+void Writer::commit()
 {
     check(file_->output->close());
     if (file_->watched != nullptr)
         file_->watched->finish();
     check(true);
+    file_->output.reset();
+    if (file_->format->check != FileFormat::Check::Watched && !hasRoom(temporary_))
+        fail(std::strerror(errno));
+    if (file_->format->check == FileFormat::Check::AllRows)
+        checkRows();
+    if (file_->format->check == FileFormat::Check::LastRow && !isComplete(temporary_))
+        fail("the file came out incomplete");
+    if (std::rename(temporary_.c_str(), target_.c_str()) != 0)
+        fail(std::strerror(errno));
+    temporary_.clear();
+}
+
+/// Throws when the file does not give back every row that was written.
+void Writer::checkRows() const
+{
+    const OIIO::ImageSpec& wanted = file_->specs.front();
+    bool same = false;
+    try {
+        Reader reader(temporary_);
+        const Image& image = reader.image();
+        same = image.data == Window{wanted.x, wanted.y, wanted.width, wanted.height} &&
+               image.rowBytes() == static_cast<int64_t>(wanted.scanline_bytes(true));
+        const int end = image.data.y + image.data.height;
+        uint64_t hash = 0;
+        Band band;
+        for (int y = image.data.y; same && y < end;) {
+            const int next = std::min(end, reader.callEnd(y));
+            band.reset(image, y, next);
+            reader.read(y, next, band.row(y));
+            for (; y < next; ++y)
+                hash = hashRow(band.row(y), band.rowBytes(), hash);
+        }
+        same = same && hash == file_->hash;
+    } catch (const Error&) {
+        same = false;
+    }
+    if (!same)
+        fail("it does not give back what was written; choose another file format");
 }
 
 /// Throws when the file layer or the file itself has failed.

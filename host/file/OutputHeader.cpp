@@ -1,0 +1,159 @@
+#include <host/file/OutputHeader.h>
+
+#include <host/file/Reader.h>
+
+#include <PXL/PXL_Format.h>
+
+#include <algorithm>
+#include <ctime>
+#include <sys/stat.h>
+
+namespace host {
+
+namespace {
+
+OIIO::TypeDesc typeOf(unsigned char format)
+{
+    switch (format) {
+    case PXL_FORMAT_uint8:
+        return OIIO::TypeDesc::UINT8;
+    case PXL_FORMAT_uint16:
+        return OIIO::TypeDesc::UINT16;
+    case PXL_FORMAT_uint32:
+        return OIIO::TypeDesc::UINT32;
+    case PXL_FORMAT_half:
+        return OIIO::TypeDesc::HALF;
+    default:
+        return OIIO::TypeDesc::FLOAT;
+    }
+}
+
+/// The input's compression where it keeps every value, else one that does.
+std::string losslessCompression(const OIIO::ImageSpec& spec, bool hasFloat)
+{
+    std::string compression = spec.get_string_attribute("compression");
+    static const std::vector<std::string> lossless = {"none", "rle", "zip", "zips", "piz", "lzw", "packbits"};
+    if (std::find(lossless.begin(), lossless.end(), compression) != lossless.end())
+        return compression;
+    return compression == "pxr24" && !hasFloat ? compression : "zip";
+}
+
+/// When the input was stored. Without a date in the header the file layer writes the time of day into it, and
+/// no two runs would give the same bytes.
+std::string dateOf(const std::string& path)
+{
+    struct stat status = {};
+    struct tm date = {};
+    char text[32] = "2000:01:01 00:00:00"; // for what was not read from a file
+    if (::stat(inputFile(path).c_str(), &status) == 0 && ::gmtime_r(&status.st_mtime, &date) != nullptr)
+        std::strftime(text, sizeof(text), "%Y:%m:%d %H:%M:%S", &date);
+    return text;
+}
+
+/// What speaks of the old file: how it was stored, and of its pixels. Writers would store the new ones so, or
+/// fail to.
+constexpr const char* staleAttributes[] = {"oiio:BitsPerSample",
+                                           "oiio:SHA-1",
+                                           "oiio:AverageColor",
+                                           "oiio:ConstantColor",
+                                           "oiio:subimages",
+                                           "oiio:UnassociatedAlpha",
+                                           "tiff:.*",
+                                           "openexr:lineOrder",
+                                           "openexr:levelmode",
+                                           "openexr:roundingmode",
+                                           "openexr:chunkCount",
+                                           "textureformat",
+                                           "wrapmodes",
+                                           "tiled",
+                                           "dpx:ImageDescriptor",
+                                           "dpx:Packing",
+                                           "dpx:EndianType",
+                                           "ico:PNG",
+                                           "jpeg:.*",
+                                           "png:.*",
+                                           "bmp:.*"};
+
+void setChannels(OIIO::ImageSpec& spec, const Image& image)
+{
+    spec.nchannels = static_cast<int>(image.channels.size());
+    spec.channelnames.clear();
+    spec.channelformats.clear();
+    bool mixed = false;
+    for (const Channel& channel : image.channels) {
+        spec.channelnames.push_back(channel.name);
+        spec.channelformats.push_back(typeOf(channel.format));
+        mixed = mixed || channel.format != image.channels.front().format;
+    }
+    spec.format = typeOf(image.channels.front().format);
+    if (!mixed)
+        spec.channelformats.clear();
+    spec.alpha_channel = spec.z_channel = -1;
+    for (const Plane& plane : image.planes)
+        if (plane.alpha && spec.alpha_channel < 0)
+            spec.alpha_channel = plane.channel[3];
+}
+
+} // namespace
+
+OIIO::ImageSpec outputSpec(const Image& image, const FileFormat& format)
+{
+    OIIO::ImageSpec spec = image.header->spec;
+    spec.x = image.data.x;
+    spec.y = image.data.y;
+    spec.width = image.data.width;
+    spec.height = image.data.height;
+    spec.full_x = image.display.x;
+    spec.full_y = image.display.y;
+    spec.full_width = image.display.width;
+    spec.full_height = image.display.height;
+    spec.z = spec.full_z = 0;
+    spec.depth = spec.full_depth = 1;
+    spec.tile_width = spec.tile_height = spec.tile_depth = 0;
+    for (const char* stale : staleAttributes)
+        spec.erase_attribute(stale);
+    setChannels(spec, image);
+    if (format.name != "openexr" && format.name != "tiff")
+        spec.default_channel_names(); // some writers sort by name, which the file does not hold
+    const bool hasFloat =
+        std::any_of(image.channels.begin(), image.channels.end(),
+                    [](const Channel& channel) { return channel.format == PXL_FORMAT_float32; });
+    spec.attribute("planarconfig", "contig");
+    spec.attribute("compression", losslessCompression(spec, hasFloat));
+    if (format.name == "openexr") // which has no place for them, and says so on the terminal
+        spec.erase_attribute("ICCProfile.*");
+    if (spec.find_attribute("DateTime") == nullptr)
+        spec.attribute("DateTime", dateOf(image.path));
+    if (format.alpha != FileFormat::Alpha::Both || (image.straight && spec.alpha_channel >= 0))
+        spec.attribute("oiio:UnassociatedAlpha", 1); // else some writers divide by alpha
+    return spec;
+}
+
+std::vector<OIIO::ImageSpec> outputSpecs(const Picture& picture, const FileFormat& format)
+{
+    std::vector<OIIO::ImageSpec> specs;
+    std::vector<std::string> names;
+    for (const Image& part : picture.parts) {
+        OIIO::ImageSpec spec = outputSpec(part, format);
+        if (picture.parts.size() > 1) {
+            const std::string wanted = part.part.empty() ? "part" : part.part;
+            std::string name = wanted;
+            for (int i = 2; std::find(names.begin(), names.end(), name) != names.end(); ++i)
+                name = wanted + "-" + std::to_string(i);
+            names.push_back(name);
+            spec.attribute("oiio:subimagename", name);
+            for (const char* shared : {"PixelAspectRatio", "chromaticities", "smpte:TimeCode"}) {
+                const OIIO::ParamValue* value =
+                    specs.empty() ? nullptr : specs.front().find_attribute(shared);
+                if (value != nullptr)
+                    spec.attribute(shared, value->type(), value->data());
+                else if (!specs.empty())
+                    spec.erase_attribute(shared);
+            }
+        }
+        specs.push_back(spec);
+    }
+    return specs;
+}
+
+} // namespace host
