@@ -219,12 +219,15 @@ void Reader::note(const Image& image)
         add("webp is read with its colours multiplied by alpha");
 }
 
-/// Makes the file layer read a row; its own ways back to an earlier one forget how the file was opened.
+/// Leads the file layer to a row: its own ways back to an earlier one forget how the file was opened, and
+/// those to another part take the channels of the last one.
 void Reader::goTo(size_t part, int y)
 {
     const bool isBack = part < file_->part || (part == file_->part && y < file_->next);
     if (isBack && picture_.parts[part].fileFormat != "openexr" && !file_->open())
         fail(OIIO::geterror());
+    if (!file_->input->seek_subimage(file_->images[part], 0))
+        fail(file_->input->geterror());
     file_->part = part;
 }
 
