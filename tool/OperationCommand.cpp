@@ -129,20 +129,15 @@ struct OperationOptions : RunOptions
 
 int run(const host::Operation& operation, const OperationOptions& o)
 {
-    host::Script script;
     host::Call call = o.words.call();
     if (operation.find("size") != nullptr && !call.has("depth"))
         call.set(*operation.find("depth"), {host::formatName(host::usualFormat(o.output))});
     host::OutputSettings settings;
     settings.path = o.output;
-    if (operation.find("planes") != nullptr)
-        settings.asIs = call.planeSettings().asIs;
     settings.dataWindow = o.window == "data";
     if (!settings.dataWindow && o.window != "display")
         host::refuseName("--window: unknown choice", o.window, {"display", "data"});
-    script.statements.push_back({"", std::move(call), ""});
-    script.outputs.push_back({"", settings, ""});
-    return runAll(script, o);
+    return runAll(host::Script::single(std::move(call), settings), o);
 }
 
 } // namespace

@@ -16,12 +16,13 @@ std::vector<Interleaving> layoutsOf(const Image& image)
 
 } // namespace
 
-FileSource::FileSource(const std::string& path) : reader_(path), picture_{path, {reader_.image()}}
+FileSource::FileSource(const std::string& path) : reader_(path)
 {
-    for (const Image& image : picture_.parts) {
+    for (size_t p = 0; p < picture().parts.size(); ++p) {
+        const Image& image = picture().parts[p];
         Part& part = parts_.emplace_back();
         part.layouts = layoutsOf(image);
-        part.rowsPerBlock = std::max(1, reader_.callEnd(image.data.y) - image.data.y);
+        part.rowsPerBlock = std::max(1, reader_.callEnd(p, image.data.y) - image.data.y);
         part.blocks.resize(
             static_cast<size_t>((image.data.height + part.rowsPerBlock - 1) / part.rowsPerBlock));
     }
@@ -39,7 +40,7 @@ void FileSource::rewind()
 void FileSource::fetch(size_t number, int begin, int end, const std::function<void()>& checkStopped)
 {
     Part& part = parts_[number];
-    const Image& image = picture_.parts[number];
+    const Image& image = picture().parts[number];
     const auto blockOf = [&](int y) {
         return static_cast<size_t>(std::clamp(y - image.data.y, 0, image.data.height) / part.rowsPerBlock);
     };
@@ -59,7 +60,7 @@ void FileSource::fetch(size_t number, int begin, int end, const std::function<vo
             block = std::make_unique<Band>();
         }
         block->reset(image, y, std::min(y + part.rowsPerBlock, image.data.y + image.data.height));
-        reader_.read(y, block->yEnd(), block->row(y));
+        reader_.read(number, y, block->yEnd(), block->row(y));
         part.blocks[part.next] = std::move(block);
     }
 }
@@ -67,9 +68,9 @@ void FileSource::fetch(size_t number, int begin, int end, const std::function<vo
 void FileSource::load(const Picture::Place& place, const Window& rect, const Arrays& arrays) const
 {
     const Part& part = parts_[place.part];
-    const Image& image = picture_.parts[place.part];
+    const Image& image = picture().parts[place.part];
     const int64_t rowBytes =
-        static_cast<int64_t>(rect.width) * PXLbytesPerElement(picture_.plane(place).format);
+        static_cast<int64_t>(rect.width) * PXLbytesPerElement(picture().plane(place).format);
     for (int y = rect.y; y < rect.y + rect.height; ++y) {
         Arrays row{};
         for (size_t c = 0; c < 4; ++c)
@@ -81,7 +82,7 @@ void FileSource::load(const Picture::Place& place, const Window& rect, const Arr
 }
 
 FileSink::FileSink(const std::string& path, const Picture& picture)
-    : picture_(picture), writer_(path, picture.first())
+    : picture_(picture), writer_(path, picture)
 {
     picture_.path = path;
     for (Image& part : picture_.parts) {
@@ -109,7 +110,8 @@ void FileSink::store(size_t slot, const Picture::Place& place, const Window& rec
 void FileSink::write(size_t slot, const std::function<void()>& checkStopped)
 {
     const Band& band = bands_[slot];
-    part_ = bandParts_[slot];
+    for (; part_ < bandParts_[slot]; ++part_)
+        writer_.nextPart();
     writer_.write(band, band.yBegin(), band.yEnd(), checkStopped);
 }
 

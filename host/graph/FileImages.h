@@ -17,8 +17,8 @@ class FileSource : public Source
 public:
     explicit FileSource(const std::string& path);
 
-    const Picture& picture() const override { return picture_; }
-    std::vector<std::string> notes() const { return {}; }
+    const Picture& picture() const override { return reader_.picture(); }
+    const std::vector<std::string>& notes() const { return reader_.notes(); }
     void rewind() override;
     void fetch(size_t part, int begin, int end, const std::function<void()>& checkStopped) override;
     void load(const Picture::Place& place, const Window& rect, const Arrays& arrays) const override;
@@ -34,7 +34,6 @@ private:
     };
 
     Reader reader_;
-    Picture picture_;
     std::vector<Part> parts_;
     std::vector<std::unique_ptr<Band>> spare_;
 };

@@ -106,11 +106,19 @@ PlaneSettings Call::planeSettings() const
         settings.black = readWhole("--black", text("black"), 0, lastCode);
     if (has("white"))
         settings.white = readWhole("--white", text("white"), 0, lastCode);
+    settings.asIs = takesAlphaAsIs();
+    return settings;
+}
+
+bool Call::takesAlphaAsIs() const
+{
+    const Parameter* const parameter = operation_->find("alpha");
+    if (parameter == nullptr || !parameter->isText()) // but a switch of that name
+        return false;
     const std::string alpha = text("alpha");
     if (alpha != "auto" && alpha != "as-is")
-        refuseName("--alpha: unknown choice", alpha, {"auto", "as-is"});
-    settings.asIs = alpha == "as-is";
-    return settings;
+        refuseName("--alpha: unknown choice", alpha, parameter->argument.choices);
+    return alpha == "as-is";
 }
 
 std::optional<int> componentOf(const Call& call, const std::string& key)

@@ -76,6 +76,8 @@ public:
     std::vector<std::string> images() const;
 
     PlaneSettings planeSettings() const;
+    /// Whether it is told to take alpha as it stands.
+    bool takesAlphaAsIs() const;
 
     std::unique_ptr<Node> node() const { return operation_->make(*this); }
 

@@ -1,6 +1,7 @@
 #include <host/script/Script.h>
 
 #include <host/file/Frames.h>
+#include <host/file/Reader.h>
 #include <host/graph/FileImages.h>
 #include <host/operation/StoreNode.h>
 #include <host/text/Error.h>
@@ -37,6 +38,16 @@ auto at(const std::string& where, Work work)
 }
 
 } // namespace
+
+Script Script::single(Call call, const OutputSettings& settings)
+{
+    Script script;
+    Output& output = script.outputs.emplace_back();
+    output.settings = settings;
+    output.settings.asIs = settings.asIs || call.takesAlphaAsIs();
+    script.statements.push_back({"", std::move(call), ""});
+    return script;
+}
 
 std::vector<std::string> Script::inputFiles() const
 {
@@ -88,7 +99,7 @@ void ScriptGraph::checkOutputs(const Script& script) const
     for (const Script::Output& output : script.outputs) {
         const std::string path = pathOf(output.settings.path, frame_);
         for (const std::string& input : script.inputFiles())
-            if (std::filesystem::equivalent(pathOf(input, frame_), path, ignored))
+            if (std::filesystem::equivalent(inputFile(pathOf(input, frame_)), path, ignored))
                 refuse(output.where + "the output is the input, '" + path + "'; give it another name");
         const auto same = [&](const std::string& other) {
             return other == path || std::filesystem::equivalent(other, path, ignored);
@@ -129,7 +140,8 @@ void ScriptGraph::addOutput(const Script::Output& output)
     form.depth = settings.depth;
     if (!settings.asIs)
         form.straight = straightIn(path);
-    form.displayWindow = !settings.dataWindow && !holdsWindow(path, picture.first().data);
+    form.displayWindow =
+        !settings.dataWindow && !holdsWindow(path, picture.first().data, picture.first().display);
     const size_t stored = graph_.add(path, std::make_unique<StoreNode>(form), {node});
     auto sink = std::make_unique<FileSink>(path, graph_.picture(stored));
     for (const std::string& note : sink->writer().notes())

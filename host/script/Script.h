@@ -40,6 +40,9 @@ struct Script
     std::vector<Statement> statements;
     std::vector<Output> outputs;
 
+    /// One operation and where its picture goes; alpha is treated there as the operation is told to.
+    static Script single(Call call, const OutputSettings& output);
+
     /// The names of all files that it reads, each once, and of those that it writes.
     std::vector<std::string> inputFiles() const;
     std::vector<std::string> outputFiles() const;

@@ -1,16 +1,19 @@
 #include "images.h"
 
-#include <host/graph/Combine.h>
-#include <host/text/Error.h>
+#include <host/operation/CompositeNames.h>
 
 #include <OpenImageIO/imagebuf.h>
 
 namespace {
 
-using Composite = host::Combination::CompositeSettings;
-using Blend = host::Combination::BlendSettings;
-using Chroma = host::Combination::ChromaSettings;
 using OIIO::TypeDesc;
+using Words = std::vector<std::string>;
+
+Words joined(Words words, const Words& more)
+{
+    words.insert(words.end(), more.begin(), more.end());
+    return words;
+}
 
 /// Flat images in a directory, over windows of a picture of 8 x 6, and what becomes of them.
 struct Combining : ::testing::Test
@@ -41,8 +44,7 @@ struct Combining : ::testing::Test
     /// A pixel of a combination, on a picture of 8 pixels.
     struct Case
     {
-        host::CombineInputs inputs;
-        host::Combination combination;
+        Words words;
         const char* output;
         TypeDesc::BASETYPE format;
         int x;
@@ -54,10 +56,9 @@ struct Combining : ::testing::Test
 
     void check(const Case& c, size_t notes) const
     {
-        host::CookSettings settings;
-        settings.planes = {c.plane};
-        const host::CookReport report = host::combine(c.inputs, dir.file(c.output), c.combination, settings);
-        EXPECT_EQ(report.planes, settings.planes);
+        const host::FrameReport report =
+            runOperation(joined(c.words, {"--planes", c.plane}), dir.file(c.output));
+        EXPECT_EQ(report.planes, Words{c.plane});
         EXPECT_EQ(report.notes.size(), notes);
         const OIIO::ImageBuf image = read(c.output);
         const OIIO::ROI roi(c.window[0], c.window[1], c.window[2], c.window[3], 0, 1, 0, image.nchannels());
@@ -92,40 +93,78 @@ TEST_F(Combining, PixelsAndWindowsByHand)
     const std::string fg = add("fg.exr", rgb, {0.1f, 0.2f, 0.3f}, {2, 7, -1, 3}); // full where it is
     const std::string bg8 = add("bg8.tif", rgba, {0.8f, 0.4f, 0.2f, 0.6f}, {2, 4, 1, 5}, TypeDesc::UINT8);
     const std::string fg8 = add("fg8.tif", rgb, {0.1f, 0.2f, 0.3f}, {3, 9, 0, 4}, TypeDesc::UINT8);
-    const Composite over, under{RU_COMP_UNDER}, inside{RU_COMP_INSIDE}, straight{RU_COMP_OVER, true, true};
-    const Blend quarter{0.25f}, half{0.5f}, swapped{1.0f, {}, true};
-    const Chroma green{{0.0f, 1.0f, 0.0f}};
+    const auto comp = [](const char* operation, const std::string& behind, const std::string& front) {
+        return Words{"comp", operation, front, behind};
+    };
+    const Words straight{"--premult", "--unpremult"}, asIs{"--alpha", "as-is"}, half{"--mix", "0.5"},
+        quarter{"--mix", "0.25"}, green{"--backing", "0", "1", "0"};
     constexpr std::array<int, 4> both{-2, 7, -1, 5};
     const Case cases[] = {
-        {{bg, fg}, {under}, "out.exr", TypeDesc::HALF, -2, {0.8f, 0.4f, 0.2f, 0.5f}, "color", 1, both},
-        {{bg, fg}, {under}, "out.exr", TypeDesc::HALF, 2, {0.85f, 0.5f, 0.35f, 1.0f}, "color", 1, both},
-        {{bg, fg}, {under}, "out.exr", TypeDesc::HALF, 6, {0.1f, 0.2f, 0.3f, 1.0f}, "color", -1, both},
-        {{bg, fg}, {under}, "out.exr", TypeDesc::HALF, 6, {0, 0, 0, 0}, "color", 4, both},
-        {{fg, bg}, {inside}, "out.exr", TypeDesc::HALF, -2, {0, 0, 0}, "color", 1, both},
-        {{fg, bg}, {inside}, "out.exr", TypeDesc::HALF, 2, {0.8f, 0.4f, 0.2f}, "color", 1, both},
-        {{bg8, fg8}, {under}, "out.png", TypeDesc::UINT8, 3, {0.84f, 0.48f, 0.32f, 1.0f}},
-        {{bg8, fg8}, {under}, "out.png", TypeDesc::UINT8, 7, {0.1f, 0.2f, 0.3f, 1.0f}},
-        {{a8, y8}, {over}, "out.png", TypeDesc::UINT8, 7, {0.88f, 0.64f, 0.52f, 0.76f}}, // luminance is grey
-        {{a8, b16}, {over}, "out.png", TypeDesc::UINT16, 7, {0.8791f, 0.4396f, 0.2198f, 0.76f}},
-        {{b16, c16}, {over}, "out.png", TypeDesc::UINT16, 2, {0.4f, 0.2f, 0.1f, 1.0f}}, // no 65535 / 65355
-        {{b16, c16}, {over}, "out.png", TypeDesc::UINT16, 5, {0.4f, 0.2f, 0.1f, 0.4f}},
-        {{a8, f}, {over}, "out.exr", TypeDesc::FLOAT, 7, {2.48f, -0.76f, 0.22f, 0.76f}},
-        {{a8, f}, {straight}, "out.exr", TypeDesc::FLOAT, 7, {1.4316f, -0.3368f, 0.1474f, 0.76f}},
-        {{k, z}, {over}, "out.exr", TypeDesc::HALF, 1, {0.6f, 0.45f, 0.05f, 0.85f, 5.0f}},
-        {{k, z}, {over}, "out.exr", TypeDesc::HALF, 1, {0.2f, 0.9f, 0.1f, 0.7f, 2.0f}, "depth"},
-        {{k, z}, {over}, "out.exr", TypeDesc::HALF, 6, {0.2f, 0.9f, 0.1f, 0.7f, 5.0f}, "depth"},
-        {{a, b}, {quarter}, "out.exr", TypeDesc::HALF, 1, {0.7f, 0.45f, 0.4f, 0.75f}}, // alpha fades
-        {{a, b}, {quarter}, "out.exr", TypeDesc::HALF, 5, {0.6f, 0.3f, 0.15f, 0.75f}},
-        {{a, b, m}, {half}, "out.exr", TypeDesc::HALF, 1, {0.8f, 0.4f, 0.2f, 1.0f}}, // beside the matte
-        {{a, b, m}, {half}, "out.exr", TypeDesc::HALF, 3, {0.7f, 0.45f, 0.4f, 0.5f}},
-        {{a, b, m}, {swapped}, "out.exr", TypeDesc::HALF, 1, {0.4f, 0.6f, 1.0f, 0.0f}},
-        {{k, {}, y}, {green}, "out.exr", TypeDesc::HALF, 3, {0.2f, 0.15f, 0.1f, 0.7f, 5.0f}},
-        {{k, {}, y}, {green}, "out.exr", TypeDesc::HALF, 1, {0.0f, 0.0f, 0.0f, 0.7f, 5.0f}},
-        {{k, {}, y, 1}, {green}, "out.exr", TypeDesc::HALF, 3, {0.2f, 0.9f, 0.1f, 0.7f, 5.0f}},
+        {comp("under", bg, fg), "out.exr", TypeDesc::HALF, -2, {0.8f, 0.4f, 0.2f, 0.5f}, "color", 1, both},
+        {comp("under", bg, fg), "out.exr", TypeDesc::HALF, 2, {0.85f, 0.5f, 0.35f, 1.0f}, "color", 1, both},
+        {comp("under", bg, fg), "out.exr", TypeDesc::HALF, 6, {0.1f, 0.2f, 0.3f, 1.0f}, "color", -1, both},
+        {comp("under", bg, fg), "out.exr", TypeDesc::HALF, 6, {0, 0, 0, 0}, "color", 4, both},
+        {comp("inside", fg, bg), "out.exr", TypeDesc::HALF, -2, {0, 0, 0}, "color", 1, both},
+        {comp("inside", fg, bg), "out.exr", TypeDesc::HALF, 2, {0.8f, 0.4f, 0.2f}, "color", 1, both},
+        {joined(comp("under", bg8, fg8), asIs), "out.png", TypeDesc::UINT8, 3, {0.84f, 0.48f, 0.32f, 1.0f}},
+        {joined(comp("under", bg8, fg8), asIs), "out.png", TypeDesc::UINT8, 7, {0.1f, 0.2f, 0.3f, 1.0f}},
+        {joined(comp("over", a8, y8), asIs),
+         "out.png",
+         TypeDesc::UINT8,
+         7,
+         {0.88f, 0.64f, 0.52f, 0.76f}}, // luminance is grey
+        {joined(comp("over", a8, b16), asIs),
+         "out.png",
+         TypeDesc::UINT16,
+         7,
+         {0.8791f, 0.4396f, 0.2198f, 0.76f}},
+        {joined(comp("over", b16, c16), asIs),
+         "out.png",
+         TypeDesc::UINT16,
+         2,
+         {0.4f, 0.2f, 0.1f, 1.0f}}, // no 65535 / 65355
+        {joined(comp("over", b16, c16), asIs), "out.png", TypeDesc::UINT16, 5, {0.4f, 0.2f, 0.1f, 0.4f}},
+        {joined(comp("over", a8, f), asIs), "out.exr", TypeDesc::FLOAT, 7, {2.48f, -0.76f, 0.22f, 0.76f}},
+        {joined(comp("over", a8, f), joined(straight, asIs)),
+         "out.exr",
+         TypeDesc::FLOAT,
+         7,
+         {1.4316f, -0.3368f, 0.1474f, 0.76f}},
+        {comp("over", k, z), "out.exr", TypeDesc::HALF, 1, {0.6f, 0.45f, 0.05f, 0.85f, 5.0f}},
+        {comp("over", k, z), "out.exr", TypeDesc::HALF, 1, {0.2f, 0.9f, 0.1f, 0.7f, 2.0f}, "depth"},
+        {comp("over", k, z), "out.exr", TypeDesc::HALF, 6, {0.2f, 0.9f, 0.1f, 0.7f, 5.0f}, "depth"},
+        {joined({"blend", a, b}, quarter),
+         "out.exr",
+         TypeDesc::HALF,
+         1,
+         {0.7f, 0.45f, 0.4f, 0.75f}}, // alpha fades
+        {joined({"blend", a, b}, quarter), "out.exr", TypeDesc::HALF, 5, {0.6f, 0.3f, 0.15f, 0.75f}},
+        {joined({"blend", a, b, "--mask", m}, half),
+         "out.exr",
+         TypeDesc::HALF,
+         1,
+         {0.8f, 0.4f, 0.2f, 1.0f}}, // beside the matte
+        {joined({"blend", a, b, "--mask", m}, half), "out.exr", TypeDesc::HALF, 3, {0.7f, 0.45f, 0.4f, 0.5f}},
+        {Words{"blend", a, b, "--mask", m, "--swap"}, "out.exr", TypeDesc::HALF, 1, {0.4f, 0.6f, 1.0f, 0.0f}},
+        {joined({"chroma", k, "--matte", y}, green),
+         "out.exr",
+         TypeDesc::HALF,
+         3,
+         {0.2f, 0.15f, 0.1f, 0.7f, 5.0f}},
+        {joined({"chroma", k, "--matte", y}, green),
+         "out.exr",
+         TypeDesc::HALF,
+         1,
+         {0.0f, 0.0f, 0.0f, 0.7f, 5.0f}},
+        {joined({"chroma", k, "--matte", y, "--matte-channel", "g"}, green),
+         "out.exr",
+         TypeDesc::HALF,
+         3,
+         {0.2f, 0.9f, 0.1f, 0.7f, 5.0f}},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(&c - cases);
-        check(c, c.inputs.second == fg8 ? 1u : 0u); // which goes beyond the picture
+        check(c, c.words[2] == fg8 ? 1u : 0u); // which goes beyond the picture
     }
 }
 
@@ -139,11 +178,10 @@ TEST_F(Combining, SplitsAndThreadsDoNotMatter)
         header.y = -7 * i;
         TestImage(header).write(dir.file(std::to_string(i) + ".exr"));
     }
-    const std::pair<host::CombineInputs, host::Combination> jobs[] = {
-        {{a, b}, {Composite{RU_COMP_XOR}}}, {{a, b, m}, {Blend{}}}, {{a, {}, m}, {Chroma{{1, 0, 2}}}}};
-    for (const auto& [inputs, combination] : jobs)
-        expectSameForEverySplit([&, in = inputs, how = combination](const host::CookSettings& settings) {
-            return host::combine(in, out, how, settings).output.path;
+    for (const Words& words : {Words{"comp", "xor", b, a}, Words{"blend", a, b, "--mask", m},
+                               Words{"chroma", a, "--matte", m, "--backing", "1", "0", "2"}})
+        expectSameForEverySplit([&](const host::RunSettings& settings) {
+            return runOperation(words, out, settings).outputs.front().path;
         });
 }
 
@@ -152,37 +190,27 @@ TEST_F(Combining, ErrorsNameTheFileOrTheOption)
     const std::string a = add("a.exr", rgb, {1, 1, 1}), grey = add("grey.exr", {"Y"}, {1});
     const std::string mask = add("mask.exr", {"mask"}, {1});
     std::filesystem::create_hard_link(mask, dir.file("hard.exr"));
-    const host::Combination over{Composite{}}, blend{Blend{}}, weights{Blend{1.0f, {{1.0f, 1.0f}}}};
-    host::CookSettings points, named;
-    points.black = 3;
-    named.planes = {"color"};
     const struct
     {
-        host::CombineInputs inputs;
-        host::Combination combination;
+        Words words;
         const char* wanted;
-        host::CookSettings settings = {};
         const char* output = "out.exr";
     } cases[] = {
-        {{a, grey, grey}, over, "takes no matte, '"},
-        {{a, grey}, over, "--black", points},
-        {{grey, a}, over, "grey.exr': plane color is luminance"},
-        {{a, mask}, over, "no plane of the same name: color and mask"},
-        {{a, mask}, over, "mask.exr' has no plane 'color'", named},
-        {{a}, weights, "weights are for two images"},
-        {{a, grey, grey}, weights, "leave out the matte, '"},
-        {{a, grey}, {Blend{1.0f, {{1.0f, INFINITY}}}}, "weights: inf is not finite"},
-        {{a, {}, a}, {Chroma{{0.0f, -INFINITY, 0.0f}}}, "backing: -inf is not finite"},
-        {{a, {}, mask, 3}, blend, "mask.exr': the matte has no component a; its channels are mask"},
-        {{a, {}, mask}, blend, "the output is the input, '", {}, "hard.exr"},
-        {{a, grey}, blend, "black and white points", points},
-        {{a}, {Chroma{}}, "a.exr': a backing"},
-        {{grey, {}, a}, {Chroma{}}, "grey.exr': plane color has no red"},
+        {{"comp", "over", grey, a, "--black", "3"}, "--black"},
+        {{"comp", "over", a, grey}, "grey.exr': plane color is luminance"},
+        {{"comp", "over", mask, a}, "no plane of the same name: color and mask"},
+        {{"comp", "over", mask, a, "--planes", "color"}, "mask.exr' has no plane 'color'"},
+        {{"blend", a, "--weights", "1", "1"}, "--weights requires B"},
+        {{"blend", a, grey, "--weights", "1", "inf"}, "--weights"},
+        {{"chroma", a, "--matte", a, "--backing", "0", "-inf", "0"}, "--backing"},
+        {{"blend", a, "--mask", mask, "--mask-channel", "a"},
+         "the matte has no component a; its channels are mask"},
+        {{"blend", a, "--mask", mask}, "the output is the input, '", "hard.exr"},
+        {{"blend", a, grey, "--mix", "1", "--black", "3"}, "black and white points"},
+        {{"chroma", grey, "--matte", a, "--backing", "0", "1", "0"}, "grey.exr': plane color has no red"},
     };
-    for (const auto& c : cases) {
-        const auto run = [&] { host::combine(c.inputs, dir.file(c.output), c.combination, c.settings); };
-        EXPECT_TRUE(says(errorOf(run), c.wanted));
-    }
+    for (const auto& c : cases)
+        EXPECT_TRUE(says(errorOf([&] { runOperation(c.words, dir.file(c.output)); }), c.wanted));
     EXPECT_EQ(host::compositeOfName("14"), host::compositeOfName("subtract_reversed"));
     EXPECT_THROW(host::compositeOfName("ove"), host::Error);
 }

@@ -1,7 +1,8 @@
 #include "images.h"
 
 #include <host/file/Diff.h>
-#include <host/graph/Cook.h>
+#include <host/graph/FileImages.h>
+#include <host/operation/AlgorithmNode.h>
 #include <host/text/Error.h>
 
 #include <RU/framework/RU_Factories.h>
@@ -14,8 +15,7 @@
 namespace {
 
 using host::Chain;
-using host::CookSettings;
-using host::Operation;
+using Words = std::vector<std::string>;
 
 /// One file for every storage format, each with windows that are off the origin where the file format has
 /// them.
@@ -45,10 +45,12 @@ TestImage imageOf(const FormatCase& c, int width = 237, int height = 141)
     return TestImage(spec);
 }
 
-host::CookReport grade(const std::string& in, const std::string& out, const std::string& chain,
-                       CookSettings settings = {})
+host::FrameReport grade(const std::string& in, const std::string& out, const std::string& chain,
+                        const Words& options = {}, const host::RunSettings& settings = {})
 {
-    return host::cook(in, out, Operation::grade(Chain::fromText(chain)), settings);
+    Words words{"grade", in, chain};
+    words.insert(words.end(), options.begin(), options.end());
+    return runOperation(words, out, settings);
 }
 
 TEST(Cook, AnEmptyChainCopiesEveryBit)
@@ -104,11 +106,11 @@ TEST(Cook, SplitsAndThreadsDoNotMatter)
     for (int64_t i = 0; i < 291 * 437 * 4; ++i) // numbers: NaN bits need not survive arithmetic
         image.values<float>()[i] = static_cast<float>(image.values<int>()[i]) * 1e-9f;
     image.write(dir.file("in.exr"));
-    const Operation edge = Operation::edge({false, 1.5f, 0.7f}, {true, true, true, true});
-    const Operation gradeOperation = Operation::grade(Chain::fromText("gamma 2.2, sin 3 @rb"));
-    for (const Operation* operation : {&edge, &gradeOperation})
-        expectSameForEverySplit([&](const CookSettings& settings) {
-            return host::cook(dir.file("in.exr"), dir.file("out.exr"), *operation, settings).output.path;
+    const std::string in = dir.file("in.exr");
+    for (const Words& words : {Words{"edge", in, "--gain", "1.5", "--corner", "0.7", "--scope", "rgba"},
+                               Words{"grade", in, "gamma 2.2, sin 3 @rb"}})
+        expectSameForEverySplit([&](const host::RunSettings& settings) {
+            return runOperation(words, dir.file("out.exr"), settings).outputs.front().path;
         });
 }
 
@@ -155,17 +157,23 @@ TEST(Cook, AFilterReadsAsFarAsItSaysAndThePixelsAtTheEndsGoOn)
         const int pixel = std::clamp(y, 0, height - 1) * width + std::clamp(x, 0, width - 1);
         return half.codeAt(image.bytes.data(), pixel * 3 + c);
     };
-    CookSettings settings;
+    host::RunSettings settings;
     settings.tile = 16;
-    settings.depth = PXL_FORMAT_float32;
+    host::PlaneSettings planes;
+    planes.depth = PXL_FORMAT_float32;
     for (const RU_Border border : {RU_Border{0, 0, 0, 0}, {1, 1, 1, 1}, {30, 2, 0, 90}}) {
         auto corners = std::make_unique<Corners>();
         corners->around = border;
-        Operation operation;
-        operation.algorithm = std::move(corners);
-        operation.isFilter = true;
-        operation.written = {true, true, false, false};
-        host::cook(dir.file("in.exr"), dir.file("out.exr"), operation, settings);
+        host::AlgorithmNode::Work work;
+        work.algorithm = std::move(corners);
+        work.isFilter = true;
+        work.written = {true, true, false, false};
+        host::Graph graph;
+        const size_t source = graph.add(std::make_unique<host::FileSource>(dir.file("in.exr")));
+        const size_t node =
+            graph.add("corners", std::make_unique<host::AlgorithmNode>(std::move(work), planes), {source});
+        graph.write(node, std::make_unique<host::FileSink>(dir.file("out.exr"), graph.picture(node)));
+        graph.run(settings);
         const TestImage out = TestImage::read(dir.file("out.exr"));
         int wrong = 0;
         for (int i = 0; i < width * height * 3; ++i) {
@@ -194,16 +202,14 @@ TEST(Cook, OtherPlanesAreCopiedAlsoInMixedFiles)
     EXPECT_GT(report.channels[0].differing, 2900);
     EXPECT_EQ(report.channels[4].differing, 0);
 
-    CookSettings settings;
-    settings.planes = {"depth"};
-    grade(dir.file("in.exr"), dir.file("out.exr"), "negate", settings);
+    const Words depth{"--planes", "depth"};
+    grade(dir.file("in.exr"), dir.file("out.exr"), "negate", depth);
     report = host::diff(dir.file("in.exr"), dir.file("out.exr"));
     EXPECT_EQ(report.channels[0].differing, 0);
     EXPECT_GT(report.channels[4].differing, 2900);
 
-    EXPECT_THROW(grade(dir.file("in.exr"), dir.file("out.exr"), "negate @a", settings), host::Error);
-    settings.planes = {"dept"};
-    EXPECT_THROW(grade(dir.file("in.exr"), dir.file("out.exr"), "negate", settings), host::Error);
+    EXPECT_THROW(grade(dir.file("in.exr"), dir.file("out.exr"), "negate @a", depth), host::Error);
+    EXPECT_THROW(grade(dir.file("in.exr"), dir.file("out.exr"), "negate", {"--planes", "dept"}), host::Error);
 }
 
 TEST(Cook, DepthComputesInTheWiderFormat)
@@ -213,12 +219,10 @@ TEST(Cook, DepthComputesInTheWiderFormat)
     for (int i = 0; i < 256 * 3; ++i)
         image.values<uint8_t>()[i] = static_cast<uint8_t>(i / 3);
     image.write(dir.file("in.png"));
-    CookSettings settings;
-    settings.depth = PXL_FORMAT_float32;
-    grade(dir.file("in.png"), dir.file("wide.exr"), "mult 4", settings);
+    grade(dir.file("in.png"), dir.file("wide.exr"), "mult 4", {"--depth", "float"});
     EXPECT_FLOAT_EQ(TestImage::read(dir.file("wide.exr")).values<float>()[255 * 3], 4.0f);
-    settings.depth = PXL_FORMAT_uint8; // values above white come back before anything is clamped
-    grade(dir.file("wide.exr"), dir.file("back.png"), "mult 0.25", settings);
+    // Values above white come back before anything is clamped.
+    grade(dir.file("wide.exr"), dir.file("back.png"), "mult 0.25", {"--depth", "uint8"});
     EXPECT_EQ(TestImage::read(dir.file("back.png")).bytes, image.bytes);
 }
 
@@ -228,19 +232,14 @@ TEST(Cook, BlackAndWhitePointsHoldForIntegersOnly)
     TestImage image(OIIO::ImageSpec(4, 1, 3, OIIO::TypeDesc::UINT16));
     std::fill_n(image.values<uint16_t>(), 12, uint16_t{30000});
     image.write(dir.file("in.tif"));
-    CookSettings settings;
-    settings.black = 10000;
-    settings.white = 50000;
-    grade(dir.file("in.tif"), dir.file("out.tif"), "add 0.25", settings);
+    const auto add = [&](const Words& options) {
+        grade(dir.file("in.tif"), dir.file("out.tif"), "add 0.25", options);
+    };
+    add({"--black", "10000", "--white", "50000"});
     EXPECT_EQ(TestImage::read(dir.file("out.tif")).values<uint16_t>()[0], 40000);
-
-    settings.depth = PXL_FORMAT_uint8;
-    EXPECT_THROW(grade(dir.file("in.tif"), dir.file("out.tif"), "add 0.25", settings), host::Error);
-    settings.depth.reset();
-    settings.white = 70000;
-    EXPECT_THROW(grade(dir.file("in.tif"), dir.file("out.tif"), "add 0.25", settings), host::Error);
-    settings.white = 10000;
-    EXPECT_THROW(grade(dir.file("in.tif"), dir.file("out.tif"), "add 0.25", settings), host::Error);
+    EXPECT_THROW(add({"--black", "10000", "--white", "50000", "--depth", "uint8"}), host::Error);
+    EXPECT_THROW(add({"--black", "10000", "--white", "70000"}), host::Error);
+    EXPECT_THROW(add({"--black", "10000", "--white", "10000"}), host::Error);
 }
 
 TEST(Cook, ACancelledJobLeavesNothing)
@@ -248,11 +247,11 @@ TEST(Cook, ACancelledJobLeavesNothing)
     const TempDirectory dir;
     imageOf({PXL_FORMAT_half, "", 4}, 900, 900).write(dir.file("in.exr"));
     host::CancelSwitch cancel{false};
-    CookSettings settings;
+    host::RunSettings settings;
     settings.cancel = &cancel;
     settings.tile = 32;
     settings.progress = [&](int64_t, int64_t) { cancel = true; };
-    const auto run = [&] { grade(dir.file("in.exr"), dir.file("out.exr"), "gamma 2", settings); };
+    const auto run = [&] { grade(dir.file("in.exr"), dir.file("out.exr"), "gamma 2", {}, settings); };
     EXPECT_EQ(errorOf(run).kind(), host::Error::Kind::Cancelled);
     EXPECT_EQ(dir.names(), std::vector<std::string>{"in.exr"});
 }

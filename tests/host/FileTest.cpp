@@ -2,7 +2,6 @@
 
 #include <host/file/Diff.h>
 #include <host/file/Reader.h>
-#include <host/graph/Cook.h>
 #include <host/text/Error.h>
 
 #include <gtest/gtest.h>
@@ -15,7 +14,7 @@ using Kind = host::Error::Kind;
 
 void copy(const std::string& in, const std::string& out)
 {
-    host::cook(in, out, host::Operation::grade({}), {});
+    runOperation({"grade", in, ""}, out);
 }
 
 host::Error errorOfCopy(const std::string& in, const std::string& out)
@@ -83,8 +82,10 @@ TEST(Files, WhatCannotBeReadIsSaid)
     std::filesystem::copy_file(dir.file("whole.exr"), dir.file("cut.exr"));
     std::filesystem::resize_file(dir.file("cut.exr"), std::filesystem::file_size(dir.file("whole.exr")) / 2);
     const std::tuple<const char*, Kind, const char*> cases[] = {
-        {"none.exr", Kind::NoInput, ""}, {".", Kind::Read, ""},
-        {"text.exr", Kind::Read, ""},    {"double.tif", Kind::Read, "stored as double"},
+        {"none.exr", Kind::NoInput, ""},
+        {".", Kind::Read, ""},
+        {"text.exr", Kind::Read, ""},
+        {"double.tif", Kind::Read, "stored as double"},
         {"cut.exr", Kind::Read, ""}};
     for (const auto& [name, kind, text] : cases) {
         const host::Error error = errorOfCopy(dir.file(name), dir.file("out.exr"));

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <host/graph/Cook.h>
+#include <host/command/OperationWords.h>
+#include <host/script/Script.h>
 #include <host/text/Error.h>
 
 #include <OpenImageIO/imageio.h>
@@ -106,14 +107,26 @@ inline ::testing::AssertionResult says(const host::Error& error, const std::stri
     return ::testing::AssertionResult(all.starts_with(start) && all.find(text) != all.npos) << all;
 }
 
+/// Runs an operation on files as its command does: its name and words, and the file to write.
+inline host::FrameReport runOperation(const std::vector<std::string>& words, const std::string& output,
+                                      const host::RunSettings& settings = {})
+{
+    host::OperationWords given(host::operationOfName(words.front()));
+    host::Command command{words.front().c_str(), "", nullptr, given.options()};
+    std::optional<size_t> at;
+    host::readWords(command, {words.begin() + 1, words.end()}, at);
+    return host::ScriptGraph(host::Script::single(given.call(), {output, {}, false, false}), {})
+        .run(settings);
+}
+
 /// The same bytes come out whatever the number of threads and the side of tiles is; `run` takes settings and
 /// returns the path of what it wrote.
 template <class Run>
 void expectSameForEverySplit(const Run& run)
 {
     std::vector<char> first;
-    for (const auto& [threads, tile] : {std::pair{1, 4096}, {2, 64}, {4, 200}, {8, 5}, {3, 17}}) {
-        host::CookSettings settings;
+    for (const auto& [threads, tile] : {std::pair{1, 4096}, {2, 64}, {4, 200}, {16, 5}, {3, 17}}) {
+        host::RunSettings settings;
         settings.threads = threads;
         settings.tile = tile;
         const std::vector<char> bytes = TestImage::read(run(settings)).bytes;
