@@ -186,6 +186,20 @@ Image newImage(int width, int height, int channels, unsigned char format, const 
     return image;
 }
 
+void setColourSpace(Image& image, const std::string& name)
+{
+    Header header = *image.header;
+    for (const char* tag : {"oiio:ColorSpace", "oiio:Gamma", "ICCProfile.*", "photoshop:ICCProfile",
+                            "Exif:ColorSpace", "Exif:Gamma", "dpx:Transfer", "dpx:Colorimetric"})
+        header.spec.erase_attribute(tag);
+    if (name != "Linear") // which may be light of any primaries
+        for (const char* tag : {"chromaticities", "acesImageContainerFlag"})
+            header.spec.erase_attribute(tag);
+    if (!name.empty())
+        header.spec.attribute("oiio:ColorSpace", name);
+    image.header = std::make_shared<Header>(std::move(header));
+}
+
 std::vector<Plane> groupChannels(const std::vector<Channel>& channels)
 {
     const Roles roles(channels);

@@ -98,6 +98,9 @@ struct Image
 /// with the sRGB curve in integers.
 Image newImage(int width, int height, int channels, unsigned char format, const std::string& description);
 
+/// Says in an image's header what its values mean, "Linear" or "sRGB"; nothing when `name` is empty. Whatever the header said before, profiles too, is gone.
+void setColourSpace(Image& image, const std::string& name);
+
 /// Puts channels into planes, by the layer before the last dot of their names: red, green, blue, luminance
 /// and alpha form one plane, depth another; other channels of a layer fill planes in their order.
 std::vector<Plane> groupChannels(const std::vector<Channel>& channels);

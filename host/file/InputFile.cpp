@@ -68,4 +68,12 @@ bool isCutJpeg(const std::string& file)
     }
 }
 
+bool isCmykPsd(const std::string& file)
+{
+    constexpr int modePlace = 25, cmyk = 4;
+    std::ifstream in(file, std::ios::binary);
+    in.seekg(modePlace);
+    return in.get() == cmyk;
+}
+
 } // namespace host

@@ -20,4 +20,7 @@ void checkReadable(const std::string& file, const std::string& path);
 /// Whether a JPEG file lacks its end, which its readers fill with grey.
 bool isCutJpeg(const std::string& file);
 
+/// Whether a PSD file holds inks, which the file layer converts without a word.
+bool isCmykPsd(const std::string& file);
+
 } // namespace host

@@ -62,9 +62,13 @@ std::string obstacle(const OIIO::ImageSpec& spec)
         return "holds deep pixels; flat ones are read";
     if (spec.depth > 1)
         return "is a volume; pictures are read";
-    if (spec.get_string_attribute("tiff:ColorSpace") == "CMYK" ||
-        spec.get_string_attribute("jpeg:ColorSpace") == "CMYK")
-        return "is a CMYK picture; convert it to RGB first";
+    for (const char* attribute : {"tiff:ColorSpace", "jpeg:ColorSpace"}) {
+        static const std::vector<std::string> converted = {"CMYK",   "color separated", "YCCK", "CIELAB",
+                                                           "ICCLAB", "ITULAB",          "LOGL", "LOGLUV"};
+        const std::string space = spec.get_string_attribute(attribute);
+        if (std::find(converted.begin(), converted.end(), space) != converted.end())
+            return "is a " + space + " picture; convert it to RGB first";
+    }
     const auto fits = [](int64_t begin, int64_t size) { return size > 0 && begin + size <= INT_MAX; };
     if (!fits(spec.x, spec.width) || !fits(spec.y, spec.height))
         return "has no pixels at a place that can be";
@@ -119,9 +123,10 @@ Reader::Reader(const std::string& path) : file_(std::make_unique<File>())
     if (!file_->open())
         fail(OIIO::geterror());
     OIIO::ImageInput& input = *file_->input;
-    const bool isJpeg = input.format_name() == std::string("jpeg");
-    if (isJpeg && isCutJpeg(wanted.file))
+    if (input.format_name() == std::string("jpeg") && isCutJpeg(wanted.file))
         fail("the file is cut off");
+    if (input.format_name() == std::string("psd") && isCmykPsd(wanted.file))
+        throw Error(Error::Kind::Read, "'" + path + "' is a CMYK picture; convert it to RGB first");
     const int count = countImages(input);
     if (wanted.index >= count)
         throw Error(Error::Kind::NoInput, "'" + wanted.file + "' holds " + std::to_string(count) +

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <fstream>
 #include <sys/resource.h>
 
 namespace {
@@ -116,6 +117,65 @@ TEST(Formats, EachGivesBackWhatItIsSaidToHold)
                 }
             }
     }
+}
+
+TEST(Formats, EachHoldsTheSmallestImagesOrSaysNo)
+{
+    const TempDirectory dir;
+    for (const host::FileFormat& format : host::fileFormats())
+        for (const auto& [width, height] : {std::pair{1, 1}, {1, 9}, {17, 1}, {2, 3}}) {
+            const std::string path = dir.file(fileNameOf(format));
+            const int channels = format.channels.empty() ? 4 : format.channels.back();
+            const Sample sample(width, height, channels, format.depths.back());
+            if (const host::Error error = errorOf([&] { sample.write(path); }); *error.what() != '\0') {
+                EXPECT_TRUE(says(error, "fits': it does not give back")) << path;
+                continue;
+            }
+            host::Reader reader(path);
+            EXPECT_TRUE(format.approximates || sample.equals(reader, 0)) << path << " " << width;
+        }
+}
+
+/// The names of a PNG file's chunks, and its tags of colour alone.
+std::string colourChunks(const std::string& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    const std::string all((std::istreambuf_iterator<char>(in)), {});
+    std::string found;
+    for (const char* chunk : {"gAMA", "sRGB", "cHRM", "iCCP"})
+        if (all.find(chunk) != std::string::npos)
+            found += chunk;
+    return found;
+}
+
+TEST(Formats, ColourTagsSayWhatIsKnown)
+{
+    const TempDirectory dir;
+    Sample sample(8, 8, 3, PXL_FORMAT_uint8);
+    for (const auto& [space, chunks] : {std::pair{"sRGB", "gAMAsRGBcHRM"}, {"Linear", "gAMA"}, {"", ""}}) {
+        for (const char* before : {"Linear", "sRGB"}) {
+            host::setColourSpace(sample.image, before);
+            host::setColourSpace(sample.image, space);
+            sample.write(dir.file("out.png"));
+            EXPECT_EQ(colourChunks(dir.file("out.png")), chunks) << before << " to " << space;
+        }
+        sample.write(dir.file("out.tif"));
+        const host::Reader reader(dir.file("out.tif"));
+        const auto rows = host::metadata(reader.image());
+        const bool tagged = std::any_of(rows.begin(), rows.end(),
+                                        [](const auto& row) { return row.first == "oiio:ColorSpace"; });
+        EXPECT_EQ(tagged, std::string(space) == "sRGB"); // TIFF has no word for light
+    }
+    OIIO::ImageSpec profiled(8, 8, 3, OIIO::TypeDesc::UINT8);
+    const std::vector<unsigned char> profile(256, 1);
+    profiled.attribute("ICCProfile", OIIO::TypeDesc(OIIO::TypeDesc::UINT8, 256), profile.data());
+    TestImage(profiled).write(dir.file("in.tif"));
+    sample.image.header = host::Reader(dir.file("in.tif")).image().header;
+    sample.write(dir.file("out.tif"));
+    EXPECT_NE(TestImage::read(dir.file("out.tif")).spec.find_attribute("ICCProfile"), nullptr);
+    host::setColourSpace(sample.image, "");
+    sample.write(dir.file("out.tif"));
+    EXPECT_EQ(TestImage::read(dir.file("out.tif")).spec.find_attribute("ICCProfile"), nullptr);
 }
 
 /// No file may grow beyond some bytes while one of these exists, as on a full disk.
