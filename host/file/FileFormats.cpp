@@ -31,7 +31,7 @@ const std::vector<FileFormat>& fileFormats()
         {"rla",      {f32},               {1, 3, 4},    all,      associated, allRows, false, 32767}, // integers are packed wrongly
         {"pnm",      {u8},                {1, 3},       none,     straight,   watched},
         {"hdr",      {f32},               {3},          none,     straight,   watched, true},
-        {"jpeg2000", {u8, u16},           {1, 3, 4},    none,     straight,   allRows}, // small ones get lost in a watched file
+        {"jpeg2000", {u8, u16},           {1, 3, 4},    none,     straight,   allRows}, // the smallest images come out empty
         {"webp",     {u8},                {3},          none,     straight,   watched, true, 16383},
         {"heif",     {u8},                {3, 4},       none,     straight,   lastRow, true, 16384},
         {"ico",      {u8},                {4},          none,     straight,   allRows, false, 256},

@@ -2,8 +2,12 @@
 
 #include <host/text/Error.h>
 
+#include <algorithm>
+#include <charconv>
 #include <cstdlib>
+#include <filesystem>
 #include <regex>
+#include <unordered_set>
 
 namespace host {
 
@@ -45,6 +49,7 @@ std::vector<int64_t> parseFrames(const std::string& text)
 {
     static const std::regex range("(-?[0-9]{1,9})(-(-?[0-9]{1,9})(x([0-9]{1,9}))?)?");
     std::vector<int64_t> frames;
+    std::unordered_set<int64_t> seen;
     for (size_t begin = 0; begin <= text.size();) {
         const size_t end = std::min(text.find(',', begin), text.size());
         const std::string part = text.substr(begin, end - begin);
@@ -60,8 +65,30 @@ std::vector<int64_t> parseFrames(const std::string& text)
         if ((last - first) / step >= maxFrames - static_cast<int64_t>(frames.size()))
             refuse(text, "more than a million frames");
         for (int64_t frame = first; frame <= last; frame += step)
+            if (seen.insert(frame).second)
+                frames.push_back(frame);
+    }
+    return frames;
+}
+
+std::vector<int64_t> existingFrames(const std::string& pattern)
+{
+    namespace fs = std::filesystem;
+    const fs::path directory = fs::path(pattern).parent_path();
+    const std::string name = fs::path(pattern).filename().string();
+    const size_t place = findPlace(name).begin;
+    std::vector<int64_t> frames;
+    std::error_code error;
+    for (fs::directory_iterator entry(directory.empty() ? "." : directory, error), end;
+         !error && place != std::string::npos && entry != end; entry.increment(error)) {
+        const std::string found = entry->path().filename().string();
+        int64_t frame = 0;
+        if (found.size() > place)
+            std::from_chars(found.data() + place, found.data() + found.size(), frame);
+        if (framePath(name, frame) == found)
             frames.push_back(frame);
     }
+    std::sort(frames.begin(), frames.end());
     return frames;
 }
 

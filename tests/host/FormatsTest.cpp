@@ -128,7 +128,9 @@ TEST(Formats, EachHoldsTheSmallestImagesOrSaysNo)
             const int channels = format.channels.empty() ? 4 : format.channels.back();
             const Sample sample(width, height, channels, format.depths.back());
             if (const host::Error error = errorOf([&] { sample.write(path); }); *error.what() != '\0') {
-                EXPECT_TRUE(says(error, "fits': it does not give back")) << path;
+                EXPECT_TRUE((format.name == "jpeg2000" || format.name == "fits") &&
+                            says(error, "does not give back"))
+                    << path;
                 continue;
             }
             host::Reader reader(path);

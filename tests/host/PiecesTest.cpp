@@ -1,3 +1,5 @@
+#include "images.h"
+
 #include <host/file/Frames.h>
 #include <host/file/Image.h>
 #include <host/graph/Interleaving.h>
@@ -9,6 +11,7 @@
 
 #include <atomic>
 #include <cstring>
+#include <fstream>
 #include <numeric>
 
 namespace {
@@ -99,7 +102,7 @@ TEST(Interleaving, SplitAndJoinMoveEveryBit)
 TEST(Frames, RangesStepsAndLists)
 {
     EXPECT_EQ(host::parseFrames("7"), (std::vector<int64_t>{7}));
-    EXPECT_EQ(host::parseFrames("1-7x3,20"), (std::vector<int64_t>{1, 4, 7, 20}));
+    EXPECT_EQ(host::parseFrames("1-7x3,20,4-5"), (std::vector<int64_t>{1, 4, 7, 20, 5}));
     EXPECT_EQ(host::parseFrames("-2-0"), (std::vector<int64_t>{-2, -1, 0}));
     for (const char* bad : {"", "a", "1-", "5-1", "1-5x0", "1,,2", "1-99999999", "1.5"})
         EXPECT_THROW(host::parseFrames(bad), host::Error) << bad;
@@ -113,6 +116,19 @@ TEST(Frames, NumbersTakeTheirPlaceInTheName)
     EXPECT_EQ(host::framePath("#1/v#/a.##.exr", 123), "#1/v#/a.123.exr");
     EXPECT_EQ(host::framePath("a.####.exr", -5), "a.-005.exr");
     EXPECT_FALSE(host::hasFramePlace("shot#1/a.exr"));
+}
+
+TEST(Frames, ThoseOnDiskAreFound)
+{
+    const TempDirectory dir;
+    for (const char* name : {"a.0012.exr", "a.0003.exr", "a.00003.exr", "a.-005.exr", "a.12345.exr",
+                             "a.12.exr", "a.0004.tif", "ba.0005.exr", "a.1e+3.exr", "a..exr"})
+        std::ofstream(dir.file(name)) << name;
+    const std::vector<int64_t> padded = {-5, 3, 12, 12345};
+    EXPECT_EQ(host::existingFrames(dir.file("a.####.exr")), padded);
+    EXPECT_EQ(host::existingFrames(dir.file("a.%04d.exr")), padded);
+    EXPECT_EQ(host::existingFrames(dir.file("a.%d.exr")), (std::vector<int64_t>{12, 12345}));
+    EXPECT_TRUE(host::existingFrames(dir.file("none/a.####.exr")).empty());
 }
 
 TEST(Names, TheNearestIsSuggested)
