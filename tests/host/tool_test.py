@@ -1,13 +1,16 @@
 """Runs the command as a person would. Usage: tool_test.py KREILUGE DOCUMENT [unittest arguments]"""
 
+import fcntl
 import json
 import os
 import pathlib
 import pty
 import signal
+import struct
 import subprocess
 import sys
 import tempfile
+import termios
 import time
 import unittest
 
@@ -152,15 +155,31 @@ class ToolTest(unittest.TestCase):
         quiet = self.run_tool(*grade)
         self.assertEqual(quiet.stdout + quiet.stderr, "")
         self.assertIn("megapixels a second", self.run_tool(*grade, "--stats").stdout)
-        events = [json.loads(line) for line in self.run_tool(*grade, "--stats", "--progress", "json").stdout.splitlines()]
-        self.assertEqual(events[0]["event"], "progress")
-        self.assertEqual(events[-2]["rows"], 180)
-        self.assertEqual(events[-1]["stats"]["pixels"], 320 * 180)
-        master, terminal = pty.openpty()
-        subprocess.run([KREILUGE, *grade], cwd=self.path, stderr=terminal, check=True)
-        os.close(terminal)
-        self.assertIn(b"100%", os.read(master, 4096))
-        os.close(master)
+        (self.path / "in.1.exr").symlink_to("in.exr")
+        (self.path / "in.3.exr").symlink_to("in.exr")
+        frames = [KREILUGE, "grade", "in.#.exr", "-o", b"\xff.#.exr", "abs", "--frames", "1-3", "--stats", "--progress", "json"]
+        result = subprocess.run(frames, cwd=self.path, capture_output=True, text=True)
+        self.assertEqual(result.returncode, 1)
+        events = [json.loads(line) for line in result.stdout.splitlines()]
+        self.assertEqual(events[0], {"event": "start", "frames": 3})
+        self.assertEqual(events[-1], {"event": "end", "done": 2, "failed": 1})
+        self.assertEqual([(e["event"], e["frame"]) for e in events[1:-1] if e["event"] != "progress"], [("done", 1), ("failed", 2), ("done", 3)])
+        self.assertEqual([e["rows"] for e in events if e["event"] == "progress"][-1], 180)
+        self.assertEqual(events[-2]["stats"]["pixels"], 320 * 180)
+        self.assertIn("no such file: 'in.2.exr'", [e for e in events if e["event"] == "failed"][0]["error"])
+
+    def test_the_bar_fits_the_terminal(self):
+        self.plate("in.exr")
+        bar = "#" * 30
+        for columns, last in [(90, f"a-rather-long-name-é.exr [{bar}] 100%"), (30, "...ng-name-é.exr [#####] 100%"), (15, "[######] 100%"), (8, "100%"), (4, "100")]:
+            master, terminal = pty.openpty()
+            fcntl.ioctl(terminal, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
+            subprocess.run([KREILUGE, "grade", "in.exr", "-o", "a-rather-long-name-é.exr", "abs"], cwd=self.path, stderr=terminal, check=True)
+            os.close(terminal)
+            lines = os.read(master, 65536).decode().split("\r\033[K")
+            os.close(master)
+            self.assertLess(max(len(line) for line in lines), columns)
+            self.assertEqual(lines[-2:], [last, ""])
 
     def interrupted(self, command, number):
         process = subprocess.Popen(command, cwd=self.path, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
