@@ -212,6 +212,26 @@ class ToolTest(unittest.TestCase):
             used.append(usage.ru_maxrss)
         self.assertLess(used[1] - used[0], 20000, "KiB more for sixteen times the height")
 
+    def test_what_is_told_to_programs_and_terminals(self):
+        self.plate("a,\x1b[31m.exr")
+        self.plate("b.exr", "--depth", "float")
+        self.assertIn("\na,\\x1b[31m.exr: openexr", "\n" + self.run_tool("info", "a,\x1b[31m.exr", "b.exr").stdout)
+        images = json.loads(self.run_tool("info", "a,\x1b[31m.exr", "b.exr", "--json").stdout)
+        self.assertEqual([image["metadata"]["ImageDescription"] for image in images], ["kreiluge test plate"] * 2)
+        self.assertIn("\\x1b[2J", self.run_tool("info", "\x1b[2J", code=2).stderr)
+
+        difference = json.loads(self.run_tool("diff", "a,\x1b[31m.exr", "b.exr", "--tolerance", "0.01", "--json", "-o", "d.png", code=1).stdout)
+        self.assertEqual((difference["same"], difference["differing"], difference["tolerance"]), (False, 0, 0.01))
+        self.assertGreater(difference["channels"][0]["largest"], 0)
+        self.run_tool("diff", "d.png", "d.png")
+
+        everything = json.loads(self.run_tool("functions", "--json").stdout)
+        self.assertEqual(json.loads(self.run_tool("functions", "replace", "--json").stdout), next(f for f in everything if f["name"] == "replace"))
+        self.assertEqual([f["colourSpace"] for f in everything if f["name"] in ["add", "log", "srgb"]], [None, "", "sRGB"])
+        self.assertIn("a number of at least 0 (0.1)", self.run_tool("functions", "replace").stdout)
+        unknown = subprocess.run([KREILUGE, "functions"], env={**os.environ, "KREILUGE_ISA": "sse"}, capture_output=True, text=True)
+        self.assertIn("KREILUGE_ISA is 'sse', which is unknown and ignored; known: baseline", unknown.stderr)
+
     def test_curves_are_drawn(self):
         pictures = set()
         for name, arguments in [("a.png", ["0 0, .5 .8, 1 1"]), ("b.png", ["-1 0, 1 1 | 0 0, 1e9 1 | 0 0, 0 1"]), ("c.tif", ["0:0;0.5:0.8;1:1", "--extend"]), ("d.exr", ["0 0, .5 .8, 1 1"])]:
