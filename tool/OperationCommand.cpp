@@ -9,6 +9,7 @@
 #include <host/file/Frames.h>
 #include <host/text/Error.h>
 #include <host/text/Names.h>
+#include <host/text/Text.h>
 
 #include <nlohmann/json.hpp>
 
@@ -92,17 +93,11 @@ void printStats(const host::FrameReport& report)
 
 void tellDone(const host::FrameReport& report, const RunOptions& o, Progress& progress)
 {
-    progress.clear();
+    progress.done(o.stats ? statsJson(report) : nullptr);
     for (const std::string& note : report.notes)
-        std::fprintf(stderr, "kreiluge: note: %s\n", note.c_str());
-    if (progress.isJson()) {
-        nlohmann::ordered_json line = {{"event", "done"}, {"output", report.outputs.front().path}};
-        if (o.stats)
-            line["stats"] = statsJson(report);
-        std::printf("%s\n", line.dump().c_str());
-    } else if (o.stats) {
+        std::fprintf(stderr, "kreiluge: note: %s\n", host::printable(note).c_str());
+    if (o.stats && !progress.isJson())
         printStats(report);
-    }
     std::fflush(stdout);
 }
 
@@ -164,17 +159,20 @@ int runAll(const host::Script& script, const RunOptions& o)
     size_t failed = 0, missing = 0;
     for (size_t i = 0; i < frames.size(); ++i) {
         try {
-            settings.progress = progress.begin(outputOf(script, frames[i]), i, frames.size());
+            settings.progress = progress.begin(outputOf(script, frames[i]), i, frames.size(), frames[i]);
             tellDone(host::ScriptGraph(script, frames[i]).run(settings), o, progress);
         } catch (const Error& error) {
-            progress.clear();
-            if (frames.size() == 1 || endsSequence(error))
+            progress.failed(error.what());
+            if (frames.size() == 1 || endsSequence(error)) {
+                progress.end();
                 throw;
-            std::fprintf(stderr, "kreiluge: %s\n", error.what());
+            }
+            std::fprintf(stderr, "kreiluge: %s\n", host::printable(error.what()).c_str());
             ++failed;
             missing += error.kind() == Error::Kind::NoInput;
         }
     }
+    progress.end();
     if (failed > 0)
         std::fprintf(stderr, "kreiluge: %zu of %zu frames failed\n", failed, frames.size());
     if (missing == frames.size())

@@ -1,6 +1,8 @@
 #include <host/operation/AlgorithmNode.h>
 
 #include <host/file/Format.h>
+#include <host/text/Error.h>
+#include <host/text/Names.h>
 
 #include <RU/pixelfunc/RU_PixelEngine.h>
 
@@ -25,21 +27,40 @@ Picture AlgorithmNode::plan(const std::vector<const Picture*>& inputs)
     const Planes in(*inputs.front());
     const std::vector<bool> chosen = choosePlanes(in, settings_);
     const std::vector<unsigned char> formats = formatsOf(in, settings_.depth);
+    Picture output = in.picture.withFormats(formats);
+    bool writes = work_.algorithm == nullptr;
     for (size_t p = 0; p < in.size(); ++p) {
-        PlaneWork& work = planeWorks_.emplace_back();
-        work.present = in[p].present();
-        work.written = both(work.present, work_.written);
-        work.format = widerFormat(in[p].format, formats[p]);
-        work.isCopy = !chosen[p] || work.written == Components{} || work_.algorithm == nullptr;
-        asIs_.push_back(work.isCopy && formats[p] == in[p].format);
-        if (!chosen[p])
-            continue;
-        checkPoints(in[p], in.picture.path, settings_);
-        work.codes = codesOf(work.format, settings_);
-        work.codes.alpha = !in[p].colour && work.present[3];
-        planes_.push_back(in[p].name);
+        planWork(in, p, formats[p], chosen[p]);
+        writes = writes || !planeWorks_[p].isCopy;
+        if (!planeWorks_[p].isCopy && in[p].colour && work_.colourSpace)
+            setColourSpace(output.parts[in.part(p)], *work_.colourSpace);
     }
-    return in.picture.withFormats(formats);
+    if (!writes)
+        refuse("'" + in.picture.path + "': the scope names no component of " + joined(planes_));
+    if (work_.algorithm != nullptr)
+        work_.algorithm->initialize(0.0f);
+    return output;
+}
+
+void AlgorithmNode::planWork(const Planes& in, size_t p, unsigned char stored, bool chosen)
+{
+    PlaneWork& work = planeWorks_.emplace_back();
+    work.present = in[p].present();
+    work.written = both(work.present, work_.written);
+    work.format = widerFormat(in[p].format, stored);
+    work.isCopy = !chosen || work.written == Components{} || work_.algorithm == nullptr;
+    asIs_.push_back(work.isCopy && stored == in[p].format);
+    if (!chosen)
+        return;
+    checkPoints(in[p], in.picture.path, settings_);
+    work.codes = codesOf(work.format, settings_);
+    work.codes.alpha = !in[p].colour && work.present[3];
+    planes_.push_back(in[p].name);
+    // The library's tables for 8-bit codes span the full range on purpose.
+    if (settings_.hasPoints() && in[p].format == PXL_FORMAT_uint8 && work_.algorithm != nullptr &&
+        !work_.isFilter && !work_.readsAll)
+        notes_.push_back("'" + in.picture.path + "': plane " + in[p].name +
+                         " is uint8 and graded over the full range, whatever the points are");
 }
 
 Recipe AlgorithmNode::recipe(size_t plane) const
@@ -116,6 +137,7 @@ AlgorithmNode::Work gradeWork(const Chain& chain)
     if (chain.isEmpty())
         return work;
     auto built = std::make_shared<Chain::Built>(chain.build());
+    work.colourSpace = chain.colourSpace();
     work.written = built->components;
     work.readsAll = built->head->areAllComponentsNeeded();
     work.algorithm = std::make_unique<RU_PixelEngine>(built->head.get());

@@ -39,6 +39,7 @@ private:
         TIL_Plane codes;
     };
 
+    void planWork(const Planes& in, size_t plane, unsigned char stored, bool chosen);
     Block adjust(const PlaneWork& work, size_t plane, const Window& rect, Feed& feed) const;
     Block filter(const PlaneWork& work, size_t plane, const Window& rect, Feed& feed) const;
     Window around(const Window& window) const;
