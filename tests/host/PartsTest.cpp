@@ -1,12 +1,7 @@
 #include "images.h"
-
-#include <host/file/Format.h>
-#include <host/file/Reader.h>
-#include <host/file/Writer.h>
+#include "pictures.h"
 
 #include <gtest/gtest.h>
-
-#include <fstream>
 
 namespace {
 
@@ -40,32 +35,6 @@ void writeImages(const std::string& path, const std::vector<OIIO::ImageSpec>& sp
         ASSERT_TRUE(out->write_image(specs[i].format, TestImage(specs[i]).bytes.data()));
     }
     ASSERT_TRUE(out->close());
-}
-
-std::vector<char> pixelsOf(host::Reader& reader, size_t part)
-{
-    const host::Image& image = reader.picture().parts[part];
-    std::vector<char> pixels(static_cast<size_t>(image.rowBytes() * image.data.height));
-    for (int y = image.data.y; y < image.data.y + image.data.height; ++y)
-        reader.read(part, y, y + 1, pixels.data() + (y - image.data.y) * image.rowBytes());
-    return pixels;
-}
-
-void copyPicture(const std::string& in, const std::string& out)
-{
-    host::Reader reader(in);
-    host::Writer writer(out, reader.picture());
-    for (size_t part = 0; part < reader.picture().parts.size(); ++part) {
-        if (part > 0)
-            writer.nextPart();
-        const host::Image& image = reader.picture().parts[part];
-        host::Band band;
-        band.reset(image, image.data.y, image.data.y + image.data.height);
-        const std::vector<char> pixels = pixelsOf(reader, part);
-        std::memcpy(band.row(image.data.y), pixels.data(), pixels.size());
-        writer.write(band, band.yBegin(), band.yEnd(), [] {});
-    }
-    writer.commit();
 }
 
 TEST(Parts, AreLayersAndComeOutAsTheyWere)
