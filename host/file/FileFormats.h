@@ -30,6 +30,7 @@ struct FileFormat
     int longestSide = 0;       ///< in pixels; 0: as long as memory lasts
 
     bool holdsParts() const { return name == "openexr"; }
+    bool holdsNames() const { return name == "openexr"; }
     bool holdsMixedDepths() const { return name == "openexr"; }
 };
 

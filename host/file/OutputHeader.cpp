@@ -113,8 +113,8 @@ OIIO::ImageSpec outputSpec(const Image& image, const FileFormat& format)
     for (const char* stale : staleAttributes)
         spec.erase_attribute(stale);
     setChannels(spec, image);
-    if (format.name != "openexr" && format.name != "tiff")
-        spec.default_channel_names(); // some writers sort by name, which the file does not hold
+    if (!format.holdsNames() && format.name != "tiff")
+        spec.default_channel_names(); // some writers go by the names
     const bool hasFloat =
         std::any_of(image.channels.begin(), image.channels.end(),
                     [](const Channel& channel) { return channel.format == PXL_FORMAT_float32; });

@@ -63,8 +63,8 @@ std::string obstacle(const OIIO::ImageSpec& spec)
     if (spec.depth > 1)
         return "is a volume; pictures are read";
     for (const char* attribute : {"tiff:ColorSpace", "jpeg:ColorSpace"}) {
-        static const std::vector<std::string> converted = {"CMYK",   "color separated", "YCCK", "CIELAB",
-                                                           "ICCLAB", "ITULAB",          "LOGL", "LOGLUV"};
+        static const std::vector<std::string> converted = {
+            "CMYK", "YCbCrK", "color separated", "CIELAB", "ICCLAB", "ITULAB", "LOGL", "LOGLUV"};
         const std::string space = spec.get_string_attribute(attribute);
         if (std::find(converted.begin(), converted.end(), space) != converted.end())
             return "is a " + space + " picture; convert it to RGB first";

@@ -91,6 +91,19 @@ std::string obstacle(const FileFormat& format, const Picture& picture)
     return {};
 }
 
+/// The channels that are to be read as other ones than they are.
+std::string lostNames(const FileFormat& format, const Image& image)
+{
+    std::string all;
+    std::vector<std::string> names;
+    for (const Channel& channel : image.channels) {
+        all += channel.name;
+        names.push_back(channel.name);
+    }
+    const bool usual = all == "Y" || all == "YA" || all == "RGB" || all == "RGBA";
+    return usual || format.holdsNames() ? "" : joined(names);
+}
+
 std::string unknownFormat(const std::string& path)
 {
     const auto output = OIIO::ImageOutput::create(path);
@@ -257,6 +270,8 @@ void Writer::noteLosses(const Image& image)
              ", become the whole picture");
     if (format.name == "openexr" && image.header->spec.find_attribute("ICCProfile") != nullptr)
         note("has no colour profiles; the input's is left out");
+    if (const std::string names = lostNames(format, image); !names.empty())
+        note("has no names of channels; " + names + " are known by their order only");
     if (format.approximates)
         note("keeps an approximation of the pixels only");
 }
