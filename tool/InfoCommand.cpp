@@ -78,9 +78,10 @@ int show(const InfoOptions& o)
         else
             printText(reader.image());
     }
-    const Json& root = o.files.size() == 1 ? all.front() : all;
-    if (o.json)
+    if (o.json) {
+        const Json& root = o.files.size() == 1 ? all.front() : all;
         std::printf("%s\n", root.dump(2, ' ', false, Json::error_handler_t::replace).c_str());
+    }
     return exitDone;
 }
 

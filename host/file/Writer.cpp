@@ -340,7 +340,7 @@ void Writer::checkRows() const
         same = false;
     }
     if (!same)
-        fail("it does not give back what was written; choose another file format");
+        fail("it does not give back what was written; unless the disk is full, choose another file format");
 }
 
 /// Throws when the file layer or the file itself has failed.

@@ -218,6 +218,7 @@ class ToolTest(unittest.TestCase):
         self.assertIn("\na,\\x1b[31m.exr: openexr", "\n" + self.run_tool("info", "a,\x1b[31m.exr", "b.exr").stdout)
         images = json.loads(self.run_tool("info", "a,\x1b[31m.exr", "b.exr", "--json").stdout)
         self.assertEqual([image["metadata"]["ImageDescription"] for image in images], ["kreiluge test plate"] * 2)
+        self.assertIn("ImageDescription: \"kreiluge test plate\"", self.run_tool("info", "b.exr").stdout)
         self.assertIn("\\x1b[2J", self.run_tool("info", "\x1b[2J", code=2).stderr)
 
         difference = json.loads(self.run_tool("diff", "a,\x1b[31m.exr", "b.exr", "--tolerance", "0.01", "--json", "-o", "d.png", code=1).stdout)
