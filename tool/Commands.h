@@ -21,6 +21,7 @@ using host::required;
 
 /// The command of an operation.
 Command operationCommand(const host::Operation& operation);
+Command runCommand();
 Command functionsCommand();
 Command infoCommand();
 Command diffCommand();

@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <filesystem>
 #include <memory>
 
 namespace tool {
@@ -52,14 +53,29 @@ void checkPlaces(const host::Script& script)
                      "; write #### or %04d there");
 }
 
-std::vector<Frame> framesOf(const host::Script& script, const std::optional<std::string>& numbers)
+/// Without frames a name with a place for a number is no file, unless it is.
+void checkSingle(const host::Script& script)
 {
-    if (!numbers)
-        return {Frame()};
-    const std::vector<int64_t> frames = host::parseFrames(*numbers);
-    if (frames.size() > 1)
-        checkPlaces(script);
-    return {frames.begin(), frames.end()};
+    std::error_code ignored;
+    for (const std::string& path : script.inputFiles())
+        if (host::hasFramePlace(path) && !std::filesystem::exists(path, ignored))
+            host::refuse("'" + path +
+                         "' has a place for a frame number; say which frames with --frames, or "
+                         "--frames all for those that exist");
+}
+
+/// The frames that exist of the first input with a place for the number.
+std::vector<int64_t> framesThatExist(const host::Script& script)
+{
+    for (const std::string& path : script.inputFiles()) {
+        if (!host::hasFramePlace(path))
+            continue;
+        std::vector<int64_t> frames = host::existingFrames(path);
+        if (frames.empty())
+            throw Error(Error::Kind::NoInput, "--frames all: there is no frame of '" + path + "'");
+        return frames;
+    }
+    host::refuse("--frames all: no input has a place for the frame number; write #### or %04d there");
 }
 
 nlohmann::ordered_json statsJson(const host::FrameReport& report)
@@ -129,18 +145,30 @@ int run(const host::Operation& operation, const OperationOptions& o)
         call.set(*operation.find("depth"), {host::formatName(host::usualFormat(o.output))});
     host::OutputSettings settings;
     settings.path = o.output;
-    settings.dataWindow = o.window == "data";
-    if (!settings.dataWindow && o.window != "display")
-        host::refuseName("--window: unknown choice", o.window, {"display", "data"});
+    host::setOutput(settings, {}, o.window, "auto");
     return runAll(host::Script::single(std::move(call), settings), o);
 }
 
 } // namespace
 
+std::vector<std::optional<int64_t>> framesOf(const host::Script& script,
+                                             const std::optional<std::string>& numbers)
+{
+    if (!numbers) {
+        checkSingle(script);
+        return {Frame()};
+    }
+    const std::vector<int64_t> frames =
+        *numbers == "all" ? framesThatExist(script) : host::parseFrames(*numbers);
+    if (frames.size() > 1)
+        checkPlaces(script);
+    return {frames.begin(), frames.end()};
+}
+
 void addRunOptions(Command& command, RunOptions& o)
 {
     command.add(
-        {{"--frames", &o.frames, "frames of a sequence: 1001-1100, 1001-1100x2 or 1,5,9"},
+        {{"--frames", &o.frames, "frames of a sequence: 1001-1100, 1001-1100x2 or 1,5,9, or all that exist"},
          {"--window", &o.window,
           "what a file format without a data window gets: the display window, padded or cut, or the data "
           "window"},

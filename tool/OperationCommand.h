@@ -23,6 +23,10 @@ struct RunOptions
 
 void addRunOptions(host::Command& command, RunOptions& o);
 
+/// The frames to run a script for; none: once, without a number.
+std::vector<std::optional<int64_t>> framesOf(const host::Script& script,
+                                             const std::optional<std::string>& numbers);
+
 /// Runs a script over all frames and returns the exit code. A frame that fails does not keep the others from
 /// being done.
 int runAll(const host::Script& script, const RunOptions& o);

@@ -46,8 +46,8 @@ int run(int argc, char** argv)
         std::vector<host::Command> commands;
         for (const host::Operation& operation : host::operations())
             commands.push_back(tool::operationCommand(operation));
-        for (const auto command :
-             {tool::functionsCommand, tool::infoCommand, tool::diffCommand, tool::curveCommand})
+        for (const auto command : {tool::runCommand, tool::functionsCommand, tool::infoCommand,
+                                   tool::diffCommand, tool::curveCommand})
             commands.push_back(command());
         return host::runCommand(commands, tool::exitUsage, argc, argv);
     } catch (const host::Error& error) {

@@ -11,7 +11,7 @@ namespace {
 
 std::unique_ptr<Node> comp(const Call& call)
 {
-    const CompositeNode::Settings settings{compositeOfName(call.text("operation")), call.isOn("premult"),
+    const CompositeNode::Settings settings{compositeOfName(call.text("mode")), call.isOn("premult"),
                                            call.isOn("unpremult")};
     return std::make_unique<CompositeNode>(settings, call.planeSettings());
 }
@@ -43,6 +43,7 @@ Parameter operation()
 {
     Parameter parameter = text("OPERATION", "name or number of an operation");
     parameter.required = true;
+    parameter.id = "mode";
     for (const CompositeName& known : compositeNames())
         parameter.argument.choices.emplace_back(known.name);
     return parameter;

@@ -1,10 +1,12 @@
 #include <host/script/Script.h>
 
+#include <host/file/Format.h>
 #include <host/file/Frames.h>
 #include <host/file/Reader.h>
 #include <host/graph/FileImages.h>
 #include <host/operation/StoreNode.h>
 #include <host/text/Error.h>
+#include <host/text/Names.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -47,6 +49,19 @@ Script Script::single(Call call, const OutputSettings& settings)
     output.settings.asIs = settings.asIs || call.takesAlphaAsIs();
     script.statements.push_back({"", std::move(call), ""});
     return script;
+}
+
+void setOutput(OutputSettings& settings, const std::optional<std::string>& depth, const std::string& window,
+               const std::string& alpha)
+{
+    if (depth)
+        settings.depth = formatOfName(*depth);
+    if (window != "display" && window != "data")
+        refuseName("--window: unknown choice", window, {"display", "data"});
+    if (alpha != "auto" && alpha != "as-is")
+        refuseName("--alpha: unknown choice", alpha, {"auto", "as-is"});
+    settings.dataWindow = window == "data";
+    settings.asIs = alpha == "as-is";
 }
 
 std::vector<std::string> Script::inputFiles() const
@@ -122,11 +137,29 @@ size_t ScriptGraph::nodeOf(const std::string& image)
     const std::string path = pathOf(image, frame_);
     if (const auto file = find(path); file != named_.rend())
         return file->second;
-    auto source = std::make_unique<FileSource>(path);
+    auto source = openFile(path);
     for (const std::string& note : source->notes())
         notes_.push_back(note);
     named_.emplace_back(path, graph_.add(std::move(source)));
     return named_.back().second;
+}
+
+/// Opens a file; a name that is none may be a slip in that of a statement.
+std::unique_ptr<FileSource> ScriptGraph::openFile(const std::string& path) const
+{
+    try {
+        return std::make_unique<FileSource>(path);
+    } catch (const Error& error) {
+        std::vector<std::string> names;
+        for (const auto& [name, node] : named_)
+            if (graph_.sources()[node] == nullptr && !name.empty() && name.front() != '|')
+                names.push_back(name);
+        const bool isFile = path.find_first_of("./") != std::string::npos;
+        if (error.kind() != Error::Kind::NoInput || names.empty() || isFile)
+            throw;
+        throw Error(error.kind(),
+                    error.what() + std::string(", nor a line of that name") + suggestion(path, names));
+    }
 }
 
 /// A sink for a picture, behind a node that brings it into the form that the file format has.

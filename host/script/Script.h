@@ -10,6 +10,8 @@
 
 namespace host {
 
+class FileSource;
+
 /// How a picture is stored.
 struct OutputSettings
 {
@@ -19,6 +21,10 @@ struct OutputSettings
         false;         ///< formats without a data window get its pixels, not those of the display window
     bool asIs = false; ///< alpha is not looked at
 };
+
+/// Sets what words say; throws a usage error for unknown ones.
+void setOutput(OutputSettings& settings, const std::optional<std::string>& depth, const std::string& window,
+               const std::string& alpha);
 
 /// Operations on images, each by a name that those behind it may use, and what is written of them. Names of
 /// files may have a place for the frame number.
@@ -36,6 +42,9 @@ struct Script
         OutputSettings settings;
         std::string where;
     };
+
+    /// A name that nobody can write, for the next statement.
+    std::string nextName() const { return std::string("|").append(std::to_string(statements.size() + 1)); }
 
     std::vector<Statement> statements;
     std::vector<Output> outputs;
@@ -69,6 +78,7 @@ public:
 
 private:
     size_t nodeOf(const std::string& image);
+    std::unique_ptr<FileSource> openFile(const std::string& path) const;
     void addOutput(const Script::Output& output);
     void checkOutputs(const Script& script) const;
 

@@ -177,7 +177,7 @@ TEST(Outputs, FilesOfDeadProcessesGo)
         ::_exit(0);
     ::waitpid(dead, nullptr, 0);
     const std::string own = host::makeTemporary(dir.file("out.exr"));
-    const std::string pid = "-" + std::to_string(::getpid()) + "-";
+    const std::string pid = std::string("-").append(std::to_string(::getpid())).append("-");
     ASSERT_NE(own.find("/.kreiluge-"), std::string::npos);
     const auto named = [&](const std::string& number) {
         return std::string(own).replace(own.find(pid) + 1, pid.size() - 2, number);
