@@ -66,6 +66,8 @@ TEST(Files, UnassociatedAlphaAndLossyCompressionDoNotChangeValues)
     EXPECT_EQ(TestImage::read(dir.file("out.exr")).spec.get_string_attribute("compression"), "zip");
     spec.attribute("compression", "piz");
     spec.attribute("shot:scene", "21a");
+    spec.attribute("textureformat", "Plain Texture");
+    spec.tile_width = spec.tile_height = 32;
     TestImage(spec).write(dir.file("piz.exr"));
     copy(dir.file("piz.exr"), dir.file("out.exr"));
     const TestImage out = TestImage::read(dir.file("out.exr"));
@@ -104,7 +106,8 @@ TEST(Files, WhatCannotBeWrittenIsSaidAndLeavesNothing)
     std::filesystem::create_symlink(dir.file("in.exr"), dir.file("link.exr"));
     const auto errorTo = [&](const std::string& out) { return errorOfCopy(dir.file("in.exr"), out); };
     EXPECT_TRUE(says(errorTo(dir.file("out.png")), "png cannot hold half values"));
-    for (const char* name : {"out.png", "out.jpg", "out.tif", "out.none", "out", "no/such/out.exr"})
+    for (const char* name : {"out.png", "out.jpg", "out.tif", "out.none", "out", "no/such/out.exr", "out.gif",
+                             "out.null", "out.rla", "out.fits"})
         EXPECT_EQ(errorTo(dir.file(name)).kind(), Kind::Output) << name;
     for (const std::string& name : {dir.file("directory.exr"), std::string("/dev/null")})
         EXPECT_EQ(errorTo(name).kind(), Kind::Write) << name;

@@ -1,39 +1,58 @@
 #pragma once
 
+#include "images.h"
+
 #include <host/file/Reader.h>
 #include <host/file/Writer.h>
 
-#include <cstring>
-#include <string>
-#include <vector>
+#include <fstream>
+
+using Bytes = std::vector<char>;
+using Names = std::vector<std::string>;
 
 /// All pixels of a part, read row by row.
-inline std::vector<char> pixelsOf(host::Reader& reader, size_t part)
+inline Bytes pixelsOf(host::Reader& reader, size_t part = 0)
 {
     const host::Image& image = reader.picture().parts[part];
-    std::vector<char> pixels(static_cast<size_t>(image.rowBytes() * image.data.height));
+    Bytes pixels(static_cast<size_t>(image.rowBytes() * image.data.height));
     for (int y = image.data.y; y < image.data.y + image.data.height; ++y)
         reader.read(part, y, y + 1, pixels.data() + (y - image.data.y) * image.rowBytes());
     return pixels;
 }
 
-/// Writes what is read; returns what reading and writing note.
-inline std::vector<std::string> copyPicture(const std::string& in, const std::string& out)
+/// Writes parts, in two goes each; returns what is noted.
+inline Names writePicture(const std::string& path, const host::Picture& picture,
+                          const std::vector<Bytes>& pixels)
 {
-    host::Reader reader(in);
-    host::Writer writer(out, reader.picture());
-    for (size_t part = 0; part < reader.picture().parts.size(); ++part) {
+    host::Writer writer(path, picture);
+    for (size_t part = 0; part < pixels.size(); ++part) {
         if (part > 0)
             writer.nextPart();
-        const host::Image& image = reader.picture().parts[part];
+        const host::Image& image = picture.parts[part];
         host::Band band;
         band.reset(image, image.data.y, image.data.y + image.data.height);
-        const std::vector<char> pixels = pixelsOf(reader, part);
-        std::memcpy(band.row(image.data.y), pixels.data(), pixels.size());
-        writer.write(band, band.yBegin(), band.yEnd(), [] {});
+        std::memcpy(band.row(image.data.y), pixels[part].data(), pixels[part].size());
+        const int middle = image.data.y + image.data.height / 3;
+        writer.write(band, image.data.y, middle, [] {});
+        writer.write(band, middle, band.yEnd(), [] {});
     }
     writer.commit();
-    std::vector<std::string> notes = reader.notes();
-    notes.insert(notes.end(), writer.notes().begin(), writer.notes().end());
+    return writer.notes();
+}
+
+inline Names copyPicture(const std::string& in, const std::string& out)
+{
+    host::Reader reader(in);
+    std::vector<Bytes> pixels;
+    for (size_t part = 0; part < reader.picture().parts.size(); ++part)
+        pixels.push_back(pixelsOf(reader, part));
+    Names notes = writePicture(out, reader.picture(), pixels);
+    notes.insert(notes.begin(), reader.notes().begin(), reader.notes().end());
     return notes;
+}
+
+inline std::string textOf(const std::string& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
 }

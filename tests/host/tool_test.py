@@ -90,7 +90,7 @@ class ToolTest(unittest.TestCase):
         self.assertEqual(self.names(), ["in.exr"])
 
     def test_a_full_disk_is_an_error(self):
-        names = ["out.exr", "out.jpg", "out.png", "out.sgi", "out.tif"]
+        names = ["out.bmp", "out.dpx", "out.exr", "out.fits", "out.heic", "out.jp2", "out.jpg", "out.png", "out.sgi", "out.tga", "out.tif"]
         for name in names:
             (self.path / name).write_text("old")
             limited = f"ulimit -f 16; exec '{KREILUGE}' plate -o {name} --depth {'half' if name == 'out.exr' else 'uint8'}"
