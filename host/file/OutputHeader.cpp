@@ -52,27 +52,13 @@ std::string dateOf(const std::string& path)
 
 /// What speaks of the old file: how it was stored, and of its pixels. Writers would store the new ones so, or
 /// fail to.
-constexpr const char* staleAttributes[] = {"oiio:BitsPerSample",
-                                           "oiio:SHA-1",
-                                           "oiio:AverageColor",
-                                           "oiio:ConstantColor",
-                                           "oiio:subimages",
-                                           "oiio:UnassociatedAlpha",
-                                           "tiff:.*",
-                                           "openexr:lineOrder",
-                                           "openexr:levelmode",
-                                           "openexr:roundingmode",
-                                           "openexr:chunkCount",
-                                           "textureformat",
-                                           "wrapmodes",
-                                           "tiled",
-                                           "dpx:ImageDescriptor",
-                                           "dpx:Packing",
-                                           "dpx:EndianType",
-                                           "ico:PNG",
-                                           "jpeg:.*",
-                                           "png:.*",
-                                           "bmp:.*"};
+// clang-format off
+constexpr const char* staleAttributes[] = {
+    "oiio:BitsPerSample", "oiio:SHA-1", "oiio:AverageColor", "oiio:ConstantColor", "oiio:subimages",
+    "oiio:UnassociatedAlpha", "openexr:lineOrder", "openexr:levelmode", "openexr:roundingmode",
+    "openexr:chunkCount", "textureformat", "wrapmodes", "tiled", "dpx:ImageDescriptor", "dpx:Packing",
+    "dpx:EndianType", "ico:PNG", "tiff:.*", "jpeg:.*", "png:.*", "bmp:.*"};
+// clang-format on
 
 void setChannels(OIIO::ImageSpec& spec, const Image& image)
 {
@@ -94,7 +80,25 @@ void setChannels(OIIO::ImageSpec& spec, const Image& image)
             spec.alpha_channel = plane.channel[3];
 }
 
-} // namespace
+std::string unusedName(const std::vector<std::string>& used, const std::string& wanted)
+{
+    std::string name = wanted;
+    for (int i = 2; std::find(used.begin(), used.end(), name) != used.end(); ++i)
+        name = wanted + "-" + std::to_string(i);
+    return name;
+}
+
+/// What may not differ between the parts of a file.
+void takeShared(OIIO::ImageSpec& spec, const OIIO::ImageSpec& first)
+{
+    for (const char* shared : {"PixelAspectRatio", "chromaticities", "smpte:TimeCode"}) {
+        const OIIO::ParamValue* found = first.find_attribute(shared);
+        const OIIO::ParamValue value = found != nullptr ? *found : OIIO::ParamValue();
+        spec.erase_attribute(shared);
+        if (found != nullptr)
+            spec.attribute(shared, value.type(), value.data());
+    }
+}
 
 OIIO::ImageSpec outputSpec(const Image& image, const FileFormat& format)
 {
@@ -129,29 +133,19 @@ OIIO::ImageSpec outputSpec(const Image& image, const FileFormat& format)
     return spec;
 }
 
+} // namespace
+
 std::vector<OIIO::ImageSpec> outputSpecs(const Picture& picture, const FileFormat& format)
 {
     std::vector<OIIO::ImageSpec> specs;
+    for (const Image& part : picture.parts)
+        specs.push_back(outputSpec(part, format));
     std::vector<std::string> names;
-    for (const Image& part : picture.parts) {
-        OIIO::ImageSpec spec = outputSpec(part, format);
-        if (picture.parts.size() > 1) {
-            const std::string wanted = part.part.empty() ? "part" : part.part;
-            std::string name = wanted;
-            for (int i = 2; std::find(names.begin(), names.end(), name) != names.end(); ++i)
-                name = wanted + "-" + std::to_string(i);
-            names.push_back(name);
-            spec.attribute("oiio:subimagename", name);
-            for (const char* shared : {"PixelAspectRatio", "chromaticities", "smpte:TimeCode"}) {
-                const OIIO::ParamValue* value =
-                    specs.empty() ? nullptr : specs.front().find_attribute(shared);
-                if (value != nullptr)
-                    spec.attribute(shared, value->type(), value->data());
-                else if (!specs.empty())
-                    spec.erase_attribute(shared);
-            }
-        }
-        specs.push_back(spec);
+    for (size_t i = 0; specs.size() > 1 && i < specs.size(); ++i) {
+        const std::string& wanted = picture.parts[i].part;
+        names.push_back(unusedName(names, wanted.empty() ? "part" : wanted));
+        specs[i].attribute("oiio:subimagename", names.back());
+        takeShared(specs[i], specs.front());
     }
     return specs;
 }

@@ -8,11 +8,8 @@
 
 namespace host {
 
-/// The header of an output: the input's, less what would convert values, speaks of the old pixels or cannot
-/// be written from top to bottom.
-OIIO::ImageSpec outputSpec(const Image& image, const FileFormat& format);
-
-/// The headers of all parts, with names of their own and what the file format wants to be the same in all.
+/// The headers of an output's parts: the input's, less what would convert values, speaks of the old pixels or
+/// cannot be written from top to bottom. Parts of several get names of their own.
 std::vector<OIIO::ImageSpec> outputSpecs(const Picture& picture, const FileFormat& format);
 
 } // namespace host

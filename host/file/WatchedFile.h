@@ -32,7 +32,7 @@ public:
 
     size_t write(const void* bytes, size_t count) override
     {
-        note(error_ == 0 && std::fwrite(bytes, 1, count, file_) != count);
+        note(error_ == 0 && count > 0 && std::fwrite(bytes, 1, count, file_) != count);
         m_pos += static_cast<int64_t>(count);
         size_ = std::max(size_, m_pos);
         return count;
