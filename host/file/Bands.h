@@ -20,8 +20,10 @@ public:
         rowBytes_ = image.rowBytes();
         pixelBytes_ = image.pixelBytes;
         x_ = image.data.x;
-        if (bytes_.size() < static_cast<size_t>(rowBytes_ * (yEnd - yBegin)))
-            bytes_.resize(static_cast<size_t>(rowBytes_ * (yEnd - yBegin)));
+        constexpr int64_t slack = 256; // the writer of HEIF reads beyond a row, up to 64 pixels
+        const auto size = static_cast<size_t>(rowBytes_ * (yEnd - yBegin) + slack);
+        if (bytes_.size() < size)
+            bytes_.resize(size);
     }
 
     int yBegin() const { return yBegin_; }
