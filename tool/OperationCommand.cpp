@@ -219,6 +219,13 @@ Command operationCommand(const host::Operation& operation)
         firstOption,
         {"-o,--output", &o->output, "image file to write; its extension picks the file format", required});
     addRunOptions(command, *o);
+    if (operation.list != nullptr)
+        command.add({{"--list",
+                      [&operation] {
+                          for (const std::string& line : operation.list())
+                              std::printf("%s\n", line.c_str());
+                      },
+                      "list them, and do no more"}});
     command.run = [o, &operation] { return run(operation, *o); };
     return command;
 }

@@ -57,8 +57,9 @@ int wordCount(const char* words)
 
 void addOption(CLI::App& command, const Option& option)
 {
-    const auto add = [&]<class T>(T* target) {
-        if constexpr (std::is_same_v<T, void()>)
+    const auto add = [&](const auto& target) {
+        using T = std::decay_t<decltype(target)>;
+        if constexpr (std::is_same_v<T, std::function<void()>>)
             return command.add_flag_callback(
                 option.name,
                 [target] {
@@ -66,7 +67,7 @@ void addOption(CLI::App& command, const Option& option)
                     throw CLI::Success();
                 },
                 option.help);
-        else if constexpr (std::is_same_v<T, bool>)
+        else if constexpr (std::is_same_v<T, bool*>)
             return command.add_flag(option.name, *target, option.help);
         else
             return command.add_option(option.name, *target, option.help);

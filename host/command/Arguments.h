@@ -13,7 +13,7 @@ namespace host {
 
 /// Where the value of an option goes. A bool makes it a flag, a function one that does something instead of
 /// the command. A list has commas between its parts, by position blanks; words are as many as the help names.
-using Target = std::variant<bool*, void (*)(), float*, std::string*, std::optional<float>*,
+using Target = std::variant<bool*, std::function<void()>, float*, std::string*, std::optional<float>*,
                             std::optional<std::string>*, std::vector<std::string>*>;
 
 struct Rules

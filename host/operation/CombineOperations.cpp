@@ -5,6 +5,8 @@
 
 #include <host/text/Error.h>
 
+#include <cstdio>
+
 namespace host {
 
 namespace {
@@ -39,6 +41,18 @@ std::unique_ptr<Node> chroma(const Call& call)
                                         componentOf(call, "matte-channel"), call.planeSettings());
 }
 
+std::vector<std::string> compositeLines()
+{
+    std::vector<std::string> lines;
+    for (const CompositeName& known : compositeNames()) {
+        char line[160];
+        std::snprintf(line, sizeof(line), "%2d  %-18s %s", static_cast<int>(known.type), known.name,
+                      known.formula);
+        lines.emplace_back(line);
+    }
+    return lines;
+}
+
 Parameter operation()
 {
     Parameter parameter = text("OPERATION", "name or number of an operation");
@@ -64,7 +78,7 @@ Operation compRow()
                                        "their files say"),
                     onOff("--unpremult", "divide the colours of the result by its alpha in any case")},
                    false),
-        comp};
+        comp, compositeLines};
 }
 
 Operation blendRow()

@@ -98,8 +98,8 @@ CompositeNode::PlaneWork CompositeNode::workOf(const Pairing& pair, size_t p, co
     const bool straight = !settings_.asIs && pair.first.picture.isStraight(p);
     work.divides =
         work.colour && (type_.unpremultiply || straight) && work.behind.alpha != Side::Alpha::Window;
-    for (const auto& [side, path] : {std::pair(&work.front, &pair.second.picture.path),
-                                     {&work.behind, &pair.first.picture.path}})
+    for (const auto& [side, path] :
+         {std::pair(&work.front, &pair.second.picture.path), {&work.behind, &pair.first.picture.path}})
         if (side->isStraight && work.colour && !type_.premultiply)
             notes_.push_back("'" + *path + "': colours are multiplied by their alpha");
     const unsigned char stored = out[p].format;

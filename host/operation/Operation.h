@@ -41,6 +41,7 @@ struct Operation
     std::string examples; ///< and what else help says at its end
     std::vector<Parameter> parameters;
     std::function<std::unique_ptr<Node>(const Call&)> make;
+    std::vector<std::string> (*list)() = nullptr; ///< what `--list` tells of, a line each
 
     const Parameter* find(const std::string& key) const;
 };
