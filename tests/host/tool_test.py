@@ -73,7 +73,7 @@ class ToolTest(unittest.TestCase):
             (["blend", *images, "--mix", "1", "--weights", "1", "1"], "--mix excludes --weights"),
             (["blend", "in.exr", "-o", "out.exr", "--weights", "1", "1"], "--weights requires B"),
             (["blend", *images, "--mask", "in.exr", "--mask-channel", "x"], "--mask-channel: unknown component 'x'"),
-            (["chroma", "in.exr", "-o", "out.exr", "--matte", "in.exr", "--backing", "0", "1"], "--backing: 3 required"),
+            (["chroma", "in.exr", "-o", "out.exr", "--matte", "in.exr", "--backing", "0", "1"], "--backing: At least 3 required"),
             (["chroma", "in.exr", "-o", "out.exr", "--backing", "0", "1", "0"], "--matte is required"),
             (["curve", "0 0, 1 1", "-o", "out.png", "--size", "9"], "64 to 4096"),
         ]:
