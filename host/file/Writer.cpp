@@ -83,7 +83,7 @@ std::string obstacle(const FileFormat& format, const Picture& picture)
     for (const Image& part : picture.parts) {
         if (part.channels.empty())
             return "cannot hold a part without channels";
-        if (const std::string why = obstacle(format, part); !why.empty())
+        if (std::string why = obstacle(format, part); !why.empty())
             return why;
         if (part.display != picture.first().display)
             return "holds one display window for all parts and these have several";

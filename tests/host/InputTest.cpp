@@ -116,7 +116,7 @@ TEST(Outputs, FilesOfDeadProcessesGo)
     ::waitpid(dead, nullptr, 0);
     const std::string own = host::makeTemporary(dir.file("out.exr"));
     const std::string start =
-        own.substr(0, own.find(std::string("-").append(std::to_string(::getpid()))) + 1);
+        own.substr(0, own.find(std::string("-") + std::to_string(::getpid()) + "-") + 1);
     const std::string left = start + std::to_string(dead) + "-1.exr";
     Names kept = {own, start + "x-1.exr", dir.file(".kreiluge-1-" + std::to_string(dead) + "-1.exr")};
     for (const std::string& path : {left, kept[1], kept[2]})
