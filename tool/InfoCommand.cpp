@@ -45,10 +45,25 @@ Json imageJson(const host::Image& image)
             {"metadata", host::metadataJson(image)}};
 }
 
-void printText(const host::Image& image)
+/// Of a file with several parts the first one, and a list of all.
+Json pictureJson(const host::Picture& picture)
+{
+    Json json = imageJson(picture.first());
+    if (picture.parts.size() == 1)
+        return json;
+    for (const host::Image& part : picture.parts) {
+        Json item = imageJson(part);
+        item["name"] = part.part;
+        json["parts"].push_back(item);
+    }
+    return json;
+}
+
+void printText(const host::Image& image, bool isPart)
 {
     using host::printable;
-    std::printf("%s: %s, %d x %d\n", printable(image.path).c_str(), image.fileFormat.c_str(),
+    std::printf("%s%s: %s, %d x %d\n", printable(image.path).c_str(),
+                isPart ? (", part '" + printable(image.part) + "'").c_str() : "", image.fileFormat.c_str(),
                 image.display.width, image.display.height);
     std::printf("  data window     %s\n", describe(image.data).c_str());
     std::printf("  display window  %s\n", describe(image.display).c_str());
@@ -74,9 +89,10 @@ int show(const InfoOptions& o)
     for (const std::string& file : o.files) {
         const host::Reader reader(file);
         if (o.json)
-            all.push_back(imageJson(reader.image()));
+            all.push_back(pictureJson(reader.picture()));
         else
-            printText(reader.image());
+            for (const host::Image& part : reader.picture().parts)
+                printText(part, reader.picture().parts.size() > 1);
     }
     if (o.json) {
         const Json& root = o.files.size() == 1 ? all.front() : all;

@@ -79,7 +79,7 @@ std::string obstacle(const FileFormat& format, const Picture& picture)
 {
     if (picture.parts.size() > 1 && !format.holdsParts())
         return "holds one image and these are " + std::to_string(picture.parts.size()) +
-               " parts; choose the planes of one with --planes, or an .exr file";
+               " parts; read one, as in 'file.exr[0]', or write an .exr file";
     for (const Image& part : picture.parts) {
         if (part.channels.empty())
             return "cannot hold a part without channels";
