@@ -1,6 +1,6 @@
 #include <host/file/Diff.h>
 
-#include <host/file/Bands.h>
+#include <host/file/Band.h>
 #include <host/file/Format.h>
 #include <host/file/Reader.h>
 #include <host/file/Writer.h>

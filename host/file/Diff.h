@@ -1,6 +1,6 @@
 #pragma once
 
-#include <host/graph/LibraryCall.h>
+#include <host/text/Stop.h>
 
 #include <cstdint>
 #include <optional>

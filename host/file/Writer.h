@@ -1,6 +1,6 @@
 #pragma once
 
-#include <host/file/Bands.h>
+#include <host/file/Band.h>
 #include <host/file/Picture.h>
 #include <host/text/Error.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <host/file/Bands.h>
+#include <host/file/Band.h>
 #include <host/file/Reader.h>
 #include <host/file/Writer.h>
 #include <host/graph/Interleaving.h>

@@ -1,7 +1,5 @@
 #include <host/graph/LibraryCall.h>
 
-#include <host/text/Error.h>
-
 #include <RU/framework/RU_Algorithm.h>
 
 #include <bit>
@@ -54,17 +52,6 @@ Indexes& indexes()
 }
 
 } // namespace
-
-void StopToken::check() const
-{
-    if (isStopped())
-        throw Error(Error::Kind::Cancelled, "stopped");
-}
-
-void checkStopped(const CancelSwitch* cancel)
-{
-    StopToken(cancel).check();
-}
 
 LibraryCall::LibraryCall(const StopToken& stop) : stop_(stop), thread_(indexes().take()) {}
 

@@ -66,7 +66,8 @@ Parameter operation()
 Operation compRow()
 {
     return {
-        "comp", "Put an image in front of another one, by an operation",
+        "comp",
+        "Put an image in front of another one, by an operation",
         "Examples:\n"
         "  kreiluge comp over fg.exr bg.exr -o out.exr\n"
         "  kreiluge comp over fg.png bg.png -o out.png\n"
@@ -78,7 +79,8 @@ Operation compRow()
                                        "their files say"),
                     onOff("--unpremult", "divide the colours of the result by its alpha in any case")},
                    false),
-        comp, compositeLines};
+        comp,
+        compositeLines};
 }
 
 Operation blendRow()

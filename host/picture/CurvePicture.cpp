@@ -1,7 +1,7 @@
 #include <host/picture/CurvePicture.h>
 
 #include <host/chain/Curves.h>
-#include <host/file/Bands.h>
+#include <host/file/Band.h>
 #include <host/file/Format.h>
 #include <host/file/Writer.h>
 #include <host/text/Error.h>
