@@ -51,7 +51,7 @@ int run(const ScriptOptions& o)
     std::optional<int64_t> frame;
     if (const std::vector<std::optional<int64_t>> frames = framesOf(script, o.frames); !frames.empty())
         frame = frames.front();
-    const host::ScriptGraph graph(script, frame);
+    const host::ScriptGraph graph(script, frame, true);
     std::fputs((o.dot ? host::graphviz(graph.graph()) : host::explain(graph.graph())).c_str(), stdout);
     return exitDone;
 }

@@ -57,12 +57,6 @@ std::string label(const std::string& text)
     return quoted + "\"";
 }
 
-std::string nameOf(const Graph& graph, size_t node)
-{
-    const std::string& name = graph.entries()[node].name;
-    return name.starts_with("|") ? name.substr(1) : name;
-}
-
 } // namespace
 
 std::string explain(const Graph& graph)
@@ -70,12 +64,12 @@ std::string explain(const Graph& graph)
     std::string text;
     for (size_t n = 0; n < graph.entries().size(); ++n) {
         const Graph::Entry& entry = graph.entries()[n];
-        text += printable(nameOf(graph, n)) + "\n  window  " + windowText(entry) + "\n";
+        text += printable(entry.name) + "\n  window  " + windowText(entry) + "\n";
         for (const std::string& plane : planeTexts(entry))
             text += "  plane   " + printable(plane) + "\n";
         for (size_t i = 0; i < entry.inputs.size(); ++i)
-            text +=
-                "  reads   " + printable(nameOf(graph, entry.inputs[i])) + needText(*entry.node, i) + "\n";
+            text += "  reads   " + printable(graph.entries()[entry.inputs[i]].name) +
+                    needText(*entry.node, i) + "\n";
         for (const std::string& note : entry.node->notes())
             text += "  note    " + printable(note) + "\n";
     }
@@ -87,9 +81,9 @@ std::string graphviz(const Graph& graph)
     std::string text = "digraph kreiluge {\n  node [shape=box, fontname=\"sans-serif\"];\n";
     for (size_t n = 0; n < graph.entries().size(); ++n) {
         const Graph::Entry& entry = graph.entries()[n];
-        const bool isFile = entry.inputs.empty() || n == graph.entries().size();
-        text += "  n" + std::to_string(n) + " [label=" + label(nameOf(graph, n)) +
-                (isFile ? ", shape=note" : "") + ", tooltip=" + label(windowText(entry)) + "];\n";
+        const bool isFile = entry.inputs.empty() || graph.isLast(n);
+        text += "  n" + std::to_string(n) + " [label=" + label(entry.name) + (isFile ? ", shape=note" : "") +
+                ", tooltip=" + label(windowText(entry)) + "];\n";
         for (size_t i = 0; i < entry.inputs.size(); ++i)
             text += "  n" + std::to_string(entry.inputs[i]) + " -> n" + std::to_string(n) + ";\n";
     }

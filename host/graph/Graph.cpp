@@ -57,6 +57,13 @@ RunReport Graph::run(const RunSettings& settings)
     }
 }
 
+bool Graph::isLast(size_t node) const
+{
+    return std::none_of(entries_.begin(), entries_.end(), [&](const Entry& entry) {
+        return std::find(entry.inputs.begin(), entry.inputs.end(), node) != entry.inputs.end();
+    });
+}
+
 std::vector<std::string> Graph::notes() const
 {
     std::vector<std::string> all;

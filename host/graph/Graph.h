@@ -63,6 +63,9 @@ public:
     const Picture& picture(size_t node) const { return entries_[node].picture; }
     const std::vector<Entry>& entries() const { return entries_; }
 
+    /// Whether nothing comes behind a node.
+    bool isLast(size_t node) const;
+
     struct Output
     {
         size_t node;

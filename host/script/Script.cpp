@@ -89,7 +89,8 @@ std::vector<std::string> Script::outputFiles() const
     return files;
 }
 
-ScriptGraph::ScriptGraph(const Script& script, std::optional<int64_t> frame) : frame_(frame)
+ScriptGraph::ScriptGraph(const Script& script, std::optional<int64_t> frame, bool planOnly)
+    : frame_(frame), planOnly_(planOnly)
 {
     checkOutputs(script);
     for (const Script::Statement& statement : script.statements)
@@ -98,7 +99,7 @@ ScriptGraph::ScriptGraph(const Script& script, std::optional<int64_t> frame) : f
             std::unique_ptr<Node> node = statement.call.node();
             for (const std::string& image : statement.call.images())
                 inputs.push_back(nodeOf(image));
-            last_ = graph_.add(statement.name.empty() ? statement.call.operation().name : statement.name,
+            last_ = graph_.add(statement.hasName() ? statement.name : statement.call.operation().name,
                                std::move(node), inputs);
             named_.emplace_back(statement.name, last_);
         });
@@ -176,6 +177,8 @@ void ScriptGraph::addOutput(const Script::Output& output)
     form.displayWindow =
         !settings.dataWindow && !holdsWindow(path, picture.first().data, picture.first().display);
     const size_t stored = graph_.add(path, std::make_unique<StoreNode>(form), {node});
+    if (planOnly_)
+        return;
     auto sink = std::make_unique<FileSink>(path, graph_.picture(stored));
     for (const std::string& note : sink->writer().notes())
         notes_.push_back(note);

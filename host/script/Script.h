@@ -35,6 +35,8 @@ struct Script
         std::string name; ///< empty: nobody uses it
         Call call;
         std::string where; ///< before messages: "look.kr:2:1: ", or nothing
+
+        bool hasName() const { return !name.empty() && name.front() != '|'; }
     };
     struct Output
     {
@@ -68,8 +70,9 @@ struct FrameReport : RunReport
 class ScriptGraph
 {
 public:
-    /// Throws Error: what is wrong with a statement is said with its place.
-    ScriptGraph(const Script& script, std::optional<int64_t> frame);
+    /// Throws Error: what is wrong with a statement is said with its place. With `planOnly` no output is opened,
+    /// and the graph is to look at, not to run.
+    ScriptGraph(const Script& script, std::optional<int64_t> frame, bool planOnly = false);
 
     /// Computes and stores everything.
     FrameReport run(const RunSettings& settings);
@@ -83,6 +86,7 @@ private:
     void checkOutputs(const Script& script) const;
 
     std::optional<int64_t> frame_;
+    bool planOnly_;
     std::vector<std::pair<std::string, size_t>> named_; ///< statements and files, and their nodes
     std::vector<std::string> notes_;
     size_t last_ = 0; ///< the node of the last statement
