@@ -19,9 +19,13 @@ enum ExitCode {
 using host::Command;
 using host::required;
 
+/// Everything that people can run.
+host::Program program();
+
 /// The command of an operation.
 Command operationCommand(const host::Operation& operation);
 Command runCommand();
+Command operationsCommand();
 Command functionsCommand();
 Command infoCommand();
 Command diffCommand();

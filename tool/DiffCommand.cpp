@@ -113,10 +113,15 @@ Command diffCommand()
     auto o = std::make_shared<DiffOptions>();
     command.add({{"A", &o->a, "image file", required},
                  {"B", &o->b, "image file", required},
-                 {"--tolerance", &o->tolerance, "differences up to this, of the full range, count as none"},
+                 {"--tolerance",
+                  &o->tolerance,
+                  "differences up to this, of the full range, count as none",
+                  {.words = "N"}},
                  {"--json", &o->json, "as JSON"},
-                 {"-o,--output", &o->picture,
-                  "image file to write with the differences of each channel, without their signs"}});
+                 {"-o,--output",
+                  &o->picture,
+                  "image file to write with the differences of each channel, without their signs",
+                  {.words = "FILE"}}});
     command.run = [o] { return compare(*o); };
     return command;
 }

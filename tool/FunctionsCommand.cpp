@@ -1,14 +1,13 @@
 #include "Commands.h"
+#include "Listing.h"
 
 #include <host/chain/Functions.h>
 #include <host/chain/Values.h>
-#include <host/text/Names.h>
-#include <host/text/Text.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace tool {
 
@@ -22,46 +21,28 @@ struct FunctionsOptions
     bool json = false;
 };
 
-int printList()
+std::vector<std::string> names()
 {
-    constexpr size_t most = 48; // a longer usage has a line of its own
-    size_t width = 0;
+    std::vector<std::string> names;
     for (const host::Function& function : host::functions())
-        if (function.usage().size() <= most)
-            width = std::max(width, function.usage().size());
-    for (const host::Function& function : host::functions()) {
-        const std::string usage = function.usage();
-        const bool fits = usage.size() <= width;
-        std::printf("%s%s%*s%s\n", usage.c_str(), fits ? "" : "\n",
-                    static_cast<int>(fits ? width - usage.size() + 2 : width + 2), "",
-                    function.summary.c_str());
-    }
-    return exitDone;
+        names.push_back(function.name);
+    return names;
 }
 
-Json argumentJson(const host::Argument& argument)
+Rows rows()
 {
-    const auto limit = [](const std::optional<float>& number) {
-        return number ? Json(host::doubleOf(*number)) : Json();
-    };
-    Json json = {{"name", argument.name},
-                 {"type", host::typeName(argument)},
-                 {"expected", host::expectation(argument)},
-                 {"required", argument.required}};
-    if (!argument.required)
-        json["preset"] = host::valueJson(argument, host::presetOf(argument));
-    if (!argument.choices.empty())
-        json["choices"] = argument.choices;
-    if (argument.least || argument.most)
-        json.update({{"least", limit(argument.least)}, {"most", limit(argument.most)}});
-    return json;
+    Rows rows;
+    for (const host::Function& function : host::functions())
+        rows.emplace_back(function.usage(), function.summary);
+    return rows;
 }
 
 Json functionJson(const host::Function& function)
 {
     Json arguments = Json::array();
     for (const host::Argument& argument : function.arguments)
-        arguments.push_back(argumentJson(argument));
+        arguments.push_back(argumentJson(
+            argument, argument.required ? Json() : host::valueJson(argument, host::presetOf(argument))));
     return {{"name", function.name},
             {"summary", function.summary},
             {"usage", function.usage()},
@@ -73,15 +54,13 @@ Json functionJson(const host::Function& function)
 void printHelp(const host::Function& function)
 {
     std::printf("%s\n  %s\n", function.usage().c_str(), function.summary.c_str());
-    size_t width = 0;
-    for (const host::Argument& argument : function.arguments)
-        width = std::max(width, argument.name.size());
-    for (const host::Argument& argument : function.arguments)
-        std::printf("  %-*s  %s%s\n", static_cast<int>(width), argument.name.c_str(),
-                    host::expectation(argument).c_str(),
-                    argument.required
-                        ? ""
-                        : (" (" + host::valueText(argument, host::presetOf(argument)) + ")").c_str());
+    Rows arguments;
+    for (const host::Argument& argument : function.arguments) {
+        const std::string preset =
+            argument.required ? "" : " (" + host::valueText(argument, host::presetOf(argument)) + ")";
+        arguments.emplace_back("  " + argument.name, host::expectation(argument) + preset);
+    }
+    printRows(arguments);
     std::printf("%s", function.leavesAlpha ? "It leaves alpha alone.\n" : "");
     if (function.colourSpace)
         std::printf("The picture is %s then.\n", function.colourSpace->empty()
@@ -91,27 +70,21 @@ void printHelp(const host::Function& function)
 
 int print(const FunctionsOptions& o)
 {
-    if (!o.name && !o.json)
-        return printList();
-    if (o.name && !o.json) {
-        printHelp(host::functionOfName(*o.name));
-        return exitDone;
-    }
-    Json all = Json::array();
-    for (const host::Function& function : host::functions())
-        all.push_back(functionJson(function));
-    const Json json = o.name ? functionJson(host::functionOfName(*o.name)) : all;
-    std::printf("%s\n", json.dump(2).c_str());
+    const host::Function* const one = o.name ? &host::functionOfName(*o.name) : nullptr;
+    if (o.json && one != nullptr)
+        printJson(functionJson(*one));
+    else if (o.json)
+        printJson(listJson(host::functions(), functionJson));
+    else if (one != nullptr)
+        printHelp(*one);
+    else
+        printRows(rows());
     return exitDone;
 }
 
-void printMarkdown()
+void printTable()
 {
-    std::printf("| function | result for a value v |\n|---|---|\n");
-    for (const host::Function& function : host::functions())
-        std::printf("| `%s` | %s |\n", // a bar would end the column
-                    host::joined(host::splitText(function.usage(), '|'), "\\|").c_str(),
-                    function.summary.c_str());
+    printMarkdown("function", "result for a value v", rows());
 }
 
 } // namespace
@@ -126,9 +99,9 @@ Command functionsCommand()
         "or has 4 rows of 3 or 4. Keys are 0 0, 0.5 0.6, 1 1 or, in one word, 0:0;0.5:0.6;1:1; in\n"
         "name=value the first form stands in quotes. A | begins the curve of the next component."};
     auto o = std::make_shared<FunctionsOptions>();
-    command.add({{"NAME", &o->name, "a function to tell more of"},
+    command.add({{"NAME", &o->name, "a function to tell more of", {.choices = names()}},
                  {"--json", &o->json, "as JSON: an object, without a name a list of all"},
-                 {"--markdown", printMarkdown, "as a table for documents"}});
+                 {"--markdown", printTable, "as a table for documents"}});
     command.run = [o] { return print(*o); };
     return command;
 }

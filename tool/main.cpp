@@ -43,13 +43,7 @@ void warnOfUnknownInstructionSet()
 int run(int argc, char** argv)
 {
     try {
-        std::vector<host::Command> commands;
-        for (const host::Operation& operation : host::operations())
-            commands.push_back(tool::operationCommand(operation));
-        for (const auto command : {tool::runCommand, tool::functionsCommand, tool::infoCommand,
-                                   tool::diffCommand, tool::curveCommand})
-            commands.push_back(command());
-        return host::runCommand(commands, tool::exitUsage, argc, argv);
+        return host::runCommand(tool::program(), tool::exitUsage, argc, argv);
     } catch (const host::Error& error) {
         std::fprintf(stderr, "kreiluge: %s\n", host::printable(error.what()).c_str());
         return exitCodeOf(error);

@@ -36,6 +36,7 @@ struct Argument
     float preset = 0.0f; ///< without the argument; for alpha where only three components are given
     std::vector<std::string> choices{};
     std::optional<float> least{}, most{}; ///< of a number
+    std::vector<std::string> meanings{};  ///< of the choices, where their names say too little
 
     bool mayBeNone() const { return type == Type::OptionalNumber || type == Type::OptionalCurve; }
 };

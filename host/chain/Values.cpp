@@ -233,12 +233,13 @@ std::string joinedJson(const Json& value, int depth)
 
 const char* typeName(const Argument& argument)
 {
-    return textOf(argument.type).name;
+    const bool isChoice = argument.type == Type::Text && !argument.choices.empty();
+    return textOf(isChoice ? Type::Choice : argument.type).name;
 }
 
 std::string expectation(const Argument& argument)
 {
-    if (argument.type == Type::Choice)
+    if (!argument.choices.empty())
         return joined(argument.choices);
     std::string text = textOf(argument.type).expectation;
     if (argument.least)

@@ -1,5 +1,6 @@
 #include <host/command/Arguments.h>
 
+#include <host/command/OptionText.h>
 #include <host/text/Error.h>
 #include <host/text/Names.h>
 
@@ -49,12 +50,6 @@ std::string describe(const CLI::ParseError& error, const CLI::App& app)
     return "'" + word + "' is one argument too many";
 }
 
-int wordCount(const char* words)
-{
-    const std::string text = words;
-    return 1 + static_cast<int>(std::count(text.begin(), text.end(), ' '));
-}
-
 void addOption(CLI::App& command, const Option& option)
 {
     const auto add = [&](const auto& target) {
@@ -66,20 +61,21 @@ void addOption(CLI::App& command, const Option& option)
                     target();
                     throw CLI::Success();
                 },
-                option.help);
+                helpOf(option));
         else if constexpr (std::is_same_v<T, bool*>)
-            return command.add_flag(option.name, *target, option.help);
+            return command.add_flag(option.name, *target, helpOf(option));
         else
-            return command.add_option(option.name, *target, option.help);
+            return command.add_option(option.name, *target, helpOf(option))
+                ->type_name(isByPlace(option) ? "" : wordsOf(option));
     };
     CLI::Option* added = std::visit(add, option.target)->required(option.rules.required);
     if (std::holds_alternative<float*>(option.target) || std::holds_alternative<std::string*>(option.target))
         added->capture_default_str();
     if (option.rules.preset != nullptr)
         added->default_str(option.rules.preset);
-    if (option.rules.words != nullptr)
-        added->type_name(option.rules.words)->expected(wordCount(option.rules.words));
-    else if (option.name[0] == '-' && std::holds_alternative<std::vector<std::string>*>(option.target))
+    if (wordCount(option) > 1)
+        added->expected(wordCount(option));
+    else if (!isByPlace(option) && std::holds_alternative<std::vector<std::string>*>(option.target))
         added->delimiter(',')->allow_extra_args(false);
     for (const char* other : option.rules.needs)
         added->needs(command.get_option(other));
@@ -95,17 +91,29 @@ void addOptions(CLI::App& app, const Command& command)
 
 } // namespace
 
-int runCommand(const std::vector<Command>& commands, int usageCode, int argc, char** argv)
+Option helpOption()
 {
-    CLI::App app("Grades images, combines them and finds their edges, from the shell.", "kreiluge");
-    app.set_version_flag("--version", "kreiluge " KREILUGE_VERSION);
+    return {"-h,--help", static_cast<bool*>(nullptr), "tell what there is, and nothing else"};
+}
+
+Option versionOption()
+{
+    return {"--version", static_cast<bool*>(nullptr), "tell the version, and nothing else"};
+}
+
+int runCommand(const Program& program, int usageCode, int argc, char** argv)
+{
+    const std::string name = program.name;
+    CLI::App app(std::string(program.summary) + ".", name);
+    app.set_help_flag(helpOption().name, helpOption().help);
+    app.set_version_flag(versionOption().name, name + " " + program.version, versionOption().help);
     app.require_subcommand(0, 1);
-    app.footer("Exit codes: 0 done; 1 some frames failed, or diff found a difference; 2 bad arguments or no "
-               "such input;\n"
-               "3 cannot read; 4 cannot write; 129 and above stopped by a signal.\n"
-               "`kreiluge COMMAND --help` tells more of a command.");
+    std::string footer = "Exit codes:\n";
+    for (const ExitCode& exit : program.exitCodes)
+        footer += "  " + exit.code + "  " + exit.meaning + "\n";
+    app.footer(footer + "`" + name + " COMMAND --help` tells more of a command.");
     int exitCode = usageCode;
-    for (const Command& command : commands) {
+    for (const Command& command : program.commands) {
         CLI::App* added = app.add_subcommand(command.name, command.summary);
         if (command.footer != nullptr)
             added->footer(command.footer);
@@ -120,7 +128,8 @@ int runCommand(const std::vector<Command>& commands, int usageCode, int argc, ch
         return app.exit(success);
     } catch (const CLI::ParseError& error) {
         const CLI::App& command = chosenCommand(app);
-        std::fprintf(stderr, "kreiluge: %s\n`kreiluge%s --help` tells more.\n", describe(error, app).c_str(),
+        std::fprintf(stderr, "%s: %s\n`%s%s --help` tells more.\n", program.name,
+                     describe(error, app).c_str(), program.name,
                      &command == &app ? "" : (" " + command.get_name()).c_str());
     }
     return exitCode;

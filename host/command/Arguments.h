@@ -12,16 +12,17 @@
 namespace host {
 
 /// Where the value of an option goes. A bool makes it a flag, a function one that does something instead of
-/// the command. A list has commas between its parts, by position blanks; words are as many as the help names.
+/// the command. A list has commas between its parts, by position blanks, unless help names several words.
 using Target = std::variant<bool*, std::function<void()>, float*, std::string*, std::optional<float>*,
                             std::optional<std::string>*, std::vector<std::string>*>;
 
 struct Rules
 {
     bool required = false;
-    const char* words = nullptr; ///< what the help calls the words of an option that takes several
+    const char* words = nullptr; ///< what help calls the words of an option: "N", "WA WB"; null: its name
     const char* preset = nullptr;
     std::vector<const char*> needs = {}, excludes = {};
+    std::vector<std::string> choices = {}; ///< the words there are
 };
 inline const Rules required{.required = true};
 
@@ -46,9 +47,28 @@ struct Command
     void add(std::initializer_list<Option> more) { options.insert(options.end(), more); }
 };
 
+struct ExitCode
+{
+    std::string code;
+    const char* meaning;
+};
+
+struct Program
+{
+    const char* name;
+    const char* summary;
+    const char* version;
+    std::vector<Command> commands;
+    std::vector<ExitCode> exitCodes;
+};
+
+/// What every command takes, and what the program takes besides.
+Option helpOption();
+Option versionOption();
+
 /// Runs the command that the arguments name, or tells what is wrong with them; returns the exit code, for
 /// wrong arguments that of bad usage.
-int runCommand(const std::vector<Command>& commands, int usageCode, int argc, char** argv);
+int runCommand(const Program& program, int usageCode, int argc, char** argv);
 
 /// Reads words as the arguments of a command; throws a usage error. `at` becomes the number of the word that is
 /// wrong, if there is one.

@@ -13,10 +13,10 @@ OperationWords::OperationWords(const Operation& operation, bool piped) : operati
         given.parameter = &parameter;
         const char* const preset = parameter.preset.empty() ? nullptr : parameter.preset.c_str();
         const bool isFile = parameter.isImage && !parameter.isOption();
-        options_.push_back(
-            {parameter.name.c_str(), targetOf(given),
-             parameter.help + (isFile ? "; #### or %04d stands for the frame number" : ""),
-             Rules{parameter.required, parameter.words, preset, parameter.needs, parameter.excludes}});
+        options_.push_back({parameter.name.c_str(), targetOf(given),
+                            parameter.help + (isFile ? "; #### or %04d stands for the frame number" : ""),
+                            Rules{parameter.required, parameter.words, preset, parameter.needs,
+                                  parameter.excludes, parameter.argument.choices}});
     }
 }
 
@@ -24,7 +24,7 @@ Target OperationWords::targetOf(Given& given)
 {
     if (given.parameter->isSwitch())
         return &given.on;
-    if (given.parameter->words != nullptr)
+    if (given.parameter->takesSeveral())
         return &given.several;
     return &given.one;
 }

@@ -28,7 +28,7 @@ std::unique_ptr<Node> grade(const Call& call)
 
 std::vector<Operation> colourOperations()
 {
-    Parameter file = text("--chain", "read the chain from a JSON file instead");
+    Parameter file = text("--chain", "read the chain from a JSON file instead", "FILE");
     file.id = "chain-file";
     return {
         {"grade", "Apply a chain of functions to an image or a sequence",

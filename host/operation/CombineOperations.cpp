@@ -55,11 +55,13 @@ std::vector<std::string> compositeLines()
 
 Parameter operation()
 {
-    Parameter parameter = text("OPERATION", "name or number of an operation");
+    Parameter parameter = text("OPERATION", "an operation by its name, or by its number from 0 on");
     parameter.required = true;
     parameter.id = "mode";
-    for (const CompositeName& known : compositeNames())
+    for (const CompositeName& known : compositeNames()) {
         parameter.argument.choices.emplace_back(known.name);
+        parameter.argument.meanings.emplace_back(known.formula);
+    }
     return parameter;
 }
 
@@ -72,7 +74,8 @@ Operation compRow()
         "  kreiluge comp over fg.exr bg.exr -o out.exr\n"
         "  kreiluge comp over fg.png bg.png -o out.png\n"
         "  kreiluge comp screen glow.####.exr still.exr -o out.####.exr --frames 1-24\n"
-        "Colours that a file format keeps apart from alpha are multiplied by it for the operation.",
+        "Colours that a file format keeps apart from alpha are multiplied by it for the operation.\n"
+        "`kreiluge operations comp` tells the formulas.",
         withPlanes({operation(), image("FG", "image in front, the source"),
                     image("BG", "image behind, the destination"),
                     onOff("--premult", "multiply the colours of both images by their alpha first, whatever "
@@ -87,7 +90,7 @@ Operation blendRow()
 {
     Parameter mix = number("--mix", "share of B, 0 to 1 (default: 1, with a mask)", "");
     Parameter mask = image("--mask", "image that the share is multiplied by", false);
-    Parameter channel = component("--mask-channel", "the component of the mask for all: r, g, b or a");
+    Parameter channel = component("--mask-channel", "the component of the mask for all");
     channel.needs = {"--mask"};
     Parameter swap = onOff("--swap", "exchange the two images; with one image, invert the mask");
     swap.needs = {"--mask"};
@@ -114,18 +117,17 @@ Operation chromaRow()
     backing.argument.type = Argument::Type::Colour;
     backing.words = "R G B";
     backing.required = true;
-    return {
-        "chroma", "Take the colour of a backing out of an image, by a matte",
-        "Examples:\n"
-        "  kreiluge chroma shot.exr -o keyed.exr --matte matte.exr --backing 0.05 0.6 0.1\n"
-        "Where the matte is 1 a pixel stays, where it is 0 its colour becomes black; between them\n"
-        "(1 - matte) times the backing is subtracted. Alpha stays as it is.",
-        withPlanes({image("IMAGE", "image"), image("--matte", "image that is 1 where the backing is hidden"),
-                    component("--matte-channel",
-                              "the component of the matte: r, g, b or a (default: alpha, else the first)"),
-                    backing},
-                   true),
-        chroma};
+    return {"chroma", "Take the colour of a backing out of an image, by a matte",
+            "Examples:\n"
+            "  kreiluge chroma shot.exr -o keyed.exr --matte matte.exr --backing 0.05 0.6 0.1\n"
+            "Where the matte is 1 a pixel stays, where it is 0 its colour becomes black; between them\n"
+            "(1 - matte) times the backing is subtracted. Alpha stays as it is.",
+            withPlanes(
+                {image("IMAGE", "image"), image("--matte", "image that is 1 where the backing is hidden"),
+                 component("--matte-channel", "the component of the matte (default: alpha, else the first)"),
+                 backing},
+                true),
+            chroma};
 }
 
 } // namespace

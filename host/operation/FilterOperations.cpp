@@ -31,7 +31,7 @@ std::unique_ptr<Node> edge(const Call& call)
 
 Parameter scope()
 {
-    return text("--scope", "components to work on; the others are copied", "rgb");
+    return text("--scope", "components to work on; the others are copied", "COMPONENTS", "rgb");
 }
 
 } // namespace

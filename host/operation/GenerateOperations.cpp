@@ -32,9 +32,9 @@ std::vector<Operation> generateOperations()
         {"plate",
          "Draw a test plate",
          "Float and half hold linear light, with highlights up to 16; integers hold it with the sRGB curve.",
-         {text("--size", "width and height in pixels", "1920x1080"),
-          text("--depth", "uint8, uint16, uint32, half or float (default: what is usual for the file format "
-                          "of the output; half in a script)"),
+         {text("--size", "width and height in pixels", "WxH", "1920x1080"),
+          depth("storage format (default: what is usual for the file format of the output; half in a "
+                "script)"),
           onOff("--alpha", "add an alpha channel that fades out in the corners")},
          plate}};
 }

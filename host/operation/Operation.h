@@ -3,6 +3,7 @@
 #include <host/chain/Functions.h>
 #include <host/operation/Planes.h>
 
+#include <cstring>
 #include <functional>
 #include <map>
 #include <memory>
@@ -20,13 +21,15 @@ struct Parameter
     bool isImage = false;
     bool required = false;
     std::string preset = {};     ///< the text without it; empty: none
-    const char* words = nullptr; ///< what help calls the words of one that takes several
+    const char* words = nullptr; ///< what help calls its words: "N", "WA WB"; null: its name
     const char* id = nullptr;    ///< its key where the name would not do
-    std::vector<const char*> needs = {}, excludes = {};
+    std::vector<const char*> needs = {}, excludes = {}; ///< names
+    bool shared = false; ///< by all operations on images: documents tell of it once
 
     bool isOption() const { return name.starts_with("--"); }
     bool isText() const { return isImage || argument.type == Argument::Type::Text; }
     bool isSwitch() const { return argument.type == Argument::Type::Switch; }
+    bool takesSeveral() const { return words != nullptr && std::strchr(words, ' ') != nullptr; }
     /// "fg", "gain": as JSON has it.
     std::string key() const;
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <host/file/Format.h>
 #include <host/operation/Operation.h>
 
 // The rows of operations(), by subject, and what their sources share.
@@ -17,13 +18,16 @@ inline Parameter image(const char* name, const char* help, bool required = true)
     parameter.isImage = true;
     parameter.required = required;
     parameter.argument.type = Argument::Type::Text;
+    parameter.words = parameter.isOption() ? "FILE" : nullptr;
     return parameter;
 }
 
-inline Parameter text(const char* name, const char* help, const char* preset = "")
+inline Parameter text(const char* name, const char* help, const char* words = nullptr,
+                      const char* preset = "")
 {
     Parameter parameter{name, help};
     parameter.argument.type = Argument::Type::Text;
+    parameter.words = words;
     parameter.preset = preset;
     return parameter;
 }
@@ -38,19 +42,23 @@ inline Parameter onOff(const char* name, const char* help)
 inline Parameter number(const char* name, const char* help, const char* preset)
 {
     Parameter parameter{name, help};
+    parameter.words = "N";
     parameter.preset = preset;
     return parameter;
 }
 
-inline Parameter depth()
+inline Parameter depth(const char* help)
 {
-    return text("--depth",
-                "store the result as uint8, uint16, uint32, half or float (default: as the inputs)");
+    Parameter parameter = text("--depth", help, "FORMAT");
+    for (const unsigned char format :
+         {PXL_FORMAT_uint8, PXL_FORMAT_uint16, PXL_FORMAT_uint32, PXL_FORMAT_half, PXL_FORMAT_float32})
+        parameter.argument.choices.emplace_back(formatName(format));
+    return parameter;
 }
 
 inline Parameter component(const char* name, const char* help)
 {
-    Parameter parameter = text(name, help);
+    Parameter parameter = text(name, help, "C");
     parameter.argument.choices = {"r", "g", "b", "a"};
     return parameter;
 }
@@ -59,18 +67,23 @@ inline Parameter component(const char* name, const char* help)
 inline std::vector<Parameter> withPlanes(std::vector<Parameter> parameters, bool points)
 {
     Parameter alpha = text("--alpha",
-                           "auto, or as-is: convert nothing between colours that are multiplied by alpha and "
-                           "those that are not",
-                           "auto");
+                           "multiply colours by alpha and divide them again as the operation and the file "
+                           "formats want it, or take them as they are",
+                           "MODE", "auto");
     alpha.argument.choices = {"auto", "as-is"};
-    parameters.push_back(text("--planes",
-                              "planes to work on, with commas between them, or all; the others are "
-                              "copied (default: those with colour)"));
-    parameters.push_back(depth());
-    parameters.push_back(alpha);
+    std::vector<Parameter> shared = {
+        text("--planes",
+             "planes to work on, with commas between them, or all; the others are copied (default: those "
+             "with colour)",
+             "NAMES"),
+        depth("storage format of the result (default: as the inputs)"), alpha};
     if (points) {
-        parameters.push_back(text("--black", "integer code of 0.0 (default: 0)"));
-        parameters.push_back(text("--white", "integer code of 1.0 (default: the last code)"));
+        shared.push_back(text("--black", "integer code of 0.0 (default: 0)", "CODE"));
+        shared.push_back(text("--white", "integer code of 1.0 (default: the last code)", "CODE"));
+    }
+    for (Parameter& parameter : shared) {
+        parameter.shared = true;
+        parameters.push_back(std::move(parameter));
     }
     return parameters;
 }

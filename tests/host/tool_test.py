@@ -65,7 +65,7 @@ class ToolTest(unittest.TestCase):
             (["plate", "-o", "out.exr", "--size", "20"], "1920x1080"),
             (["info", "none.exr"], "no such file"),
             (["comp", "ovr", *images], "did you mean 'over'?"),
-            (["comp", "over", *images, "--frames", "1-2"], "frame number in 'in.exr';"),
+            (["comp", "over", *images, "--frames", "1-2"], "frame number in 'in.exr'; "),
             (["comp", "over", "in.#.exr", "in.exr", "-o", "out.exr", "--frames", "1-2"], "frame number in 'out.exr';"),
             (["comp", "over", *images, "--white", "9"], "unknown option '--white'"),
             (["blend", *images], "nothing to mix by"),
@@ -243,11 +243,11 @@ class ToolTest(unittest.TestCase):
         self.assertEqual(len(pictures), 4)
 
     def test_the_documents_list_operations_and_functions(self):
+        subprocess.run([sys.executable, DOCUMENT.with_name("tables.py"), "--check", KREILUGE], check=True)
         table = DOCUMENT.with_name("combine.md").read_text()
-        for line in self.run_tool("comp", "--list").stdout.splitlines():
-            number, name, formula = line.split(maxsplit=2)
-            self.assertTrue(f"| {number} | `{name}` | `{formula}` |" in table, line)
-        self.assertIn(self.run_tool("functions", "--markdown").stdout, DOCUMENT.read_text())
+        operation = json.loads(self.run_tool("operations", "comp", "--json").stdout)["arguments"][0]
+        for number, (name, formula) in enumerate(zip(operation["choices"], operation["meanings"], strict=True)):
+            self.assertIn(f"| {number} | `{name}` | `{formula}` |", table)
         self.assertIn("gamma GAMMA", self.run_tool("functions").stdout)
 
 

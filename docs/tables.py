@@ -1,0 +1,36 @@
+"""Writes those tables of the documents anew that the command prints: docs/tables.py [--check] KREILUGE
+
+A comment such as <!-- kreiluge functions --markdown --> stands before each. With --check nothing is written, and
+the exit code is 1 when a table is not what the command prints.
+"""
+
+import pathlib
+import re
+import subprocess
+import sys
+
+TABLE = re.compile(r"^(<!-- kreiluge (.+) -->\n)((?:\|.*\n)*)", re.MULTILINE)
+
+
+def main(arguments):
+    check = "--check" in arguments
+    kreiluge = arguments[-1]
+
+    def table(match):
+        printed = subprocess.run([kreiluge, *match[2].split()], capture_output=True, text=True, check=True)
+        return match[1] + printed.stdout
+
+    differ = []
+    for document in sorted(pathlib.Path(__file__).parent.glob("*.md")):
+        old = document.read_text()
+        new = TABLE.sub(table, old)
+        if new != old:
+            differ.append(document.name)
+            if not check:
+                document.write_text(new)
+    if differ:
+        print(("these have old tables: " if check else "written: ") + ", ".join(differ))
+    return 1 if check and differ else 0
+
+
+sys.exit(main(sys.argv[1:]))
