@@ -15,6 +15,7 @@ namespace host {
 size_t Graph::add(const std::string& name, std::unique_ptr<Node> node, const std::vector<size_t>& inputs)
 {
     std::vector<const Picture*> pictures;
+    pictures.reserve(inputs.size());
     for (const size_t input : inputs)
         pictures.push_back(&entries_[input].picture);
     Picture picture = node->plan(pictures);

@@ -148,7 +148,7 @@ private:
         const Schedule::Step& step = schedule_.steps()[s];
         const Graph::Entry& entry = graph_.entries()[step.node];
         if (!workspace.windows[s].isEmpty()) {
-            TileFeed feed(graph_, schedule_, s, workspace, stop_);
+            TileFeed feed(schedule_, s, workspace, stop_);
             Block block = entry.node->pixels(step.plane, workspace.windows[s], feed);
             stop_.check();
             workspace.blocks[s] = feed.converted(std::move(block), entry.plane(step.plane).format);

@@ -20,10 +20,8 @@ struct Workspace
 class TileFeed : public Feed
 {
 public:
-    TileFeed(const Graph& graph, const Schedule& schedule, size_t step, Workspace& workspace,
-             const StopToken& stop)
-        : Feed(workspace.buffers, stop), graph_(graph), schedule_(schedule), step_(step),
-          workspace_(workspace)
+    TileFeed(const Schedule& schedule, size_t step, Workspace& workspace, const StopToken& stop)
+        : Feed(workspace.buffers, stop), schedule_(schedule), step_(step), workspace_(workspace)
     {
     }
 
@@ -34,7 +32,6 @@ public:
 private:
     size_t stepOf(const Wish& wish) const;
 
-    const Graph& graph_;
     const Schedule& schedule_;
     size_t step_;
     Workspace& workspace_;

@@ -23,6 +23,7 @@ bool isName(const std::string& text)
 std::vector<std::string> textsOf(const std::vector<ScriptWord>& words)
 {
     std::vector<std::string> texts;
+    texts.reserve(words.size());
     for (const ScriptWord& word : words)
         texts.push_back(word.text);
     return texts;
@@ -141,7 +142,7 @@ private:
         if (words[0].text == "write") {
             WriteWords write;
             read(write.command(!piped.empty()), words);
-            const std::string image = piped.empty() ? write.image : piped;
+            std::string image = piped.empty() ? write.image : piped;
             script_.outputs.push_back({image, atPlace(words[0], [&] { return write.read(); }), where});
             return image;
         }

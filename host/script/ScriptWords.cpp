@@ -162,7 +162,12 @@ std::string withValues(const std::string& text, const std::string& where, const 
             refuse(where + "expected a name behind $, as in $GAIN or ${GAIN}");
         const auto value = values.find(name);
         if (value == values.end())
-            refuse(where + "$" + name + " has no value; give it one with --set " + name + "=...");
+            refuse(std::string(where)
+                       .append("$")
+                       .append(name)
+                       .append(" has no value; give it one with --set ")
+                       .append(name)
+                       .append("=..."));
         result += value->second;
         at = end + (braced ? 1 : 0);
     }
