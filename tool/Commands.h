@@ -30,5 +30,7 @@ Command functionsCommand();
 Command infoCommand();
 Command diffCommand();
 Command curveCommand();
+Command completionCommand();
+Command manCommand();
 
 } // namespace tool

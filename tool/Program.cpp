@@ -18,8 +18,8 @@ host::Program program()
             {"129 and above", "stopped by a signal, whose number is the code less 128"}}};
     for (const host::Operation& operation : host::operations())
         program.commands.push_back(operationCommand(operation));
-    for (const auto command :
-         {runCommand, operationsCommand, functionsCommand, infoCommand, diffCommand, curveCommand})
+    for (const auto command : {runCommand, operationsCommand, functionsCommand, infoCommand, diffCommand,
+                               curveCommand, completionCommand, manCommand})
         program.commands.push_back(command());
     return program;
 }
