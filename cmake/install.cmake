@@ -1,4 +1,4 @@
-# What `cmake --install` puts in place: libraries, public headers, shader sources, the tool, and what
+# What `cmake --install` puts in place: libraries, public headers, shader sources, documents, the tool, and what
 # find_package and pkg-config need to find them. The installed tree may be moved.
 include(CMakePackageConfigHelpers)
 
@@ -11,6 +11,8 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/RU DESTINATION ${headers} FILES_MATCHING
 set_property(TARGET kreiluge PROPERTY INSTALL_RPATH "$ORIGIN")
 
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/ogl2 DESTINATION ${CMAKE_INSTALL_DATADIR}/kreiluge)
+install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR} PATTERN "*.py" EXCLUDE)
 
 if(TARGET kreiluge_tool)
   install(TARGETS kreiluge_tool)

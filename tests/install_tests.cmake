@@ -15,6 +15,13 @@ set_tests_properties(install.clean install.install PROPERTIES FIXTURES_SETUP ins
 set_tests_properties(install.install PROPERTIES DEPENDS install.clean)
 set_tests_properties(install.consumer PROPERTIES FIXTURES_REQUIRED installed)
 
+if(TARGET kreiluge_told)
+  foreach(file ${CMAKE_INSTALL_MANDIR}/man1/kreiluge.1 ${CMAKE_INSTALL_DATADIR}/bash-completion/completions/kreiluge
+               ${CMAKE_INSTALL_DATADIR}/zsh/site-functions/_kreiluge ${CMAKE_INSTALL_DOCDIR}/LICENSE)
+    add_test(NAME install.${file} COMMAND grep --quiet kreiluge ${installed}/${file})
+    set_tests_properties(install.${file} PROPERTIES FIXTURES_REQUIRED installed)
+  endforeach()
+endif()
 if(TARGET kreiluge_tool)
   foreach(page README docs/colour docs/combine)
     cmake_path(GET page FILENAME name)
