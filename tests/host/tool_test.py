@@ -5,6 +5,8 @@ import json
 import os
 import pathlib
 import pty
+import re
+import shutil
 import signal
 import struct
 import subprocess
@@ -241,6 +243,53 @@ class ToolTest(unittest.TestCase):
             self.assertEqual(info["planes"], [{"name": "color", "format": "half" if name == "d.exr" else "uint8", "channels": ["R", "G", "B"]}])
             pictures.add(self.run_tool("diff", "a.png", name, code=None).stdout)
         self.assertEqual(len(pictures), 4)
+
+    def completed(self, *words):
+        script = 'source <("$1" completion bash); shift; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _kreiluge; echo "${COMPREPLY[*]}"'
+        return subprocess.run(["bash", "-uc", script, "bash", KREILUGE, "kreiluge", *words], capture_output=True, text=True, check=True).stdout.split()
+
+    def test_completion(self):
+        for words, expected in [
+            (["comp", "ov"], ["over"]),
+            (["comp", "over", ""], []),
+            (["comp", "-o", "x.exr", "mul"], ["multiply"]),
+            (["grade", "a", "--depth", "=", "u"], ["uint8", "uint16", "uint32"]),
+            (["blend", "a", "--weights", "1", "--sw"], []),
+            (["blend", "a", "--weights", "1", "2", "--sw"], ["--swap"]),
+            (["blend", "a", "--mask-channel", "="], ["r", "g", "b", "a"]),
+            (["functions", "hu"], ["hue", "huecurve"]),
+            (["none", ""], []),
+        ]:
+            self.assertEqual(self.completed(*words), expected, words)
+        if shutil.which("zsh"):
+            script = self.run_tool("completion", "zsh").stdout
+            subprocess.run(["zsh", "-f", "-n"], input=script, text=True, check=True)
+
+    def test_every_way_reaches_the_same(self):
+        manual = self.run_tool("man").stdout
+        if shutil.which("groff"):
+            formatted = subprocess.run(["groff", "-man", "-Tutf8", "-ww", "-z"], input=manual, capture_output=True, text=True)
+            self.assertEqual(formatted.stderr, "")
+        pages = dict(re.findall(r'^\.SS "kreiluge (\w+)"\n((?:(?!\.S).*\n)*)', manual, re.MULTILINE))
+        commands = re.findall(r"^  (\w+) {3}", self.run_tool("--help").stdout.split("Subcommands:")[1], re.MULTILINE)
+        self.assertEqual(commands, self.completed(""))
+        self.assertEqual(commands, list(pages))
+        operations = json.loads(self.run_tool("operations", "--json").stdout)
+        self.assertEqual(commands[: len(operations)], [operation["name"] for operation in operations])
+        self.assertEqual(self.completed("operations", ""), [operation["name"] for operation in operations])
+        self.assertEqual((len(commands), len(operations)), (14, 6))
+        count = 0
+        for command in commands:
+            helped = re.findall(r"^  (-[\w,-]+)", self.run_tool(command, "--help").stdout, re.MULTILINE)
+            names = sorted(name for group in helped for name in group.split(","))
+            self.assertEqual(names, sorted(self.completed(command, "-")))
+            terms = re.findall(r"^\\fB(-.*?)(?: [A-Z].*)?\\fR$", pages[command].replace("\\-", "-"), re.MULTILINE)
+            self.assertEqual(names, sorted(["-h", "--help", *(name for term in terms for name in term.split(", "))]))
+            count += len(names)
+        for operation in operations:
+            options = {argument["option"] for argument in operation["inputs"] + operation["arguments"]} - {None}
+            self.assertLessEqual(options, set(self.completed(operation["name"], "-")))
+        self.assertEqual(count, 145)
 
     def test_the_documents_list_operations_and_functions(self):
         subprocess.run([sys.executable, DOCUMENT.with_name("tables.py"), "--check", KREILUGE], check=True)
