@@ -187,7 +187,8 @@ void printZsh(const host::Program& program)
                 "# Completion of kreiluge for zsh: put it in a directory of fpath, as _kreiluge.\n"
                 "_kreiluge()\n{\n    local -a commands=(\n");
     for (const Command& command : program.commands)
-        std::printf("        %s\n", quoted(command.name + (":" + escaped(command.summary))).c_str());
+        std::printf("        %s\n",
+                    quoted(std::string(command.name).append(":").append(escaped(command.summary))).c_str());
     std::printf("    )\n"
                 "    if ((CURRENT == 2)) && [[ $words[2] != -* ]]; then\n"
                 "        _describe command commands\n"
