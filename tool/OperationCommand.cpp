@@ -167,15 +167,22 @@ std::vector<std::optional<int64_t>> framesOf(const host::Script& script,
 
 void addRunOptions(Command& command, RunOptions& o)
 {
-    command.add(
-        {{"--frames", &o.frames, "frames of a sequence: 1001-1100, 1001-1100x2 or 1,5,9, or all that exist"},
-         {"--window", &o.window,
-          "what a file format without a data window gets: the display window, padded or cut, or the data "
-          "window"},
-         {"--threads", &o.threads, "threads, 1 to 64"},
-         {"--tile", &o.tile, "side of a tile in pixels"},
-         {"--progress", &o.progress, "auto, none, bar or json"},
-         {"--stats", &o.stats, "tell where the time went"}});
+    command.add({{"--frames",
+                  &o.frames,
+                  "frames of a sequence: 1001-1100, 1001-1100x2 or 1,5,9, or all that exist",
+                  {.words = "FRAMES"}},
+                 {"--window",
+                  &o.window,
+                  "what a file format without a data window gets: the display window, padded or cut, or the "
+                  "data window",
+                  {.words = "WHICH", .preset = "display", .choices = {"display", "data"}}},
+                 {"--threads", &o.threads, "threads, 1 to 64", {.words = "N", .preset = "as many as cores"}},
+                 {"--tile", &o.tile, "side of a tile in pixels", {.words = "N", .preset = "200"}},
+                 {"--progress",
+                  &o.progress,
+                  "how to tell of it",
+                  {.words = "MODE", .preset = "auto", .choices = {"auto", "none", "bar", "json"}}},
+                 {"--stats", &o.stats, "tell where the time went"}});
 }
 
 int runAll(const host::Script& script, const RunOptions& o)

@@ -6,6 +6,8 @@
 #include <host/script/ScriptText.h>
 #include <host/text/Error.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cstdio>
 #include <memory>
 
@@ -26,7 +28,10 @@ host::Script scriptOf(const ScriptOptions& o)
     host::ScriptValues values;
     for (const std::string& text : o.values) {
         const size_t equals = text.find('=');
-        if (equals == std::string::npos || equals == 0)
+        const bool isName = equals != 0 && equals != std::string::npos &&
+                            std::all_of(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(equals),
+                                        [](unsigned char c) { return std::isalnum(c) != 0 || c == '_'; });
+        if (!isName)
             host::refuse("--set: '" + text + "' is no value; expected something like GAIN=0.5");
         values[text.substr(0, equals)] = text.substr(equals + 1);
     }
@@ -76,8 +81,11 @@ Command runCommand()
     command.add(
         {{"FILE", &o->file, "script, as text or JSON"},
          {"-e", &o->line, "the script itself"},
-         {"-o,--output", &o->output, "where the last picture goes, without a write line"},
-         {"--set", &o->values, "NAME=VALUE for $NAME in the script; several with commas between them"},
+         {"-o,--output", &o->output, "where the last picture goes, without a write line", {.words = "FILE"}},
+         {"--set",
+          &o->values,
+          "value for $NAME in the script; may be given several times",
+          {.words = "NAME=VALUE", .repeats = true}},
          {"--explain", &o->explains, "tell windows, planes, formats and needs, and do no more"},
          {"--dot", &o->dot, "print the graph for graphviz, and do no more"},
          {"--json", &o->json, "print the script as JSON, and do no more"},

@@ -76,7 +76,7 @@ void addOption(CLI::App& command, const Option& option)
     if (wordCount(option) > 1)
         added->expected(wordCount(option));
     else if (!isByPlace(option) && std::holds_alternative<std::vector<std::string>*>(option.target))
-        added->delimiter(',')->allow_extra_args(false);
+        (option.rules.repeats ? added : added->delimiter(','))->allow_extra_args(false);
     for (const char* other : option.rules.needs)
         added->needs(command.get_option(other));
     for (const char* other : option.rules.excludes)

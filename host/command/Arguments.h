@@ -23,6 +23,7 @@ struct Rules
     const char* preset = nullptr;
     std::vector<const char*> needs = {}, excludes = {};
     std::vector<std::string> choices = {}; ///< the words there are
+    bool repeats = false; ///< a list whose parts are options of their own, and not parted by commas
 };
 inline const Rules required{.required = true};
 

@@ -12,7 +12,8 @@ namespace {
 
 bool isSwitch(const Option& option)
 {
-    return std::holds_alternative<bool*>(option.target) || std::holds_alternative<std::function<void()>>(option.target);
+    return std::holds_alternative<bool*>(option.target) ||
+           std::holds_alternative<std::function<void()>>(option.target);
 }
 
 /// "r, g, b or a"

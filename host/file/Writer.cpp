@@ -297,7 +297,7 @@ void Writer::nextPart()
     beginPart();
 }
 
-void Writer::commit()
+void Writer::finish()
 {
     check(file_->output->close());
     if (file_->watched != nullptr)
@@ -310,6 +310,13 @@ void Writer::commit()
         checkRows();
     if (file_->format->check == FileFormat::Check::LastRow && !isComplete(temporary_))
         fail("the file came out incomplete");
+    isFinished_ = true;
+}
+
+void Writer::commit()
+{
+    if (!isFinished_)
+        finish();
     if (std::rename(temporary_.c_str(), target_.c_str()) != 0)
         fail(std::strerror(errno));
     temporary_.clear();

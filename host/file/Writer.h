@@ -47,7 +47,10 @@ public:
     /// Ends the current part and goes on to the next.
     void nextPart();
 
-    /// Ends the file and gives it its name.
+    /// Ends the file and makes sure that it is whole.
+    void finish();
+
+    /// Gives the file its name; finishes it where that is still to be done.
     void commit();
 
     /// What the file format cannot say, one line each.
@@ -69,6 +72,7 @@ private:
     std::string path_;
     std::string target_; ///< with links resolved
     std::string temporary_;
+    bool isFinished_ = false;
     std::vector<std::string> notes_;
 };
 

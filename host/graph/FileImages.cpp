@@ -31,7 +31,7 @@ FileSource::FileSource(const std::string& path) : reader_(path)
 void FileSource::rewind()
 {
     for (Part& part : parts_) {
-        part.next = 0;
+        part.next = part.oldest = 0;
         for (std::unique_ptr<Band>& block : part.blocks)
             block.reset();
     }
@@ -42,11 +42,13 @@ void FileSource::fetch(size_t number, int begin, int end, const std::function<vo
     Part& part = parts_[number];
     const Image& image = picture().parts[number];
     const auto blockOf = [&](int y) {
-        return static_cast<size_t>(std::clamp(y - image.data.y, 0, image.data.height) / part.rowsPerBlock);
+        const int64_t row = std::clamp<int64_t>(int64_t{y} - image.data.y, 0, image.data.height);
+        return static_cast<size_t>(row / part.rowsPerBlock);
     };
     const size_t oldest = std::min(blockOf(begin), part.blocks.size());
-    for (size_t b = oldest; b-- > 0 && part.blocks[b] != nullptr;)
-        spare_.push_back(std::move(part.blocks[b]));
+    for (; part.oldest < oldest; ++part.oldest)
+        if (part.blocks[part.oldest] != nullptr)
+            spare_.push_back(std::move(part.blocks[part.oldest]));
     for (part.next = std::max(part.next, oldest); part.next < part.blocks.size(); ++part.next) {
         const int y = image.data.y + static_cast<int>(part.next) * part.rowsPerBlock;
         if (y >= end)

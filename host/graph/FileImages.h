@@ -30,7 +30,8 @@ private:
         std::vector<Interleaving> layouts; ///< by plane
         std::vector<std::unique_ptr<Band>> blocks;
         int rowsPerBlock = 1;
-        size_t next = 0; ///< the block to read next
+        size_t oldest = 0; ///< no block before it is there
+        size_t next = 0;   ///< the block to read next
     };
 
     Reader reader_;
@@ -49,6 +50,7 @@ public:
     void prepare(size_t slot, size_t part, int yBegin, int yEnd) override;
     void store(size_t slot, const Picture::Place& place, const Window& rect, const Block& block) override;
     void write(size_t slot, const std::function<void()>& checkStopped) override;
+    void finish() override { writer_.finish(); }
     void commit() override { writer_.commit(); }
 
 private:

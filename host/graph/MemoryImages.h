@@ -45,7 +45,7 @@ private:
 };
 
 /// Memory that a graph writes a picture to, channel by channel of the same names and formats; what is there
-/// when a run fails is undefined.
+/// when a run fails is undefined. It must not be memory that the same graph reads.
 class MemorySink : public Sink
 {
 public:

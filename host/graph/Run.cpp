@@ -204,6 +204,8 @@ RunReport Run::all()
     stop_.check();
     const Clock::time_point written = Clock::now();
     for (const Graph::Output& output : graph_.outputs())
+        output.sink->finish();
+    for (const Graph::Output& output : graph_.outputs())
         output.sink->commit();
     report_.writeSeconds += secondsSince(written);
     report_.workSeconds = static_cast<double>(workNanoseconds_) * 1e-9;

@@ -97,7 +97,11 @@ Grid::Grid(const Graph& graph, size_t part, int tile) : side_(tile)
         if (part >= picture.parts.size())
             continue;
         const Image& image = picture.parts[part];
-        added = {image.data, image.display.isEmpty() ? image.data : image.display};
+        added = {image.data, image.display};
+        // Distances count in display windows, which must not be much smaller than what is cut.
+        if (image.display.isEmpty() || image.data.width / 4 > image.display.width ||
+            image.data.height / 4 > image.display.height)
+            added.display = image.data;
         rowBytes += image.rowBytes();
         if (added.display.pixels() > largest_.display.pixels())
             largest_ = added;

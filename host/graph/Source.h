@@ -49,7 +49,10 @@ public:
     /// Writes a band, the next one of its part; `checkStopped` as for sources.
     virtual void write(size_t slot, const std::function<void()>& checkStopped) = 0;
 
-    /// All parts are there; until then nobody sees anything of them.
+    /// All parts are there. Throws where they cannot be stored.
+    virtual void finish() {}
+
+    /// The outputs of all are finished; until now nobody has seen anything of them.
     virtual void commit() {}
 
     static constexpr size_t slots = 3;

@@ -26,7 +26,7 @@ Picture AlgorithmNode::plan(const std::vector<const Picture*>& inputs)
 {
     const Planes in(*inputs.front());
     const std::vector<bool> chosen = choosePlanes(in, settings_);
-    const std::vector<unsigned char> formats = formatsOf(in, settings_.depth);
+    const std::vector<unsigned char> formats = formatsOf(in, settings_);
     Picture output = in.picture.withFormats(formats);
     bool writes = work_.algorithm == nullptr;
     for (size_t p = 0; p < in.size(); ++p) {

@@ -81,7 +81,7 @@ Picture BlendNode::plan(const std::vector<const Picture*>& inputs)
         matte_.emplace(*inputs[matteInput()], settings_.matteComponent, false);
     notes_ = pair.notes;
     planes_ = pair.names;
-    Picture output = pair.first.picture.withFormats(pair.formats(planeSettings_.depth));
+    Picture output = pair.first.picture.withFormats(pair.formats(planeSettings_));
     const Planes out(output);
     for (size_t p = 0; p < out.size(); ++p)
         works_.push_back(workOf(pair, p, out[p].format));
@@ -177,7 +177,7 @@ Picture ChromaNode::plan(const std::vector<const Picture*>& inputs)
     const Planes in(*inputs[0]);
     const std::vector<bool> chosen = choosePlanes(in, settings_);
     matte_.emplace(*inputs[1], matteComponent_, true);
-    const std::vector<unsigned char> formats = formatsOf(in, settings_.depth);
+    const std::vector<unsigned char> formats = formatsOf(in, settings_);
     for (size_t p = 0; p < in.size(); ++p) {
         PlaneWork& work = works_.emplace_back();
         work.present = in[p].present();

@@ -46,7 +46,7 @@ Picture CompositeNode::plan(const std::vector<const Picture*>& inputs)
     const Pairing pair(*inputs[background], inputs[foreground], settings_, true);
     notes_ = pair.notes;
     planes_ = pair.names;
-    Picture output = pair.first.picture.withFormats(pair.formats(settings_.depth));
+    Picture output = pair.first.picture.withFormats(pair.formats(settings_));
     for (size_t p = 0; p < pair.first.size(); ++p)
         if (pair.chosen[p]) {
             Window& window = output.parts[pair.first.part(p)].data;
@@ -54,6 +54,9 @@ Picture CompositeNode::plan(const std::vector<const Picture*>& inputs)
         }
     for (size_t p = 0; p < pair.first.size(); ++p)
         works_.push_back(workOf(pair, p, output));
+    for (size_t p = 0; p < pair.first.size(); ++p)
+        if (works_[p].divides)
+            output.parts[pair.first.part(p)].straight = true;
     return output;
 }
 

@@ -74,9 +74,22 @@ void Call::set(const Parameter& parameter, const std::vector<std::string>& words
 
 void Call::check() const
 {
-    for (const Parameter& parameter : operation_->parameters)
+    const auto isGiven = [this](const std::string& name) {
+        return std::any_of(operation_->parameters.begin(), operation_->parameters.end(),
+                           [&](const Parameter& other) { return other.name == name && has(other.key()); });
+    };
+    for (const Parameter& parameter : operation_->parameters) {
         if (parameter.required && !has(parameter.key()))
             refuse(parameter.name + " is required");
+        if (!has(parameter.key()))
+            continue;
+        for (const char* other : parameter.needs)
+            if (!isGiven(other))
+                refuse(parameter.name + " requires " + other);
+        for (const char* other : parameter.excludes)
+            if (isGiven(other))
+                refuse(parameter.name + " excludes " + other);
+    }
 }
 
 std::string Call::text(const std::string& key) const
@@ -107,7 +120,15 @@ PlaneSettings Call::planeSettings() const
     if (has("white"))
         settings.white = readWhole("--white", text("white"), 0, lastCode);
     settings.asIs = takesAlphaAsIs();
+    settings.widens = widens_;
     return settings;
+}
+
+Call Call::widened() const
+{
+    Call other = *this;
+    other.widens_ = true;
+    return other;
 }
 
 bool Call::takesAlphaAsIs() const

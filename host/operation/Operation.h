@@ -65,7 +65,7 @@ public:
     /// Sets a parameter from its words; throws a usage error where they are none.
     void set(const Parameter& parameter, const std::vector<std::string>& words);
 
-    /// Throws a usage error unless everything required is there.
+    /// Throws a usage error unless everything required is there, and what goes together.
     void check() const;
 
     const Operation& operation() const { return *operation_; }
@@ -74,7 +74,7 @@ public:
     const Value& value(const std::string& key) const { return values_.at(key); }
     /// Of an argument that is a text; the preset where it is not given.
     std::string text(const std::string& key) const;
-    bool isOn(const std::string& key) const { return has(key); }
+    bool isOn(const std::string& key) const { return has(key) && value(key).isOn(); }
 
     /// The images in the order of the parameters, those that are given.
     std::vector<std::string> images() const;
@@ -85,8 +85,12 @@ public:
 
     std::unique_ptr<Node> node() const { return operation_->make(*this); }
 
+    /// The same operation, which stores in the wider of the inputs' formats and its depth.
+    Call widened() const;
+
 private:
     const Operation* operation_;
+    bool widens_ = false;
     std::map<std::string, std::string> texts_; ///< by key
     std::map<std::string, Value> values_;
 };

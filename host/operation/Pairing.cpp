@@ -116,13 +116,14 @@ Mapping Pairing::mapping(size_t plane) const
     return mapping;
 }
 
-std::vector<unsigned char> Pairing::formats(const std::optional<unsigned char>& depth) const
+std::vector<unsigned char> Pairing::formats(const PlaneSettings& settings) const
 {
     std::vector<unsigned char> formats;
     for (size_t p = 0; p < first.size(); ++p) {
         const bool pairs = chosen[p] && partners[p];
-        formats.push_back(depth.value_or(pairs ? widerFormat(first[p].format, second[*partners[p]].format)
-                                               : first[p].format));
+        const unsigned char own = first[p].format;
+        formats.push_back(
+            storedFormat(pairs ? widerFormat(own, second[*partners[p]].format) : own, settings));
     }
     return formats;
 }

@@ -28,7 +28,7 @@ public:
     Mapping mapping(size_t plane) const;
 
     /// The formats of the output.
-    std::vector<unsigned char> formats(const std::optional<unsigned char>& depth) const;
+    std::vector<unsigned char> formats(const PlaneSettings& settings) const;
 
 private:
     void choose(const PlaneSettings& settings, bool withAlphas);

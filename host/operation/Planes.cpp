@@ -60,11 +60,18 @@ TIL_Plane codesOf(unsigned char format, const PlaneSettings& settings)
     return plane;
 }
 
-std::vector<unsigned char> formatsOf(const Planes& planes, const std::optional<unsigned char>& depth)
+unsigned char storedFormat(unsigned char own, const PlaneSettings& settings)
+{
+    if (!settings.depth)
+        return own;
+    return settings.widens ? widerFormat(own, *settings.depth) : *settings.depth;
+}
+
+std::vector<unsigned char> formatsOf(const Planes& planes, const PlaneSettings& settings)
 {
     std::vector<unsigned char> formats;
     for (size_t p = 0; p < planes.size(); ++p)
-        formats.push_back(depth.value_or(planes[p].format));
+        formats.push_back(storedFormat(planes[p].format, settings));
     return formats;
 }
 

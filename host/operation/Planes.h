@@ -19,7 +19,8 @@ struct PlaneSettings
     std::optional<unsigned char> depth;       ///< storage format of the output; that of the inputs without
     std::optional<unsigned int> black, white; ///< integer codes of 0.0 and 1.0; the full range without
     std::vector<std::string> planes;          ///< to work on; empty: those with colour; "all": all
-    bool asIs = false;                        ///< takes alpha as it stands, and converts nothing for it
+    bool widens = false; ///< stores in the wider of the inputs' formats and `depth`: it is converted later
+    bool asIs = false;   ///< takes alpha as it stands, and converts nothing for it
 
     bool hasPoints() const { return black || white; }
 };
@@ -53,8 +54,9 @@ void checkPoints(const Plane& plane, const std::string& path, const PlaneSetting
 /// How the library is to read the codes of a plane.
 TIL_Plane codesOf(unsigned char format, const PlaneSettings& settings);
 
-/// The formats to store planes in when nothing else decides.
-std::vector<unsigned char> formatsOf(const Planes& planes, const std::optional<unsigned char>& depth);
+/// The format to store a plane in that has one of its own.
+unsigned char storedFormat(unsigned char own, const PlaneSettings& settings);
+std::vector<unsigned char> formatsOf(const Planes& planes, const PlaneSettings& settings);
 
 /// A block as tiles of the library's, for as long as this object is there; components may be left out.
 class LentTiles

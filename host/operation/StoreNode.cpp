@@ -4,10 +4,21 @@
 
 namespace host {
 
+bool StoreNode::adapts(const Picture& picture, bool straight)
+{
+    const Planes planes(picture);
+    for (size_t p = 0; p < planes.size(); ++p)
+        if (planes[p].colour && picture.alphaOf(p) && picture.isStraight(p) != straight)
+            return true;
+    return false;
+}
+
 Picture StoreNode::plan(const std::vector<const Picture*>& inputs)
 {
     const Planes in(*inputs.front());
-    Picture output = in.picture.withFormats(formatsOf(in, settings_.depth));
+    PlaneSettings formats;
+    formats.depth = settings_.depth;
+    Picture output = in.picture.withFormats(formatsOf(in, formats));
     for (Image& part : output.parts) {
         setWindow(part);
         part.straight = settings_.straight.value_or(part.straight);

@@ -26,6 +26,14 @@ std::string pathOf(const std::string& path, std::optional<int64_t> frame)
     return frame && hasFramePlace(path) ? framePath(path, *frame) : path;
 }
 
+/// Whether a file format can hold an image's data window. Some say of a picture that goes beyond its display
+/// window what few readers look at; it is cut there.
+bool holdsData(const std::string& path, const Image& image)
+{
+    return holdsWindow(path, image.data) || (holdsWindow(path, image.data, image.display) &&
+                                             intersection(image.data, image.display) == image.data);
+}
+
 /// Does some work, and says where in the script it stands when that fails.
 template <class Work>
 auto at(const std::string& where, Work work)
@@ -46,7 +54,9 @@ Script Script::single(Call call, const OutputSettings& settings)
     Script script;
     Output& output = script.outputs.emplace_back();
     output.settings = settings;
-    output.settings.asIs = settings.asIs || call.takesAlphaAsIs();
+    const bool divides = call.operation().find("unpremult") != nullptr && call.isOn("unpremult");
+    output.settings.asIs = settings.asIs || call.takesAlphaAsIs() || divides;
+    script.isSingle = true;
     script.statements.push_back({"", std::move(call), ""});
     return script;
 }
@@ -95,16 +105,20 @@ ScriptGraph::ScriptGraph(const Script& script, std::optional<int64_t> frame, boo
     checkOutputs(script);
     for (const Script::Statement& statement : script.statements)
         at(statement.where, [&] {
-            std::vector<size_t> inputs;
-            std::unique_ptr<Node> node = statement.call.node();
-            for (const std::string& image : statement.call.images())
-                inputs.push_back(nodeOf(image));
-            last_ = graph_.add(statement.hasName() ? statement.name : statement.call.operation().name,
-                               std::move(node), inputs);
+            last_ = add(statement, statement.call);
             named_.emplace_back(statement.name, last_);
         });
     for (const Script::Output& output : script.outputs)
-        at(output.where, [&] { addOutput(output); });
+        at(output.where, [&] { addOutput(script, output); });
+}
+
+size_t ScriptGraph::add(const Script::Statement& statement, const Call& call)
+{
+    std::vector<size_t> inputs;
+    std::unique_ptr<Node> node = call.node();
+    for (const std::string& image : call.images())
+        inputs.push_back(nodeOf(image));
+    return graph_.add(statement.hasName() ? statement.name : call.operation().name, std::move(node), inputs);
 }
 
 /// Throws when a file is written that is read, or written twice.
@@ -112,13 +126,16 @@ void ScriptGraph::checkOutputs(const Script& script) const
 {
     std::error_code ignored;
     std::vector<std::string> written;
+    const std::vector<std::string> inputs = script.inputFiles();
     for (const Script::Output& output : script.outputs) {
         const std::string path = pathOf(output.settings.path, frame_);
-        for (const std::string& input : script.inputFiles())
+        for (const std::string& input : inputs)
             if (std::filesystem::equivalent(inputFile(pathOf(input, frame_)), path, ignored))
                 refuse(output.where + "the output is the input, '" + path + "'; give it another name");
         const auto same = [&](const std::string& other) {
-            return other == path || std::filesystem::equivalent(other, path, ignored);
+            return std::filesystem::equivalent(other, path, ignored) ||
+                   std::filesystem::weakly_canonical(other, ignored) ==
+                       std::filesystem::weakly_canonical(path, ignored);
         };
         if (std::any_of(written.begin(), written.end(), same))
             refuse(output.where + "'" + path + "' is written twice; give one of them another name");
@@ -164,18 +181,23 @@ std::unique_ptr<FileSource> ScriptGraph::openFile(const std::string& path) const
 }
 
 /// A sink for a picture, behind a node that brings it into the form that the file format has.
-void ScriptGraph::addOutput(const Script::Output& output)
+void ScriptGraph::addOutput(const Script& script, const Script::Output& output)
 {
     const OutputSettings& settings = output.settings;
     const std::string path = pathOf(settings.path, frame_);
-    const size_t node = nodeOf(output.image);
-    const Picture& picture = graph_.picture(node);
+    size_t node = nodeOf(output.image);
     StoreNode::Settings form;
     form.depth = settings.depth;
     if (!settings.asIs)
         form.straight = straightIn(path);
-    form.displayWindow =
-        !settings.dataWindow && !holdsWindow(path, picture.first().data, picture.first().display);
+    if (script.isSingle && form.straight && StoreNode::adapts(graph_.picture(node), *form.straight)) {
+        const Script::Statement& statement = script.statements.front(); // rounds once, behind the alpha
+        if (statement.call.operation().find("planes") != nullptr) {
+            form.depth = statement.call.planeSettings().depth;
+            node = last_ = add(statement, statement.call.widened());
+        }
+    }
+    form.displayWindow = !settings.dataWindow && !holdsData(path, graph_.picture(node).first());
     const size_t stored = graph_.add(path, std::make_unique<StoreNode>(form), {node});
     if (planOnly_)
         return;

@@ -50,6 +50,7 @@ struct Script
 
     std::vector<Statement> statements;
     std::vector<Output> outputs;
+    bool isSingle = false; ///< one operation, whose depth is that of the output
 
     /// One operation and where its picture goes; alpha is treated there as the operation is told to.
     static Script single(Call call, const OutputSettings& output);
@@ -82,7 +83,8 @@ public:
 private:
     size_t nodeOf(const std::string& image);
     std::unique_ptr<FileSource> openFile(const std::string& path) const;
-    void addOutput(const Script::Output& output);
+    size_t add(const Script::Statement& statement, const Call& call);
+    void addOutput(const Script& script, const Script::Output& output);
     void checkOutputs(const Script& script) const;
 
     std::optional<int64_t> frame_;

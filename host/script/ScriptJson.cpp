@@ -74,7 +74,8 @@ private:
             return {textOfJson(value)};
         std::vector<std::string> words;
         for (const Json& item : value)
-            words.push_back(textOfJson(item));
+            words.push_back(item.is_string() ? withValues(item.get<std::string>(), "", values_)
+                                             : textOfJson(item));
         return words;
     }
 
@@ -126,6 +127,12 @@ private:
     std::string where_;
     Script script_;
 };
+
+/// A text that reads back with every $ in it.
+std::string escaped(const std::string& text)
+{
+    return joined(splitText(text, '$'), "$$");
+}
 
 Json textSchema(const std::string& help)
 {
@@ -185,12 +192,12 @@ std::string scriptJson(const Script& script)
         for (const Parameter& parameter : call.operation().parameters)
             if (call.has(parameter.key()))
                 item[parameter.key()] = parameter.isText()
-                                            ? Json(call.text(parameter.key()))
+                                            ? Json(escaped(call.text(parameter.key())))
                                             : valueJson(parameter.argument, call.value(parameter.key()));
         statements.push_back(item);
     }
     for (const auto& [image, settings, where] : script.outputs) {
-        Json item = {{"image", image}, {"file", settings.path}};
+        Json item = {{"image", escaped(image)}, {"file", escaped(settings.path)}};
         if (settings.depth)
             item["depth"] = formatName(*settings.depth);
         if (settings.dataWindow)

@@ -71,6 +71,7 @@ public:
             refuseAt(words[1], "an operation is missing behind =");
         std::string piped;
         std::vector<ScriptWord> stage;
+        std::vector<std::vector<ScriptWord>> stages;
         for (size_t i = first; i <= words.size(); ++i) {
             const bool ends = i == words.size();
             if (!ends && !(words[i].text == "|" && words[i].isBare)) {
@@ -79,9 +80,15 @@ public:
             }
             if (stage.empty())
                 refuseAt(words[std::min(i, words.size() - 1)], "an operation is missing beside |");
-            piped = operation(stage, ends ? name : "", piped);
+            stages.push_back(std::move(stage));
             stage.clear();
         }
+        const bool writes = stages.back().front().text == "write";
+        const size_t named = stages.size() - (writes ? 2 : 1); // the last picture of its own
+        if (writes && stages.size() == 1 && !name.empty())
+            refuseAt(words[0], "write makes no picture that could be called '" + name + "'");
+        for (size_t i = 0; i < stages.size(); ++i)
+            piped = operation(stages[i], i == named ? name : "", piped);
     }
 
     Script finish(const std::string& output)
@@ -148,6 +155,9 @@ private:
         }
         const Operation& found =
             atPlace(words[0], [&]() -> const Operation& { return operationOfName(words[0].text); });
+        if (!piped.empty() && std::none_of(found.parameters.begin(), found.parameters.end(),
+                                           [](const Parameter& parameter) { return parameter.isImage; }))
+            refuseAt(words[0], found.name + " takes no picture");
         OperationWords given(found, !piped.empty());
         read({found.name.c_str(), "", nullptr, given.options()}, words);
         Call call = atPlace(words[0], [&] { return given.call(piped); });

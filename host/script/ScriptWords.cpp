@@ -116,7 +116,12 @@ private:
     {
         const std::string begin = where(line_, column_);
         const size_t start = at_;
+        word.isBare = false;
         next();
+        if (at_ < text_.size() && text_[at_] == '$') { // stands for one of them
+            word.text += next();
+            return;
+        }
         const bool braced = at_ < text_.size() && text_[at_] == '{';
         if (braced)
             next();
@@ -141,7 +146,11 @@ private:
 std::vector<ScriptLine> scriptLines(const std::string& text, const std::string& source,
                                     const ScriptValues& values)
 {
-    return Splitter(text, source, values).lines();
+    std::string plain; // without the marks of other systems
+    for (size_t at = text.starts_with("\xEF\xBB\xBF") ? 3 : 0; at < text.size(); ++at)
+        if (text[at] != '\r' || text.compare(at + 1, 1, "\n") != 0)
+            plain += text[at];
+    return Splitter(plain, source, values).lines();
 }
 
 std::string withValues(const std::string& text, const std::string& where, const ScriptValues& values)
@@ -150,6 +159,11 @@ std::string withValues(const std::string& text, const std::string& where, const 
     for (size_t at = 0; at < text.size();) {
         if (text[at] != '$') {
             result += text[at++];
+            continue;
+        }
+        if (text.compare(at + 1, 1, "$") == 0) {
+            result += '$';
+            at += 2;
             continue;
         }
         const bool braced = text.compare(at + 1, 1, "{") == 0;

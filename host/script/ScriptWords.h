@@ -21,7 +21,7 @@ using ScriptLine = std::vector<ScriptWord>;
 std::vector<ScriptLine> scriptLines(const std::string& text, const std::string& source,
                                     const ScriptValues& values);
 
-/// A text with the values put for $NAME and ${NAME}; `where` begins what is said of unknown ones.
+/// A text with the values put for $NAME and ${NAME}, and $ for $$; `where` begins what is said of unknown ones.
 std::string withValues(const std::string& text, const std::string& where, const ScriptValues& values);
 
 } // namespace host
