@@ -1,5 +1,6 @@
 #include "images.h"
 
+#include <host/file/Diff.h>
 #include <host/operation/CompositeNames.h>
 
 #include <OpenImageIO/imagebuf.h>
@@ -183,6 +184,26 @@ TEST_F(Combining, SplitsAndThreadsDoNotMatter)
         expectSameForEverySplit([&](const host::RunSettings& settings) {
             return runOperation(words, out, settings).outputs.front().path;
         });
+}
+
+TEST_F(Combining, AlphaIsWhatTheFileFormatHasAndRoundedOnce)
+{
+    const std::vector<float> colour{0.012f, 0.006f, 0.0f, 0.015f};
+    const std::string exr = add("a.exr", rgba, colour), straight = dir.file("a.png");
+    const host::FrameReport report = runOperation({"grade", exr, "", "--depth", "uint8"}, straight);
+    EXPECT_EQ(report.notes.size(), 1u);
+    const auto at = [this](const char* name, int c) { return read(name).getchannel(3, 3, 0, c); };
+    for (int c = 0; c < 3; ++c)
+        EXPECT_NEAR(at("a.png", c), colour[static_cast<size_t>(c)] / 0.015f, 0.003f);
+    runOperation({"comp", "over", straight, exr}, dir.file("b.exr")); // multiplied for the operation
+    for (int c = 0; c < 4; ++c)
+        EXPECT_NEAR(at("b.exr", c), colour[static_cast<size_t>(c)] * (2.0f - 0.015f), 1e-3f);
+    runOperation({"comp", "over", exr, exr, "--unpremult", "--depth", "uint16"}, dir.file("c.png")); // once
+    EXPECT_NEAR(at("c.png", 1), 0.4f, 0.001f);
+    runOperation({"grade", straight, "", "--alpha", "as-is"}, dir.file("d.tif"));
+    EXPECT_EQ(read("d.tif").spec().get_int_attribute("oiio:UnassociatedAlpha"), 1);
+    runOperation({"grade", straight, ""}, dir.file("e.png"));
+    EXPECT_TRUE(host::diff(straight, dir.file("e.png")).same());
 }
 
 TEST_F(Combining, ErrorsNameTheFileOrTheOption)

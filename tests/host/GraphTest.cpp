@@ -238,6 +238,10 @@ TEST(Script, ErrorsNameLineAndColumn)
         {"edge $FILE", "look:1:6: $FILE has no value; give it one with --set FILE=..."},
         {"a = edge x.exr", "look: nothing is written; end with a line such as `write a out.exr`"},
         {"a = edge x.exr\nwrite a b.exr --depth hlf", "look:2:1: unknown depth 'hlf'; did you mean 'half'?"},
+        {"x = grade p.exr abs | plate", "look:1:23: plate takes no picture"},
+        {"x = write a b.exr", "look:1:1: write makes no picture that could be called 'x'"},
+        {"{\"statements\": [{\"operation\": \"blend\", \"a\": \"x.exr\", \"weights\": [1, 2]}]}",
+         "look: statements: entry 1: --weights requires B"},
         {"{\"statements\": [{\"operation\": \"edge\", \"inputs\": \"x.exr\"}]}",
          "look: statements: entry 1: edge: unknown parameter 'inputs'; did you mean 'input'?"},
     };
@@ -252,15 +256,16 @@ TEST(Script, ErrorsNameLineAndColumn)
 
 TEST(Script, BothFormsSayTheSame)
 {
-    const char* const text = "in=grade \"$FILE\" \"add 1, mult 2\" | edge --gain 2 \\\n --prewitt # edges\n"
-                             "b = blend in $FILE --weights 1 -0.5\nwrite b b.exr --depth half --alpha as-is\n"
-                             "comp over in b | write c.png --window data";
+    const char* const text =
+        "\xEF\xBB\xBFin=grade \"$FILE\" \"add 1, mult 2\" | edge --gain 2 \\\r\n --prewitt # x\r\n"
+        "b = blend in $FILE --weights 1 -0.5\nwrite b b.exr --depth half --alpha as-is\n"
+        "z = comp over in b | write c$$.png --window data\nwrite z d.exr";
     const host::ScriptValues values{{"FILE", "a b.exr"}};
     const host::Script script = host::readScript(text, "look", values, "");
     ASSERT_EQ(script.statements.size(), 4u);
     EXPECT_EQ(script.statements[1].name, "in");
     EXPECT_EQ(script.inputFiles(), Words{"a b.exr"});
-    EXPECT_EQ(script.outputFiles(), (Words{"b.exr", "c.png"}));
+    EXPECT_EQ(script.outputFiles(), (Words{"b.exr", "c$.png", "d.exr"}));
     const std::string json = host::scriptJson(script);
     EXPECT_EQ(host::scriptJson(host::readScriptJson(json, "json", {}, "")), json);
     EXPECT_NE(json.find("\"gain\": 2"), std::string::npos) << json;
