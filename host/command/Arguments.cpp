@@ -47,7 +47,10 @@ std::string describe(const CLI::ParseError& error, const CLI::App& app)
         commands.push_back(known->get_name());
     if (&command == &app)
         return "unknown command '" + word + "'" + suggestion(word, commands);
-    return "'" + word + "' is one argument too many";
+    const CLI::Option* const planes = command.get_option_no_throw("--planes");
+    const bool meansPlanes = planes != nullptr && planes->count() > 0;
+    return "'" + word + "' is one argument too many" +
+           (meansPlanes ? "; --planes takes names with commas between them" : "");
 }
 
 void addOption(CLI::App& command, const Option& option)

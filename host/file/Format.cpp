@@ -1,11 +1,13 @@
 #include <host/file/Format.h>
 
+#include <host/text/Error.h>
 #include <host/text/Names.h>
 #include <host/text/Text.h>
 
 #include <RU/framework/RU_ConvertRow.h>
 
 #include <algorithm>
+#include <map>
 
 namespace host {
 
@@ -45,6 +47,12 @@ unsigned char formatOfName(const std::string& name)
             return entry.format;
         known.emplace_back(entry.name);
     }
+    static const std::map<std::string, const char*> others = {
+        {"float16", "half"}, {"fp16", "half"},    {"16f", "half"},   {"float32", "float"}, {"fp32", "float"},
+        {"32f", "float"},    {"double", "float"}, {"8", "uint8"},    {"8i", "uint8"},      {"byte", "uint8"},
+        {"16", "uint16"},    {"short", "uint16"}, {"16i", "uint16"}, {"32", "uint32"},     {"int", "uint32"}};
+    if (const auto other = others.find(name); other != others.end())
+        refuse("unknown depth '" + name + "'; did you mean '" + other->second + "'?");
     refuseName("unknown depth", name, known);
 }
 
