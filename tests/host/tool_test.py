@@ -92,7 +92,9 @@ class ToolTest(unittest.TestCase):
         self.assertEqual(self.names(), ["in.exr"])
 
     def test_a_full_disk_is_an_error(self):
-        names = ["out.bmp", "out.dpx", "out.exr", "out.fits", "out.heic", "out.jp2", "out.jpg", "out.png", "out.sgi", "out.tga", "out.tif"]
+        names = ["out.bmp", "out.dpx", "out.exr", "out.fits", "out.jp2", "out.jpg", "out.png", "out.sgi", "out.tga", "out.tif"]
+        if "KREILUGE_SANITIZED" not in os.environ:  # the coder of HEIF leaks
+            names.append("out.heic")
         for name in names:
             (self.path / name).write_text("old")
             limited = f"ulimit -f 16; exec '{KREILUGE}' plate -o {name} --depth {'half' if name == 'out.exr' else 'uint8'}"
@@ -102,7 +104,7 @@ class ToolTest(unittest.TestCase):
             self.assertEqual((self.path / name).read_text(), "old")
         with open("/dev/full", "w") as full:
             self.assertEqual(subprocess.run([KREILUGE, "functions"], stdout=full, stderr=full).returncode, 4)
-        self.assertEqual(self.names(), names)
+        self.assertEqual(self.names(), sorted(names))
 
     def test_depths_and_differences(self):
         for name, depth in [("a.png", "uint8"), ("a.tif", "uint16"), ("b.tif", "uint32"), ("a.exr", "half"), ("b.exr", "float")]:
