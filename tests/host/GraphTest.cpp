@@ -28,7 +28,7 @@ std::string numbered(const char* name, size_t number)
 class RandomScript
 {
 public:
-    RandomScript(const TempDirectory& dir, unsigned int seed) : dir_(dir), random_(seed)
+    RandomScript(const TempDirectory& dir, unsigned int seed) : random_(seed)
     {
         constexpr OIIO::TypeDesc::BASETYPE types[] = {OIIO::TypeDesc::UINT8, OIIO::TypeDesc::UINT16,
                                                       OIIO::TypeDesc::FLOAT};
@@ -77,7 +77,6 @@ private:
         }
     }
 
-    const TempDirectory& dir_;
     std::mt19937 random_;
     Words names_;
 };
