@@ -48,7 +48,7 @@ TEST(Parts, AreLayersAndComeOutAsTheyWere)
         EXPECT_EQ(picture.planeNames(),
                   (Names{"color", "depth", "left", "left.mask", "diffuse", "diffuse.right", "motion"}));
         ASSERT_EQ(picture.parts.size(), specs.size());
-        for (const size_t part : {5, 1, 0, 2, 4, 3, 1}) { // in any order, and again
+        for (const size_t part : {5u, 1u, 0u, 2u, 4u, 3u, 1u}) { // in any order, and again
             const OIIO::ImageSpec& spec = specs[part];
             EXPECT_EQ(picture.parts[part].part, spec.get_string_attribute("oiio:subimagename"));
             EXPECT_EQ(picture.parts[part].data, (host::Window{spec.x, spec.y, spec.width, spec.height}));
