@@ -160,12 +160,6 @@ std::optional<bool> straightIn(const std::string& path)
     return format->alpha == FileFormat::Alpha::Straight;
 }
 
-bool holdsParts(const std::string& path)
-{
-    const FileFormat* format = fileFormatOf(path);
-    return format != nullptr && format->holdsParts();
-}
-
 Writer::Writer(const std::string& path, const Image& image) : Writer(path, Picture{path, {image}}) {}
 
 Writer::Writer(const std::string& path, const Picture& picture)

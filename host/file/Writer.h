@@ -23,9 +23,6 @@ bool holdsWindow(const std::string& path, const Window& data);
 /// can hold both or where there is no such format.
 std::optional<bool> straightIn(const std::string& path);
 
-/// Whether files of a path's format can hold several parts.
-bool holdsParts(const std::string& path);
-
 /// Writes an image file, part by part and each from top to bottom. The rows go to a temporary file beside the
 /// target, which takes the target's name only when it is complete; an object destroyed before that leaves
 /// nothing behind.
