@@ -141,7 +141,7 @@ struct OperationOptions : RunOptions
 int run(const host::Operation& operation, const OperationOptions& o)
 {
     host::Call call = o.words.call();
-    if (operation.find("size") != nullptr && !call.has("depth"))
+    if (operation.usualDepth && !call.has("depth"))
         call.set(*operation.find("depth"), {host::formatName(host::usualFormat(o.output))});
     host::OutputSettings settings;
     settings.path = o.output;

@@ -36,7 +36,9 @@ std::vector<Operation> generateOperations()
           depth("storage format (default: what is usual for the file format of the output; half in a "
                 "script)"),
           onOff("--alpha", "add an alpha channel that fades out in the corners")},
-         plate}};
+         plate,
+         nullptr,
+         true}};
 }
 
 } // namespace host
