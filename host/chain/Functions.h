@@ -71,7 +71,6 @@ public:
     const std::vector<CurveKeys>& curves() const { return std::get<std::vector<CurveKeys>>(content_); }
     const std::string& file() const { return std::get<std::string>(content_); }
 
-
     bool isGiven() const { return given_; } ///< false: an argument that is "none"
     bool isUniform() const
     {
