@@ -2,6 +2,7 @@
 #include <RU/composite/ru_BlendRows.h>
 #include <RU/composite/ru_ChromaAdjustRows.h>
 #include <RU/composite/ru_CompositeRows.h>
+#include <RU/filter/ru_AreaRows.h>
 #include <RU/filter/ru_EdgeDetectRows.h>
 #include <RU/pixelfunc/ru_CurveRows.h>
 #include <RU/pixelfunc/ru_LineRows.h>
