@@ -12,4 +12,4 @@ gtest_discover_tests(kreiluge_host_tests PROPERTIES ENVIRONMENT "${quiet}")
 
 add_test(NAME tool COMMAND Python3::Interpreter ${CMAKE_CURRENT_SOURCE_DIR}/host/tool_test.py
   $<TARGET_FILE:kreiluge_tool> ${PROJECT_SOURCE_DIR}/docs/tool.md)
-set_tests_properties(tool PROPERTIES TIMEOUT 300 ENVIRONMENT "${quiet}")
+set_tests_properties(tool PROPERTIES TIMEOUT 900 ENVIRONMENT "${quiet}")

@@ -2,9 +2,8 @@
 
 #include <host/file/Format.h>
 #include <host/picture/PlateNode.h>
-#include <host/text/Error.h>
 
-#include <cstdio>
+#include <tuple>
 
 namespace host {
 
@@ -13,11 +12,7 @@ namespace {
 std::unique_ptr<Node> plate(const Call& call)
 {
     PlateNode::Settings settings;
-    const std::string size = call.text("size");
-    int end = 0;
-    if (std::sscanf(size.c_str(), "%9dx%9d%n", &settings.width, &settings.height, &end) != 2 ||
-        static_cast<size_t>(end) != size.size())
-        refuse("--size: '" + size + "' is no size; expected something like 1920x1080");
+    std::tie(settings.width, settings.height) = readSize("--size", call.text("size"));
     if (call.has("depth"))
         settings.format = formatOfName(call.text("depth"));
     settings.alpha = call.isOn("alpha");

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cctype>
 #include <charconv>
+#include <cmath>
 
 namespace host {
 
@@ -16,7 +17,8 @@ const std::vector<Operation>& operations()
 {
     static const std::vector<Operation> rows = [] {
         std::vector<Operation> all;
-        for (auto* subject : {colourOperations, filterOperations, combineOperations, generateOperations})
+        for (auto* subject :
+             {colourOperations, filterOperations, resampleOperations, combineOperations, generateOperations})
             for (Operation& operation : subject())
                 all.push_back(std::move(operation));
         for (Operation& operation : all) // an argument's messages name it as the parameter does
@@ -162,6 +164,30 @@ unsigned int readWhole(const std::string& option, const std::string& text, unsig
         refuse(option + ": '" + text + "' is no whole number from " + std::to_string(least) + " to " +
                std::to_string(most));
     return number;
+}
+
+std::pair<int, int> readSize(const std::string& option, const std::string& text)
+{
+    constexpr unsigned int most = 1000000;
+    const size_t cross = text.find('x');
+    if (cross == text.npos)
+        refuse(option + ": '" + text + "' is no size; expected something like 1920x1080");
+    return {static_cast<int>(readWhole(option, text.substr(0, cross), 1, most)),
+            static_cast<int>(readWhole(option, text.substr(cross + 1), 1, most))};
+}
+
+void readNumbers(const std::string& option, const std::string& text, std::span<double> out)
+{
+    const std::vector<std::string> words = splitText(text, ',');
+    bool good = words.size() == out.size();
+    for (size_t k = 0; good && k < out.size(); ++k) {
+        const char *begin = words[k].data(), *behind = begin + words[k].size();
+        const auto [end, error] = std::from_chars(begin, behind, out[k]);
+        good = error == std::errc() && end == behind && std::abs(out[k]) <= 1e9;
+    }
+    if (!good)
+        refuse(option + ": '" + text + "' is not " + std::to_string(out.size()) +
+               (out.size() == 1 ? " number" : " numbers with commas between them"));
 }
 
 } // namespace host

@@ -7,7 +7,9 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace host {
@@ -102,5 +104,11 @@ std::optional<int> componentOf(const Call& call, const std::string& key);
 /// A whole number; throws a usage error for anything else.
 unsigned int readWhole(const std::string& option, const std::string& text, unsigned int least,
                        unsigned int most);
+
+/// The width and height of "1920x1080"; throws a usage error for anything else.
+std::pair<int, int> readSize(const std::string& option, const std::string& text);
+
+/// As many numbers as `out` has room for, with commas between them; throws a usage error for anything else.
+void readNumbers(const std::string& option, const std::string& text, std::span<double> out);
 
 } // namespace host

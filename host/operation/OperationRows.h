@@ -11,6 +11,7 @@ std::vector<Operation> colourOperations();
 std::vector<Operation> filterOperations();
 std::vector<Operation> combineOperations();
 std::vector<Operation> generateOperations();
+std::vector<Operation> resampleOperations();
 
 inline Parameter image(const char* name, const char* help, bool required = true)
 {
