@@ -107,6 +107,10 @@ Plan resized(const Image& image, const NewSize& size)
         plan.data = intersection(plan.data, to);
     plan.fromOutput = Projection::shift(from.x, from.y) * Projection::scaling(1.0 / x, 1.0 / y) *
                       Projection::shift(left - from.x, top - from.y);
+    if (plan.data.isEmpty()) { // all of it was cut: a pixel of nothing
+        plan.data = {to.x, to.y, 1, 1};
+        plan.fromOutput = {{}};
+    }
     return plan;
 }
 
