@@ -4,6 +4,7 @@
 #include <RU/composite/ru_CompositeRows.h>
 #include <RU/filter/ru_AreaRows.h>
 #include <RU/filter/ru_EdgeDetectRows.h>
+#include <RU/filter/ru_ExtremeRows.h>
 #include <RU/pixelfunc/ru_CurveRows.h>
 #include <RU/pixelfunc/ru_LineRows.h>
 #include <RU/pixelfunc/ru_LookUpRows.h>

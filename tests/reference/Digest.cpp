@@ -1,6 +1,7 @@
 #include <reference/Digest.h>
 
 #include <RU/composite/RU_Composite.h>
+#include <RU/filter/RU_Morphology.h>
 #include <RU/pixelfunc/RU_PixelEngine.h>
 #include <reference/Contract.h>
 #include <reference/Curves.h>
@@ -159,6 +160,21 @@ void addComposites()
     });
 }
 
+template <class T>
+void addMorphology(const std::string& name)
+{
+    Digest digest(name);
+    for (const int width : lengths()) {
+        Random random(static_cast<uint64_t>(width));
+        const int height = random.between(1, 40);
+        const std::vector<T> src = wildValues<T>(width * height, random);
+        std::vector<T> dst(src.size()), tmp(src.size());
+        RU_Morphology::dilateErode(src.data(), dst.data(), tmp.data(), width, height, random.between(-40, 40),
+                                   random.between(-9, 9));
+        digest.add(dst);
+    }
+}
+
 void addCurves()
 {
     Digest digest("curves");
@@ -185,6 +201,9 @@ void printDigests()
             subject->run(scene, nullptr, 0);
         });
     addComposites();
+#define ADD(CODE, T, WHITE, NAME) addMorphology<T>("morphology " #NAME);
+    PXL_FOR_EACH_FORMAT(ADD)
+#undef ADD
     addCurves();
 }
 
