@@ -1,6 +1,7 @@
 #pragma once
 
 #include <PXL/PXL_Format.h>
+#include <RU/framework/RU_Algorithm.h>
 #include <RU/pixelfunc/RU_ColorCurve.h>
 #include <TIL/TIL_Region.h>
 #include <TIL/TIL_Tile.h>
@@ -53,6 +54,8 @@ public:
     std::vector<double> tileResult() const;
     std::vector<double> bareResult() const;
     Second& second(); ///< made at the first call
+    /// The input with a border, in which its edges are repeated.
+    std::shared_ptr<TIL_Region> around(const RU_Border& border) const;
     /// Makes the output what the input is.
     void refill();
 
@@ -123,6 +126,8 @@ constexpr float satScale = 1.2f;
 constexpr float valScale = 0.9f;
 constexpr float levelsBlack = 0.05f;
 constexpr float levelsWhite = 0.9f;
+constexpr float shiftX = 0.25f; // pixels
+constexpr float shiftY = 0.5f;
 constexpr float mixWeight = 0.8f; // of the first picture; 1 / 255 goes into it, as some take weights
 constexpr float curveKeys[5][2] = {{0.0f, 0.02f}, {0.2f, 0.12f}, {0.5f, 0.55f}, {0.8f, 0.9f}, {1.2f, 1.1f}};
 

@@ -5,12 +5,17 @@
 
 namespace bench::opencv {
 
+int typeOf(const Planes& planes)
+{
+    constexpr int types[] = {CV_8U, CV_16U, CV_32S, CV_32F, CV_16F};
+    return types[planes.plane.formatCode];
+}
+
 /// The components of a pixel as so many columns; reshape() makes channels of them.
 cv::Mat matrix(Planes& planes, void* data, int border = 0)
 {
-    constexpr int types[] = {CV_8U, CV_16U, CV_32S, CV_32F, CV_16F};
     return {planes.in.height() + 2 * border, (planes.in.width() + 2 * border) * planes.components(),
-            types[planes.plane.formatCode], data};
+            typeOf(planes), data};
 }
 
 /// cv::LUT with a table made beforehand.
@@ -122,6 +127,73 @@ Work sobel(Planes& planes)
     };
 }
 
+cv::Mat matrix(const Planes& planes, TIL_Region& region)
+{
+    return {region.height(), region.width(), typeOf(planes), region.getImageData(0)};
+}
+
+/// The pixels that the library writes; those around them are read from the larger matrix. Beside them the
+/// library's second pass finds nothing from the first.
+template <int Size>
+Work dilate(Planes& planes)
+{
+    const int half = Size / 2, width = planes.in.width(), height = planes.in.height();
+    const cv::Rect inside(half, half, (width - 2 * half) / Size * Size, (height - 2 * half) / Size * Size);
+    const cv::Mat rows = matrix(planes, planes.output).rowRange(inside.y, inside.y + inside.height);
+    return
+        [from = matrix(planes, planes.input)(inside), to = rows.colRange(inside.x, inside.x + inside.width),
+         left = rows.colRange(0, inside.x), right = rows.colRange(inside.x + inside.width, width),
+         element = cv::Mat::ones(Size, Size, CV_8U)]() mutable {
+            cv::dilate(from, to, element);
+            left = cv::Scalar::all(0);
+            right = cv::Scalar::all(0);
+        };
+}
+
+/// A closing or opening by lines both ways and what becomes of the two; with anchors of its own, as
+/// cv::morphologyEx moves the image where lines are even.
+struct Lines
+{
+    cv::Mat first, along, down;
+
+    template <class First, class Then>
+    void operator()(const cv::Mat& from, First makeFirst, Then then)
+    {
+        constexpr int size = 6;
+        for (cv::Mat* to : {&along, &down}) {
+            const cv::Size line = to == &along ? cv::Size(size, 1) : cv::Size(1, size);
+            const cv::Mat element = cv::Mat::ones(line, CV_8U);
+            makeFirst(from, first, element, cv::Point(0, 0), 1, cv::BORDER_REPLICATE, cv::Scalar());
+            then(first, *to, element, cv::Point(line.width - 1, line.height - 1), 1, cv::BORDER_REPLICATE,
+                 cv::Scalar());
+        }
+    }
+};
+
+/// Over the whole region, so that nothing within the picture is made from what lies beyond the border.
+Work degrain(Planes& planes)
+{
+    constexpr int border = 10;
+    const auto around = planes.around({border, border, border, border});
+    const cv::Rect inside(border, border, planes.in.width(), planes.in.height());
+    return [around, from = matrix(planes, *around), to = matrix(planes, planes.output), inside,
+            closed = cv::Mat(), lines = Lines()]() mutable {
+        lines(from, cv::dilate, cv::erode);
+        cv::min(lines.along, lines.down, closed);
+        lines(closed, cv::erode, cv::dilate);
+        cv::max(lines.along(inside), lines.down(inside), to);
+    };
+}
+
+Work shift(Planes& planes)
+{
+    const auto around = planes.around({.right = 1, .top = 1});
+    const cv::Matx23f map(1, 0, shiftX, 0, 1, shiftY);
+    return [around, from = matrix(planes, *around), to = matrix(planes, planes.output), map]() mutable {
+        cv::warpAffine(from, to, map, to.size(), cv::INTER_LINEAR | cv::WARP_INVERSE_MAP);
+    };
+}
+
 /// From the output and the second picture into the output.
 Work inPlace(Planes& planes, auto operation)
 {
@@ -197,6 +269,21 @@ const bool added = [] {
         {"edge_detect/uint8", "cv::Sobel, abs, add", sobel<CV_16S>},
         {"edge_detect/uint16", "cv::Sobel, abs, add", sobel<CV_32F>},
         {"edge_detect/float", "cv::Sobel, abs, add", sobel<CV_32F>},
+        {"dilate_3/uint8", "cv::dilate", dilate<3>},
+        {"dilate_3/uint16", "cv::dilate", dilate<3>},
+        {"dilate_3/float", "cv::dilate", dilate<3>},
+        {"dilate_15/uint8", "cv::dilate", dilate<15>},
+        {"dilate_15/uint16", "cv::dilate", dilate<15>},
+        {"dilate_15/float", "cv::dilate", dilate<15>},
+        {"dilate_61/uint8", "cv::dilate", dilate<61>},
+        {"dilate_61/uint16", "cv::dilate", dilate<61>},
+        {"dilate_61/float", "cv::dilate", dilate<61>},
+        {"degrain/uint8", "cv::dilate, erode, min, max", degrain},
+        {"degrain/uint16", "cv::dilate, erode, min, max", degrain},
+        {"degrain/float", "cv::dilate, erode, min, max", degrain},
+        {"shift/uint8", "cv::warpAffine", shift},
+        {"shift/uint16", "cv::warpAffine", shift},
+        {"shift/float", "cv::warpAffine", shift},
         {"screen/uint8", "cv::bitwise_not, multiply", screen},
         {"screen/uint16", "cv::bitwise_not, multiply", screen},
         {"screen/float", "cv::multiply, add, subtract", screen},

@@ -120,6 +120,23 @@ Planes::Second& Planes::second()
     return *second_;
 }
 
+std::shared_ptr<TIL_Region> Planes::around(const RU_Border& border) const
+{
+    auto wide = std::make_shared<TIL_Region>(plane, -border.left, -border.bottom, in.x2 + border.right,
+                                             in.y2 + border.top);
+    withType(plane.formatCode, [&]<class T>(T) {
+        for (int c = 0; c < components(); ++c) {
+            const T* tile = nullptr;
+            std::as_const(*in.tiles[c]).getImageData(tile);
+            T* to = static_cast<T*>(wide->getImageData(c));
+            for (int y = wide->y1; y <= wide->y2; ++y)
+                for (int x = wide->x1; x <= wide->x2; ++x)
+                    *to++ = tile[std::clamp(y, 0, in.y2) * in.width() + std::clamp(x, 0, in.x2)];
+        }
+    });
+    return wide;
+}
+
 void Planes::refill()
 {
     for (int c = 0; c < components(); ++c) {

@@ -3,7 +3,10 @@
 
 #include <RU/composite/RU_Blend.h>
 #include <RU/composite/RU_Composite.h>
+#include <RU/filter/RU_Degrain.h>
 #include <RU/filter/RU_EdgeDetect.h>
+#include <RU/filter/RU_Morphology.h>
+#include <RU/filter/RU_SubPixel.h>
 #include <RU/pixelfunc/RU_AddFunc.h>
 #include <RU/pixelfunc/RU_ColorCurveFunc.h>
 #include <RU/pixelfunc/RU_GammaFunc.h>
@@ -95,6 +98,35 @@ Work edgeDetect(Planes& planes)
     };
 }
 
+Work filterAround(Planes& planes, const std::shared_ptr<RU_Algorithm>& algorithm)
+{
+    return [algorithm, &planes, around = planes.around(algorithm->border())] {
+        algorithm->filter(&planes.out, around.get(), 0.0f, nullptr, 0, nullptr);
+    };
+}
+
+Work degrain(Planes& planes)
+{
+    return filterAround(planes, std::make_shared<RU_Degrain>());
+}
+
+Work shift(Planes& planes)
+{
+    const auto shift = std::make_shared<RU_SubPixel>();
+    shift->setWeights(shiftX, shiftY);
+    return filterAround(planes, shift);
+}
+
+template <class T, int Size>
+Work dilate(Planes& planes)
+{
+    return [&planes, between = std::make_shared<TIL_Buffer>(static_cast<int64_t>(planes.bytes()))] {
+        RU_Morphology::dilate(static_cast<const T*>(planes.input), static_cast<T*>(planes.output),
+                              static_cast<T*>(between->data()), planes.in.width(), planes.in.height(), Size,
+                              Size);
+    };
+}
+
 /// Over, piece by piece as a host hands over its tiles; the last component is the alpha.
 template <class T>
 Work over(Planes& planes)
@@ -169,6 +201,22 @@ const std::vector<Row> rows = {
     {"edge_detect/uint16", PXL_FORMAT_uint16, edgeDetect},
     {"edge_detect/half", PXL_FORMAT_half, edgeDetect},
     {"edge_detect/float", PXL_FORMAT_float32, edgeDetect, {hd, small}},
+    {"dilate_3/uint8", PXL_FORMAT_uint8, dilate<uint8_t, 3>},
+    {"dilate_3/uint16", PXL_FORMAT_uint16, dilate<uint16_t, 3>},
+    {"dilate_3/float", PXL_FORMAT_float32, dilate<float, 3>},
+    {"dilate_15/uint8", PXL_FORMAT_uint8, dilate<uint8_t, 15>},
+    {"dilate_15/uint16", PXL_FORMAT_uint16, dilate<uint16_t, 15>},
+    {"dilate_15/float", PXL_FORMAT_float32, dilate<float, 15>},
+    {"dilate_61/uint8", PXL_FORMAT_uint8, dilate<uint8_t, 61>},
+    {"dilate_61/uint16", PXL_FORMAT_uint16, dilate<uint16_t, 61>},
+    {"dilate_61/float", PXL_FORMAT_float32, dilate<float, 61>},
+    {"degrain/uint8", PXL_FORMAT_uint8, degrain},
+    {"degrain/uint16", PXL_FORMAT_uint16, degrain},
+    {"degrain/float", PXL_FORMAT_float32, degrain},
+    {"shift/uint8", PXL_FORMAT_uint8, shift},
+    {"shift/uint16", PXL_FORMAT_uint16, shift},
+    {"shift/half", PXL_FORMAT_half, shift},
+    {"shift/float", PXL_FORMAT_float32, shift},
     {"over/uint8", PXL_FORMAT_uint8, over<uint8_t>, allSizes, 4, moveWithAlpha},
     {"over/uint16", PXL_FORMAT_uint16, over<uint16_t>, allSizes, 4, moveWithAlpha},
     {"over/float", PXL_FORMAT_float32, over<float>, allSizes, 4, moveWithAlpha},
