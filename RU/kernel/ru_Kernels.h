@@ -65,6 +65,7 @@ struct ru_KernelTable
     X(ru_AreaKernels, ru_areaRows)                                                                           \
     X(ru_ExtremeKernels, ru_extremeRows)                                                                     \
     X(ru_SubPixelKernels, ru_subPixelRows)                                                                   \
+    X(ru_FeatherKernels, ru_featherRows)                                                                     \
     X(ru_CompositeKernels, ru_compositeRows)                                                                 \
     X(ru_BlendKernels, ru_blendRows)                                                                         \
     X(ru_ChromaAdjustKernels, ru_chromaAdjustRows)

@@ -5,6 +5,7 @@
 #include <RU/filter/ru_AreaRows.h>
 #include <RU/filter/ru_EdgeDetectRows.h>
 #include <RU/filter/ru_ExtremeRows.h>
+#include <RU/filter/ru_FeatherRows.h>
 #include <RU/filter/ru_SubPixelRows.h>
 #include <RU/pixelfunc/ru_CurveRows.h>
 #include <RU/pixelfunc/ru_LineRows.h>

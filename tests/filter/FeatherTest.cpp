@@ -1,0 +1,154 @@
+#include <RU/filter/RU_Feather.h>
+#include <reference/Contract.h>
+
+#include <numbers>
+
+using namespace reference;
+
+namespace {
+
+const char* const formulas[] = {
+#define FORMULA(NAME, TEXT, FORMULA) FORMULA,
+    RU_FOR_EACH_FEATHER_DROPOFF(FORMULA)
+#undef FORMULA
+};
+
+double dropoff(int kind, double x)
+{
+    switch (kind) {
+    case 1:
+        return 1.0523 * (1 - std::exp(-3 * x * x));
+    case 2:
+        return 1.0523 * (1 - std::exp(-3 * x));
+    case 3:
+        return (std::exp(-3 * (1 - x)) - 1) * 1.0523 + 1;
+    case 4:
+        return 0.5 - 0.5 * std::cos(std::numbers::pi * x);
+    default:
+        return x;
+    }
+}
+
+class Feather : public FilterSubject<RU_Feather>
+{
+public:
+    explicit Feather(const char* of) : FilterSubject(of) { algorithm.initialize(0.0f); }
+
+    /// The border, which a scene already has, stays.
+    void choose(Random& random) override
+    {
+        algorithm.dropoff = static_cast<RU_FeatherDropoff>(random.between(0, 5));
+        algorithm.radiusX = static_cast<float>(random.between(4.01, 5.0));
+        algorithm.radiusY = random.oneIn(2) ? 5.0f : static_cast<float>(random.between(4.01, 5.0));
+        algorithm.initialize(0.0f);
+        for (int entry = random.oneIn(3) ? 8 : 0; entry > 0; --entry)
+            algorithm.setLUTVal(random.between(-6, 6), random.between(-6, 6), anyFloat(random));
+    }
+
+    Exact result(const Neighbours& at) const override
+    {
+        double most = at(0, 0);
+        for (int dy = -5; dy <= 5; ++dy)
+            for (int dx = -5; dx <= 5; ++dx) {
+                const double weight = algorithm.getLUTVal(dx, dy), there = at(dx, dy);
+                if (there > 0 && weight > 0 && there * weight > most)
+                    most = there * weight;
+            }
+        return {most, std::isfinite(most) ? 4 * std::abs(most) : 0.0, {}, true};
+    }
+
+    using FilterSubject::algorithm;
+};
+
+const Registered<Feather> feather("Feather");
+
+} // namespace
+
+TEST(Feather, TablesFallFromOneToZeroAlikeOnAllSides)
+{
+    for (int kind = -1; kind < 6; ++kind)
+        for (const auto& [rx, ry] : {std::pair(5.0f, 5.0f), {12.3f, 4.0f}, {0.0f, 7.5f}, {1.0f, 0.5f}}) {
+            RU_Feather feather;
+            feather.radiusX = rx;
+            feather.radiusY = ry;
+            feather.dropoff = static_cast<RU_FeatherDropoff>(kind);
+            EXPECT_EQ(feather.getLUTVal(0, 0), 0.0f) << "before initialize()";
+            ASSERT_EQ(feather.initialize(0.0f), 1);
+            for (int y = -9; y <= 9; ++y)
+                for (int x = -14; x <= 14; ++x) {
+                    const double u = x == 0 ? 0.0 : x / double(rx), v = y == 0 ? 0.0 : y / double(ry);
+                    const double d = std::hypot(u, v), f = dropoff(kind, 1.0 - d);
+                    const double exact = d == 0.0 ? 1.0 : d < 1.0 ? std::clamp(f, 0.0, 1.0) : 0.0;
+                    const float weight = feather.getLUTVal(x, y);
+                    ASSERT_NEAR(weight, exact, 5e-7) << kind << " at " << x << ", " << y;
+                    EXPECT_EQ(weight, feather.getLUTVal(-x, -y));
+                    EXPECT_LE(feather.getLUTVal(std::abs(x) + 1, y), weight);
+                    EXPECT_LE(feather.getLUTVal(x, std::abs(y) + 1), weight);
+                    EXPECT_EQ(weight, feather.evalLUT(static_cast<float>(x), static_cast<float>(-y)));
+                    EXPECT_NEAR(
+                        feather.evalLUT(static_cast<float>(std::abs(x)) + 0.25f, static_cast<float>(y)),
+                        0.75f * weight + 0.25f * feather.getLUTVal(std::abs(x) + 1, y), 1e-6);
+                }
+        }
+    EXPECT_EQ(std::size(formulas), 5u);
+}
+
+TEST(Feather, RadiiOfAnyKindAreTaken)
+{
+    const float nan = std::nanf("");
+    for (const auto& [radius, reach] :
+         {std::pair(nan, 0), {-3.0f, 0}, {0.0f, 0}, {0.2f, 1}, {2.0f, 2}, {2.1f, 3}, {1e30f, 1024}}) {
+        RU_Feather feather;
+        feather.radiusX = feather.radiusY = radius;
+        const RU_Border border = feather.border();
+        EXPECT_TRUE(border.left == reach && border.right == reach && border.top == reach &&
+                    border.bottom == reach)
+            << radius;
+        if (reach > 3)
+            continue;
+        ASSERT_EQ(feather.initialize(0.0f), 1);
+        feather.setLUTVal(1 << 30, 0, 1.0f);
+        EXPECT_EQ(feather.evalLUT(nan, 0.0f), 0.0f);
+        EXPECT_EQ(feather.evalLUT(1e30f, -1e30f), 0.0f);
+    }
+}
+
+// Whatever the radius and the block: as wide as what goes at once, with long and flat stretches, and with odd values.
+TEST(Feather, WideWindowsGiveTheFormulaAndLowerNothing)
+{
+    for (const uint64_t seed : {1u, 2u, 3u, 4u, 5u, 6u}) {
+        SCOPED_TRACE(seed);
+        Random random(seed);
+        const int rx = random.between(0, 40), ry = random.between(0, 20);
+        RU_Feather feather;
+        feather.radiusX = static_cast<float>(rx) + 0.5f * static_cast<float>(seed % 2);
+        feather.radiusY = static_cast<float>(ry);
+        feather.dropoff = static_cast<RU_FeatherDropoff>(seed % 5);
+        ASSERT_EQ(feather.initialize(0.0f), 1);
+        const Format format{static_cast<unsigned char>(seed % 5), seed % 2 == 0};
+        Scene scene(format, feather.border(), 300, 9);
+        const int64_t count = int64_t(scene.around.width()) * scene.around.height();
+        scene.fill(random, 40);
+        for (int64_t i = 0; i < count; ++i)
+            if (i / 100 % 3 != 0)
+                format.put(scene.around.getImageData(0), i, i / 170 % 2 == 0 ? 0.0 : format.range().white);
+        scene.hold();
+        ASSERT_EQ(feather.filter(&scene.out.list, &scene.around, 0.0f, nullptr, 1, nullptr), 1);
+        const RU_Border border = feather.border();
+        const auto at = [&](int x, int y) {
+            return scene.value(scene.around.getImageData(0),
+                               int64_t(y + border.bottom) * scene.around.width() + x + border.left);
+        };
+        for (int y = 0; y < 9; ++y)
+            for (int x = 0; x < 300; ++x) {
+                double most = at(x, y);
+                for (int dy = -border.bottom; dy <= border.top; ++dy)
+                    for (int dx = -border.left; dx <= border.right; ++dx)
+                        if (at(x + dx, y + dy) > 0)
+                            most = std::max(most, at(x + dx, y + dy) * feather.getLUTVal(dx, dy));
+                ASSERT_TRUE(format.holds(scene.out.at(0, x, y), most, scene.points(),
+                                         std::isfinite(most) ? 4 * std::abs(most) * format.roundOff() : 0.0))
+                    << x << ", " << y;
+            }
+    }
+}
