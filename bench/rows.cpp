@@ -8,6 +8,7 @@
 #include <RU/filter/RU_Feather.h>
 #include <RU/filter/RU_Morphology.h>
 #include <RU/filter/RU_SubPixel.h>
+#include <RU/generate/RU_Noise.h>
 #include <RU/pixelfunc/RU_AddFunc.h>
 #include <RU/pixelfunc/RU_ColorCurveFunc.h>
 #include <RU/pixelfunc/RU_GammaFunc.h>
@@ -176,6 +177,35 @@ Work dilate(Planes& planes)
                     }
                 };
             }
+            template <UT_NoiseType Type, int Octaves>
+            Work noise(Planes & planes)
+            {
+                const auto noise = std::make_shared<RU_Noise>();
+                noise->type = Type;
+                noise->turbulence = Octaves;
+                return [noise, &planes] { noise->generate(&planes.out, 0.0f, nullptr, 0, nullptr); };
+            }
+
+            /// Over, piece by piece as a host hands over its tiles; the last component is the alpha.
+            template <class T>
+            Work over(Planes & planes)
+            {
+                return [&planes, &second = planes.second()] {
+                    T* to[4] = {};
+                    const T* from[4] = {};
+                    for (int c = 0; c < 4; ++c) {
+                        planes.out.tiles[c]->getImageData(to[c]);
+                        from[c] = static_cast<const T*>(second.region.getImageData(c));
+                    }
+                    for (int at = 0; at < planes.out.itemCount; at += pieceLength) {
+                        const int count = std::min(pieceLength, planes.out.itemCount - at);
+                        for (int c = 0; c < 3; ++c)
+                            RU_Composite::composite(RU_COMP_OVER, count, 1, to[c] + at, to[3] + at,
+                                                    from[c] + at, from[3] + at);
+                        RU_Composite::compositeAlpha(RU_COMP_OVER, count, 1, to[3] + at, from[3] + at);
+                    }
+                };
+            }
 
             /// An operation that reads no alpha, on a single component.
             template <class T, RU_CompositeType Type>
@@ -272,5 +302,58 @@ Work dilate(Planes& planes)
                 {"blend/uint16", PXL_FORMAT_uint16, blendWeighted, allSizes, 1, movePair},
                 {"blend/float", PXL_FORMAT_float32, blendWeighted, allSizes, 1, movePair},
             };
+} // namespace
+
+const std::vector<Row> rows = {
+    {"gamma_add/uint8", PXL_FORMAT_uint8, gammaThenAdd, {hd, small}},
+    {"gamma_add/uint16", PXL_FORMAT_uint16, gammaThenAdd, {hd, small}},
+    {"gamma_add/half", PXL_FORMAT_half, gammaThenAdd, {hd, small}},
+    {"gamma_add/uint32", PXL_FORMAT_uint32, gammaThenAdd},
+    {"gamma_add/float", PXL_FORMAT_float32, gammaThenAdd, {hd, small}},
+    {"add_mult_limit/float", PXL_FORMAT_float32, addMultLimit, {hd, small}},
+    {"sin/float", PXL_FORMAT_float32, sine, {hd, small}},
+    {"gamma/float", PXL_FORMAT_float32, gamma, {uhd, small}, 3},
+    {"levels/float", PXL_FORMAT_float32, levels, {uhd, small}, 3},
+    {"levels/half", PXL_FORMAT_half, levels, {uhd, small}, 3},
+    {"curve/float", PXL_FORMAT_float32, curve, {uhd, small}, 3},
+    {"curve/half", PXL_FORMAT_half, curve, {uhd, small}, 3},
+    {"saturation/float", PXL_FORMAT_float32, saturation, {uhd, small}, 3},
+    {"saturation/half", PXL_FORMAT_half, saturation, {uhd, small}, 3},
+    {"hsv_adjust/float", PXL_FORMAT_float32, adjustHSV, {uhd, small}, 3},
+    {"hsv_adjust/half", PXL_FORMAT_half, adjustHSV, {uhd, small}, 3},
+    {"gamma_hsv/uint16", PXL_FORMAT_uint16, gammaThenHSV, {uhd, small}, 3},
+    {"edge_detect/uint8", PXL_FORMAT_uint8, edgeDetect, {hd, small}},
+    {"edge_detect/uint16", PXL_FORMAT_uint16, edgeDetect},
+    {"edge_detect/half", PXL_FORMAT_half, edgeDetect},
+    {"edge_detect/float", PXL_FORMAT_float32, edgeDetect, {hd, small}},
+    {"feather_5/uint8", PXL_FORMAT_uint8, feather<5>},
+    {"feather_5/float", PXL_FORMAT_float32, feather<5>},
+    {"feather_15/uint8", PXL_FORMAT_uint8, feather<15>},
+    {"feather_15/float", PXL_FORMAT_float32, feather<15>},
+    {"noise_perlin/uint8", PXL_FORMAT_uint8, noise<UT_NOISE_PERLIN, 1>},
+    {"noise_perlin/float", PXL_FORMAT_float32, noise<UT_NOISE_PERLIN, 1>, {hd, small}},
+    {"noise_perlin_4/float", PXL_FORMAT_float32, noise<UT_NOISE_PERLIN, 4>, {hd, small}},
+    {"noise_sparse/float", PXL_FORMAT_float32, noise<UT_NOISE_SPARSE, 1>},
+    {"noise_cellular/float", PXL_FORMAT_float32, noise<UT_NOISE_CELLULAR, 1>},
+    {"over/uint8", PXL_FORMAT_uint8, over<uint8_t>, allSizes, 4, moveWithAlpha},
+    {"over/uint16", PXL_FORMAT_uint16, over<uint16_t>, allSizes, 4, moveWithAlpha},
+    {"over/float", PXL_FORMAT_float32, over<float>, allSizes, 4, moveWithAlpha},
+    {"screen/uint8", PXL_FORMAT_uint8, composite<uint8_t, RU_COMP_SCREEN>, allSizes, 1, movePair},
+    {"screen/uint16", PXL_FORMAT_uint16, composite<uint16_t, RU_COMP_SCREEN>, allSizes, 1, movePair},
+    {"screen/float", PXL_FORMAT_float32, composite<float, RU_COMP_SCREEN>, allSizes, 1, movePair},
+    {"add/uint8", PXL_FORMAT_uint8, composite<uint8_t, RU_COMP_ADD>, allSizes, 1, movePair},
+    {"add/uint16", PXL_FORMAT_uint16, composite<uint16_t, RU_COMP_ADD>, allSizes, 1, movePair},
+    {"add/float", PXL_FORMAT_float32, composite<float, RU_COMP_ADD>, allSizes, 1, movePair},
+    {"min/uint8", PXL_FORMAT_uint8, composite<uint8_t, RU_COMP_MINIMUM>, allSizes, 1, movePair},
+    {"min/uint16", PXL_FORMAT_uint16, composite<uint16_t, RU_COMP_MINIMUM>, allSizes, 1, movePair},
+    {"min/float", PXL_FORMAT_float32, composite<float, RU_COMP_MINIMUM>, allSizes, 1, movePair},
+    {"blend_mask/uint8", PXL_FORMAT_uint8, blendMasked, allSizes, 4, moveWithMask},
+    {"blend_mask/uint16", PXL_FORMAT_uint16, blendMasked, allSizes, 4, moveWithMask},
+    {"blend_mask/half", PXL_FORMAT_half, blendMasked, allSizes, 4, moveWithMask},
+    {"blend_mask/float", PXL_FORMAT_float32, blendMasked, allSizes, 4, moveWithMask},
+    {"blend/uint8", PXL_FORMAT_uint8, blendWeighted, allSizes, 1, movePair},
+    {"blend/uint16", PXL_FORMAT_uint16, blendWeighted, allSizes, 1, movePair},
+    {"blend/float", PXL_FORMAT_float32, blendWeighted, allSizes, 1, movePair},
+};
 
 } // namespace bench

@@ -7,6 +7,7 @@
 #include <RU/filter/ru_ExtremeRows.h>
 #include <RU/filter/ru_FeatherRows.h>
 #include <RU/filter/ru_SubPixelRows.h>
+#include <RU/generate/ru_NoiseRows.h>
 #include <RU/pixelfunc/ru_CurveRows.h>
 #include <RU/pixelfunc/ru_LineRows.h>
 #include <RU/pixelfunc/ru_LookUpRows.h>
