@@ -28,7 +28,7 @@ class NoiseOctave
 {
 public:
     NoiseOctave(const RU_Noise& noise, uint32_t component, int octave, double weight, double time)
-        : type_(noise.type), weight_(static_cast<float>(weight)),
+        : type_(noise.type), weight_(static_cast<float>(weight)), isFirst_(octave == 0),
           key_(UT_noise::hashed(static_cast<uint32_t>(octave),
                                 UT_noise::hashed(component, UT_noise::mixed(noise.seed)))),
           x_{0.0, noise.offsetX, frequencyOf(noise.periodX, octave), UT_noise::displacement(key_, 0)},
@@ -57,6 +57,8 @@ public:
         std::fill_n(columns_.end() - ru_noiseSpare, ru_noiseSpare, columns_[sizeOf(count - 1)]);
         cells_.resize(cells_.size() + sizeOf(ru_noiseSpare), cells_.back());
         arrays_.resize(cells_.size() * (isPerlin() ? 2 : 3 * UT_noise::points));
+        vectors_.resize(isPerlin() ? cells_.size() * 3 * UT_noise::perlinPoints : 0);
+        hasVectors_ = false;
     }
 
     /// Adds a row's noise.
@@ -65,15 +67,20 @@ public:
         const ru_NoiseKernels& kernels = ru_noiseRows();
         const Place place = UT_noise::placeOf(ru_NoiseAxis::at(y_, y));
         const auto columns = static_cast<int64_t>(cells_.size());
-        if (isPerlin())
-            kernels.perlinColumns(UT_noise::perlinRow(place, z_, key_), cells_.data(), arrays_.data(),
-                                  columns);
-        else
+        if (isPerlin()) {
+            const UT_noise::PerlinRow line = UT_noise::perlinRow(place, z_, key_);
+            if (!hasVectors_ || place.cell != vectorsCell_)
+                kernels.perlinVectors(line.keys, cells_.data(), vectors_.data(), columns);
+            hasVectors_ = true;
+            vectorsCell_ = place.cell;
+            kernels.perlinColumns(line, vectors_.data(), arrays_.data(), columns);
+        } else {
             kernels.pointColumns(UT_noise::pointRow(place, z_, key_), cells_.data(), arrays_.data(), columns);
+        }
         const auto row = type_ == UT_NOISE_SPARSE     ? kernels.sparse
                          : type_ == UT_NOISE_CELLULAR ? kernels.cellular
                                                       : kernels.perlin;
-        row({columns_.data(), fractions_.data(), count_, arrays_.data(), columns, weight_}, sum);
+        row({columns_.data(), fractions_.data(), count_, arrays_.data(), columns, weight_, isFirst_}, sum);
     }
 
 private:
@@ -108,6 +115,7 @@ private:
 
     UT_NoiseType type_;
     float weight_;
+    bool isFirst_;
     uint32_t key_;
     ru_NoiseAxis x_, y_;
     Place z_;
@@ -116,6 +124,9 @@ private:
     std::vector<float> fractions_;
     std::vector<uint32_t> cells_; ///< of each column
     std::vector<float> arrays_;
+    bool hasVectors_ = false;
+    uint32_t vectorsCell_ = 0;   ///< whose y they have
+    std::vector<float> vectors_; ///< of Perlin's columns
 };
 
 std::vector<NoiseOctave> octavesOf(const RU_Noise& noise, int component, double time)
@@ -185,7 +196,6 @@ private:
         for (NoiseOctave& octave : octaves)
             octave.locate(x1_ + x, count);
         return rows_.each(thread, [&](int64_t y) {
-            std::fill(sum_.begin(), sum_.end(), 0.0f);
             for (NoiseOctave& octave : octaves)
                 octave.add(y_.at(y), sum_.data());
             for (int c = component; c < end; ++c) {

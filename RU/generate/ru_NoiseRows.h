@@ -28,18 +28,20 @@ struct ru_NoisePiece
     const float* cells;  ///< arrays of what columns of cells are made of
     int64_t columnCount; ///< in each array, spare ones included
     float weight;
+    bool isFirst; ///< octave: it is stored, not added
 };
 
 /// Rows of noise; see UT_Noise.h. `cells` are the lattice coordinates of the columns.
 struct ru_NoiseKernels : ru_KernelTable
 {
     void (*locate)(const ru_NoiseAxis& axis, uint32_t* cells, float* fractions, int64_t count);
+    /// Three arrays for each vector of a column: x, y, z. They hold for all rows with these keys.
+    void (*perlinVectors)(const uint32_t* keys, const uint32_t* cells, float* vectors, int64_t count);
     /// Two arrays: slopes, levels.
-    void (*perlinColumns)(const UT_noise::PerlinRow& row, const uint32_t* cells, float* arrays,
-                          int64_t count);
+    void (*perlinColumns)(const UT_noise::PerlinRow& row, const float* vectors, float* arrays, int64_t count);
     /// Three arrays for each point of a column: x, rest, strength.
     void (*pointColumns)(const UT_noise::PointRow& row, const uint32_t* cells, float* arrays, int64_t count);
-    // sum[i] += weight noise; perlin takes a pixel's column and the next one, the others the one after that too
+    // Sums of weight times noise. Perlin takes a pixel's column and the next one, the others the one after that too
     void (*perlin)(const ru_NoisePiece& piece, float* sum);
     void (*sparse)(const ru_NoisePiece& piece, float* sum);
     void (*cellular)(const ru_NoisePiece& piece, float* sum);

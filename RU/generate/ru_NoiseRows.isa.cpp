@@ -17,14 +17,38 @@ void locate(const ru_NoiseAxis& given, uint32_t* __restrict cells, float* __rest
     }
 }
 
-void perlinColumns(const PerlinRow& given, const uint32_t* __restrict cells, float* __restrict arrays,
+void perlinVectors(const uint32_t* keys, const uint32_t* __restrict cells, float* __restrict vectors,
                    int64_t count)
 {
+    for (int k = 0; k < perlinPoints; ++k) {
+        const uint32_t key = keys[k];
+        float* __restrict x = vectors + 3 * k * count;
+        float* __restrict y = x + count;
+        float* __restrict z = y + count;
+        for (int64_t i = 0; i < count; ++i) {
+            const Vector vector = perlinVector(cells[i], key);
+            x[i] = vector.x;
+            y[i] = vector.y;
+            z[i] = vector.z;
+        }
+    }
+}
+
+void perlinColumns(const PerlinRow& given, const float* vectors, float* arrays, int64_t count)
+{
     const PerlinRow row = given;
-    float* __restrict slopes = arrays;
-    float* __restrict levels = arrays + count;
-    for (int64_t i = 0; i < count; ++i)
-        perlinColumn(row, cells[i], slopes[i], levels[i]);
+    float* slopes = arrays;
+    float* levels = arrays + count;
+    RU_EACH_ALONE
+    for (int64_t i = 0; i < count; ++i) {
+        float slope = 0.0f, level = 0.0f;
+        for (int k = 0; k < perlinPoints; ++k) {
+            const float* x = vectors + 3 * k * count + i;
+            addPerlinVector(row, k, {x[0], x[count], x[2 * count]}, slope, level);
+        }
+        slopes[i] = slope;
+        levels[i] = level;
+    }
 }
 
 void pointColumns(const PointRow& row, const uint32_t* __restrict cells, float* __restrict arrays,
@@ -50,6 +74,11 @@ struct InOne
     {
         return splat(array[column + next]);
     }
+    /// Nothing that starts from this squared distance is seen.
+    [[gnu::always_inline]] bool isFar(const float* rests, int next) const
+    {
+        return rests[column + next] >= 1.0f;
+    }
     int64_t column;
 };
 
@@ -62,6 +91,7 @@ struct Anywhere
             found[k] = array[columns[k] + next];
         return found;
     }
+    [[gnu::always_inline]] static bool isFar(const float*, int) { return false; }
     const int32_t* columns;
 };
 
@@ -77,6 +107,10 @@ struct InVector
 #else
         return (Floats)_mm256_permutevar8x32_ps((__m256)entries, (__m256i)index);
 #endif
+    }
+    [[gnu::always_inline]] static bool isFar(const float*, int)
+    {
+        return false;
     }
     int64_t first;
     Ints columns; ///< from the first
@@ -102,7 +136,8 @@ RU_INLINE void addNoise(const ru_NoisePiece& piece, float* sum, const Noise& noi
 #endif
         else
             value = noise(u, Anywhere{columns + i});
-        storeVector(sum + i, loadVector<Floats>(sum + i) + value * weight);
+        const Floats before = piece.isFirst ? Floats{} : loadVector<Floats>(sum + i);
+        storeVector(sum + i, before + value * weight);
     }
 }
 
@@ -167,7 +202,8 @@ void finish(const float* sum, float* out, int64_t count, float mean, float ampli
 
 } // namespace
 
-extern constinit const ru_NoiseKernels ru_noiseRows = {
-    {RU_COMPILED_FOR}, locate, perlinColumns, pointColumns, perlinNoise, sparseNoise, cellularNoise, finish};
+extern constinit const ru_NoiseKernels ru_noiseRows = {{RU_COMPILED_FOR}, locate,        perlinVectors,
+                                                       perlinColumns,     pointColumns,  perlinNoise,
+                                                       sparseNoise,       cellularNoise, finish};
 
 } // namespace RU_ISA

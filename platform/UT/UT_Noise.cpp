@@ -7,9 +7,10 @@ namespace {
 float perlinAt(Place x, Place y, Place z, uint32_t key)
 {
     const PerlinRow row = perlinRow(y, z, key);
-    float slope[2], level[2];
-    for (uint32_t k = 0; k < 2; ++k)
-        perlinColumn(row, x.cell + k, slope[k], level[k]);
+    float slope[2] = {}, level[2] = {};
+    for (uint32_t column = 0; column < 2; ++column)
+        for (int k = 0; k < perlinPoints; ++k)
+            addPerlinVector(row, k, perlinVector(x.cell + column, row.keys[k]), slope[column], level[column]);
     return perlin(x.fraction, slope[0], level[0], slope[1], level[1]);
 }
 

@@ -106,7 +106,8 @@ UT_NOISE_INLINE float tenBits(uint32_t h)
     return static_cast<float>(static_cast<int32_t>(h & 1023u));
 }
 
-// Perlin: along x, each column of lattice points is a line, slope times the distance plus level.
+// Perlin: each column of lattice points has four vectors. Along a row they come to a line, slope times the distance
+// plus level.
 
 constexpr int perlinPoints = 4; ///< lattice points in a column
 
@@ -130,20 +131,27 @@ UT_NOISE_INLINE PerlinRow perlinRow(Place y, Place z, uint32_t key)
     return row;
 }
 
-UT_NOISE_INLINE void perlinColumn(const PerlinRow& row, uint32_t cell, float& slope, float& level)
+struct Vector
 {
-    float across = 0.0f, fixed = 0.0f;
-    for (int k = 0; k < perlinPoints; ++k) {
-        const uint32_t h = hashed(cell, row.keys[k]);
-        const float gx = 2.0f * tenBits(h) - 1023.0f;
-        const float gy = 2.0f * tenBits(h >> 10) - 1023.0f;
-        const float gz = 2.0f * tenBits(h >> 20) - 1023.0f;
-        const float weight = row.weights[k] / __builtin_sqrtf(gx * gx + gy * gy + gz * gz);
-        across += weight * gx;
-        fixed += weight * (gy * row.y[k] + gz * row.z[k]);
-    }
-    slope = across;
-    level = fixed;
+    float x, y, z;
+};
+
+UT_NOISE_INLINE Vector perlinVector(uint32_t cell, uint32_t key)
+{
+    const uint32_t h = hashed(cell, key);
+    const float x = 2.0f * tenBits(h) - 1023.0f;
+    const float y = 2.0f * tenBits(h >> 10) - 1023.0f;
+    const float z = 2.0f * tenBits(h >> 20) - 1023.0f;
+    const float unit = 1.0f / __builtin_sqrtf(x * x + y * y + z * z);
+    return {x * unit, y * unit, z * unit};
+}
+
+/// Adds vector k of a column to its line.
+UT_NOISE_INLINE void addPerlinVector(const PerlinRow& row, int k, const Vector& vector, float& slope,
+                                     float& level)
+{
+    slope += row.weights[k] * vector.x;
+    level += row.weights[k] * (vector.y * row.y[k] + vector.z * row.z[k]);
 }
 
 /// Between two columns.
