@@ -129,6 +129,7 @@ constexpr float levelsWhite = 0.9f;
 constexpr float shiftX = 0.25f; // pixels
 constexpr float shiftY = 0.5f;
 constexpr float mixWeight = 0.8f; // of the first picture; 1 / 255 goes into it, as some take weights
+constexpr int noiseCell = 32;     // pixels
 constexpr float curveKeys[5][2] = {{0.0f, 0.02f}, {0.2f, 0.12f}, {0.5f, 0.55f}, {0.8f, 0.9f}, {1.2f, 1.1f}};
 
 /// A formula that a row computes, on every value by itself.

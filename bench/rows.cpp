@@ -185,6 +185,15 @@ Work dilate(Planes& planes)
                 noise->turbulence = Octaves;
                 return [noise, &planes] { noise->generate(&planes.out, 0.0f, nullptr, 0, nullptr); };
             }
+            template <UT_NoiseType Type, int Octaves>
+            Work noise(Planes & planes)
+            {
+                const auto noise = std::make_shared<RU_Noise>();
+                noise->type = Type;
+                noise->turbulence = Octaves;
+                noise->periodX = noise->periodY = noiseCell;
+                return [noise, &planes] { noise->generate(&planes.out, 0.0f, nullptr, 0, nullptr); };
+            }
 
             /// Over, piece by piece as a host hands over its tiles; the last component is the alpha.
             template <class T>

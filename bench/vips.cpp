@@ -29,6 +29,22 @@ Work table(Planes& planes)
     };
 }
 
+/// Noise of libvips' own kind, in two dimensions, written over the output.
+template <int (*Make)(VipsImage**, int, int, ...)>
+Work noise(Planes& planes)
+{
+    return [&planes] {
+        const int width = planes.out.width(), height = planes.out.height();
+        VipsImage* made = nullptr;
+        Make(&made, width, height, "cell_size", noiseCell, nullptr);
+        const Image to(
+            vips_image_new_from_memory(planes.output, planes.bytes(), width, height, 1, VIPS_FORMAT_FLOAT),
+            g_object_unref);
+        vips_image_write(made, to.get());
+        g_object_unref(made);
+    };
+}
+
 const bool added = [] {
     VIPS_INIT("kreiluge_bench");
     vips_concurrency_set(1);
@@ -36,6 +52,8 @@ const bool added = [] {
     return addPeers({
         {"gamma_add/uint8", "vips_maplut", table<uint8_t, VIPS_FORMAT_UCHAR>},
         {"gamma_add/uint16", "vips_maplut", table<uint16_t, VIPS_FORMAT_USHORT>},
+        {"noise_perlin/float", "vips_perlin", noise<vips_perlin>, Agreement::none},
+        {"noise_cellular/float", "vips_worley", noise<vips_worley>, Agreement::none},
     });
 }();
 
