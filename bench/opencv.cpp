@@ -256,7 +256,7 @@ Work masked(Planes& planes)
 
 /// The largest value in an ellipse, without weights: the nearest that there is to a feather.
 template <int Radius>
-Work dilate(Planes& planes)
+Work dilateEllipse(Planes& planes)
 {
     const cv::Mat ellipse =
         cv::getStructuringElement(cv::MORPH_ELLIPSE, cv::Size(2 * Radius + 1, 2 * Radius + 1));
@@ -295,10 +295,10 @@ const bool added = [] {
         {"shift/uint8", "cv::warpAffine", shift},
         {"shift/uint16", "cv::warpAffine", shift},
         {"shift/float", "cv::warpAffine", shift},
-        {"feather_5/uint8", "cv::dilate", dilate<5>, Agreement::none},
-        {"feather_5/float", "cv::dilate", dilate<5>, Agreement::none},
-        {"feather_15/uint8", "cv::dilate", dilate<15>, Agreement::none},
-        {"feather_15/float", "cv::dilate", dilate<15>, Agreement::none},
+        {"feather_5/uint8", "cv::dilate", dilateEllipse<5>, Agreement::none},
+        {"feather_5/float", "cv::dilate", dilateEllipse<5>, Agreement::none},
+        {"feather_15/uint8", "cv::dilate", dilateEllipse<15>, Agreement::none},
+        {"feather_15/float", "cv::dilate", dilateEllipse<15>, Agreement::none},
         {"screen/uint8", "cv::bitwise_not, multiply", screen},
         {"screen/uint16", "cv::bitwise_not, multiply", screen},
         {"screen/float", "cv::multiply, add, subtract", screen},

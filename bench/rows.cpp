@@ -119,198 +119,85 @@ Work shift(Planes& planes)
     return filterAround(planes, shift);
 }
 
+template <int Radius>
+Work feather(Planes& planes)
+{
+    const auto feather = std::make_shared<RU_Feather>();
+    feather->radiusX = feather->radiusY = Radius;
+    feather->initialize(0.0f);
+    return filterAround(planes, feather);
+}
+
+template <UT_NoiseType Type, int Octaves>
+Work noise(Planes& planes)
+{
+    const auto noise = std::make_shared<RU_Noise>();
+    noise->type = Type;
+    noise->turbulence = Octaves;
+    noise->periodX = noise->periodY = noiseCell;
+    return [noise, &planes] { noise->generate(&planes.out, 0.0f, nullptr, 0, nullptr); };
+}
+
 template <class T, int Size>
 Work dilate(Planes& planes)
 {
-    return
-        [&planes, between = std::make_shared<TIL_Buffer>(static_cast<int64_t>(planes.bytes()))] {
-            RU_Morphology::dilate(static_cast<const T*>(planes.input), static_cast<T*>(planes.output),
-                                  static_cast<T*>(between->data()), planes.in.width(), planes.in.height(),
-                                  Size, Size);
-            /// The picture with a border of `reach`, the pixels at its edges repeated.
-            TIL_Region widened(const Planes& planes, int reach)
-            {
-                const TIL_Region& from = planes.region;
-                TIL_Region to(planes.plane, -reach, -reach, planes.out.x2 + reach, planes.out.y2 + reach);
-                const auto size = static_cast<size_t>(PXLbytesPerElement(planes.plane.formatCode));
-                for (int c = 0; c < planes.components(); ++c) {
-                    const auto* pixels = static_cast<const char*>(from.getImageData(c));
-                    auto* pixel = static_cast<char*>(to.getImageData(c));
-                    for (int y = to.y1; y <= to.y2; ++y)
-                        for (int x = to.x1; x <= to.x2; ++x, pixel += size) {
-                            const int64_t row = std::clamp(y, from.y1, from.y2) - from.y1;
-                            const int64_t at = row * from.width() + std::clamp(x, from.x1, from.x2) - from.x1;
-                            std::copy_n(pixels + at * static_cast<int64_t>(size), size, pixel);
-                        }
-                }
-                return to;
-            }
+    return [&planes, between = std::make_shared<TIL_Buffer>(static_cast<int64_t>(planes.bytes()))] {
+        RU_Morphology::dilate(static_cast<const T*>(planes.input), static_cast<T*>(planes.output),
+                              static_cast<T*>(between->data()), planes.in.width(), planes.in.height(), Size,
+                              Size);
+    };
+}
 
-            template <int Radius>
-            Work feather(Planes & planes)
-            {
-                const auto feather = std::make_shared<RU_Feather>();
-                feather->radiusX = feather->radiusY = Radius;
-                feather->initialize(0.0f);
-                return [feather, &planes, region = std::make_shared<TIL_Region>(widened(planes, Radius))] {
-                    feather->filter(&planes.out, region.get(), 0.0f, nullptr, 0, nullptr);
-                };
-            }
+/// Over, piece by piece as a host hands over its tiles; the last component is the alpha.
+template <class T>
+Work over(Planes& planes)
+{
+    return [&planes, &second = planes.second()] {
+        T* to[4] = {};
+        const T* from[4] = {};
+        for (int c = 0; c < 4; ++c) {
+            planes.out.tiles[c]->getImageData(to[c]);
+            from[c] = static_cast<const T*>(second.region.getImageData(c));
+        }
+        for (int at = 0; at < planes.out.itemCount; at += pieceLength) {
+            const int count = std::min(pieceLength, planes.out.itemCount - at);
+            for (int c = 0; c < 3; ++c)
+                RU_Composite::composite(RU_COMP_OVER, count, 1, to[c] + at, to[3] + at, from[c] + at,
+                                        from[3] + at);
+            RU_Composite::compositeAlpha(RU_COMP_OVER, count, 1, to[3] + at, from[3] + at);
+        }
+    };
+}
 
-            /// Over, piece by piece as a host hands over its tiles; the last component is the alpha.
-            template <class T>
-            Work over(Planes & planes)
-            {
-                return [&planes, &second = planes.second()] {
-                    T* to[4] = {};
-                    const T* from[4] = {};
-                    for (int c = 0; c < 4; ++c) {
-                        planes.out.tiles[c]->getImageData(to[c]);
-                        from[c] = static_cast<const T*>(second.region.getImageData(c));
-                    }
-                    for (int at = 0; at < planes.out.itemCount; at += pieceLength) {
-                        const int count = std::min(pieceLength, planes.out.itemCount - at);
-                        for (int c = 0; c < 3; ++c)
-                            RU_Composite::composite(RU_COMP_OVER, count, 1, to[c] + at, to[3] + at,
-                                                    from[c] + at, from[3] + at);
-                        RU_Composite::compositeAlpha(RU_COMP_OVER, count, 1, to[3] + at, from[3] + at);
-                    }
-                };
-            }
-            template <UT_NoiseType Type, int Octaves>
-            Work noise(Planes & planes)
-            {
-                const auto noise = std::make_shared<RU_Noise>();
-                noise->type = Type;
-                noise->turbulence = Octaves;
-                return [noise, &planes] { noise->generate(&planes.out, 0.0f, nullptr, 0, nullptr); };
-            }
-            template <UT_NoiseType Type, int Octaves>
-            Work noise(Planes & planes)
-            {
-                const auto noise = std::make_shared<RU_Noise>();
-                noise->type = Type;
-                noise->turbulence = Octaves;
-                noise->periodX = noise->periodY = noiseCell;
-                return [noise, &planes] { noise->generate(&planes.out, 0.0f, nullptr, 0, nullptr); };
-            }
+/// An operation that reads no alpha, on a single component.
+template <class T, RU_CompositeType Type>
+Work composite(Planes& planes)
+{
+    return [&planes, from = static_cast<const T*>(planes.second().pixels)] {
+        const T* none = nullptr;
+        RU_Composite::composite(Type, planes.out.width(), planes.out.height(), static_cast<T*>(planes.output),
+                                none, from, none);
+    };
+}
 
-            /// Over, piece by piece as a host hands over its tiles; the last component is the alpha.
-            template <class T>
-            Work over(Planes & planes)
-            {
-                return [&planes, &second = planes.second()] {
-                    T* to[4] = {};
-                    const T* from[4] = {};
-                    for (int c = 0; c < 4; ++c) {
-                        planes.out.tiles[c]->getImageData(to[c]);
-                        from[c] = static_cast<const T*>(second.region.getImageData(c));
-                    }
-                    for (int at = 0; at < planes.out.itemCount; at += pieceLength) {
-                        const int count = std::min(pieceLength, planes.out.itemCount - at);
-                        for (int c = 0; c < 3; ++c)
-                            RU_Composite::composite(RU_COMP_OVER, count, 1, to[c] + at, to[3] + at,
-                                                    from[c] + at, from[3] + at);
-                        RU_Composite::compositeAlpha(RU_COMP_OVER, count, 1, to[3] + at, from[3] + at);
-                    }
-                };
-            }
+Work blendMasked(Planes& planes)
+{
+    return [blend = std::make_shared<RU_Blend>(), &planes, &second = planes.second()] {
+        blend->binary(&planes.out, &second.region, &second.mask, 0.0f, nullptr, 0, nullptr);
+    };
+}
 
-            /// An operation that reads no alpha, on a single component.
-            template <class T, RU_CompositeType Type>
-            Work composite(Planes & planes)
-            {
-                return [&planes, from = static_cast<const T*>(planes.second().pixels)] {
-                    const T* none = nullptr;
-                    RU_Composite::composite(Type, planes.out.width(), planes.out.height(),
-                                            static_cast<T*>(planes.output), none, from, none);
-                };
-            }
+Work blendWeighted(Planes& planes)
+{
+    const auto blend = std::make_shared<RU_Blend>();
+    blend->blendFactor = mixWeight;
+    return [blend, &planes, &second = planes.second()] {
+        blend->filter(&planes.out, &second.region, 0.0f, nullptr, 0, nullptr);
+    };
+}
 
-            Work blendMasked(Planes & planes)
-            {
-                return [blend = std::make_shared<RU_Blend>(), &planes, &second = planes.second()] {
-                    blend->binary(&planes.out, &second.region, &second.mask, 0.0f, nullptr, 0, nullptr);
-                };
-            }
+const std::vector<Size> allSizes = {hd, uhd, small};
 
-            Work blendWeighted(Planes & planes)
-            {
-                const auto blend = std::make_shared<RU_Blend>();
-                blend->blendFactor = mixWeight;
-                return [blend, &planes, &second = planes.second()] {
-                    blend->filter(&planes.out, &second.region, 0.0f, nullptr, 0, nullptr);
-                };
-            }
-
-            const std::vector<Size> allSizes = {hd, uhd, small};
-        } // namespace
-
-        const std::vector<Row>
-            rows = {
-                {"gamma_add/uint8", PXL_FORMAT_uint8, gammaThenAdd, {hd, small}},
-                {"gamma_add/uint16", PXL_FORMAT_uint16, gammaThenAdd, {hd, small}},
-                {"gamma_add/half", PXL_FORMAT_half, gammaThenAdd, {hd, small}},
-                {"gamma_add/uint32", PXL_FORMAT_uint32, gammaThenAdd},
-                {"gamma_add/float", PXL_FORMAT_float32, gammaThenAdd, {hd, small}},
-                {"add_mult_limit/float", PXL_FORMAT_float32, addMultLimit, {hd, small}},
-                {"sin/float", PXL_FORMAT_float32, sine, {hd, small}},
-                {"gamma/float", PXL_FORMAT_float32, gamma, {uhd, small}, 3},
-                {"levels/float", PXL_FORMAT_float32, levels, {uhd, small}, 3},
-                {"levels/half", PXL_FORMAT_half, levels, {uhd, small}, 3},
-                {"curve/float", PXL_FORMAT_float32, curve, {uhd, small}, 3},
-                {"curve/half", PXL_FORMAT_half, curve, {uhd, small}, 3},
-                {"saturation/float", PXL_FORMAT_float32, saturation, {uhd, small}, 3},
-                {"saturation/half", PXL_FORMAT_half, saturation, {uhd, small}, 3},
-                {"hsv_adjust/float", PXL_FORMAT_float32, adjustHSV, {uhd, small}, 3},
-                {"hsv_adjust/half", PXL_FORMAT_half, adjustHSV, {uhd, small}, 3},
-                {"gamma_hsv/uint16", PXL_FORMAT_uint16, gammaThenHSV, {uhd, small}, 3},
-                {"edge_detect/uint8", PXL_FORMAT_uint8, edgeDetect, {hd, small}},
-                {"edge_detect/uint16", PXL_FORMAT_uint16, edgeDetect},
-                {"edge_detect/half", PXL_FORMAT_half, edgeDetect},
-                {"edge_detect/float", PXL_FORMAT_float32, edgeDetect, {hd, small}},
-                {"dilate_3/uint8", PXL_FORMAT_uint8, dilate<uint8_t, 3>},
-                {"dilate_3/uint16", PXL_FORMAT_uint16, dilate<uint16_t, 3>},
-                {"dilate_3/float", PXL_FORMAT_float32, dilate<float, 3>},
-                {"dilate_15/uint8", PXL_FORMAT_uint8, dilate<uint8_t, 15>},
-                {"dilate_15/uint16", PXL_FORMAT_uint16, dilate<uint16_t, 15>},
-                {"dilate_15/float", PXL_FORMAT_float32, dilate<float, 15>},
-                {"dilate_61/uint8", PXL_FORMAT_uint8, dilate<uint8_t, 61>},
-                {"dilate_61/uint16", PXL_FORMAT_uint16, dilate<uint16_t, 61>},
-                {"dilate_61/float", PXL_FORMAT_float32, dilate<float, 61>},
-                {"degrain/uint8", PXL_FORMAT_uint8, degrain},
-                {"degrain/uint16", PXL_FORMAT_uint16, degrain},
-                {"degrain/float", PXL_FORMAT_float32, degrain},
-                {"shift/uint8", PXL_FORMAT_uint8, shift},
-                {"shift/uint16", PXL_FORMAT_uint16, shift},
-                {"shift/half", PXL_FORMAT_half, shift},
-                {"shift/float", PXL_FORMAT_float32, shift},
-                {"feather_5/uint8", PXL_FORMAT_uint8, feather<5>},
-                {"feather_5/float", PXL_FORMAT_float32, feather<5>},
-                {"feather_15/uint8", PXL_FORMAT_uint8, feather<15>},
-                {"feather_15/float", PXL_FORMAT_float32, feather<15>},
-                {"over/uint8", PXL_FORMAT_uint8, over<uint8_t>, allSizes, 4, moveWithAlpha},
-                {"over/uint16", PXL_FORMAT_uint16, over<uint16_t>, allSizes, 4, moveWithAlpha},
-                {"over/float", PXL_FORMAT_float32, over<float>, allSizes, 4, moveWithAlpha},
-                {"screen/uint8", PXL_FORMAT_uint8, composite<uint8_t, RU_COMP_SCREEN>, allSizes, 1, movePair},
-                {"screen/uint16", PXL_FORMAT_uint16, composite<uint16_t, RU_COMP_SCREEN>, allSizes, 1,
-                 movePair},
-                {"screen/float", PXL_FORMAT_float32, composite<float, RU_COMP_SCREEN>, allSizes, 1, movePair},
-                {"add/uint8", PXL_FORMAT_uint8, composite<uint8_t, RU_COMP_ADD>, allSizes, 1, movePair},
-                {"add/uint16", PXL_FORMAT_uint16, composite<uint16_t, RU_COMP_ADD>, allSizes, 1, movePair},
-                {"add/float", PXL_FORMAT_float32, composite<float, RU_COMP_ADD>, allSizes, 1, movePair},
-                {"min/uint8", PXL_FORMAT_uint8, composite<uint8_t, RU_COMP_MINIMUM>, allSizes, 1, movePair},
-                {"min/uint16", PXL_FORMAT_uint16, composite<uint16_t, RU_COMP_MINIMUM>, allSizes, 1,
-                 movePair},
-                {"min/float", PXL_FORMAT_float32, composite<float, RU_COMP_MINIMUM>, allSizes, 1, movePair},
-                {"blend_mask/uint8", PXL_FORMAT_uint8, blendMasked, allSizes, 4, moveWithMask},
-                {"blend_mask/uint16", PXL_FORMAT_uint16, blendMasked, allSizes, 4, moveWithMask},
-                {"blend_mask/half", PXL_FORMAT_half, blendMasked, allSizes, 4, moveWithMask},
-                {"blend_mask/float", PXL_FORMAT_float32, blendMasked, allSizes, 4, moveWithMask},
-                {"blend/uint8", PXL_FORMAT_uint8, blendWeighted, allSizes, 1, movePair},
-                {"blend/uint16", PXL_FORMAT_uint16, blendWeighted, allSizes, 1, movePair},
-                {"blend/float", PXL_FORMAT_float32, blendWeighted, allSizes, 1, movePair},
-            };
 } // namespace
 
 const std::vector<Row> rows = {
@@ -335,6 +222,22 @@ const std::vector<Row> rows = {
     {"edge_detect/uint16", PXL_FORMAT_uint16, edgeDetect},
     {"edge_detect/half", PXL_FORMAT_half, edgeDetect},
     {"edge_detect/float", PXL_FORMAT_float32, edgeDetect, {hd, small}},
+    {"dilate_3/uint8", PXL_FORMAT_uint8, dilate<uint8_t, 3>},
+    {"dilate_3/uint16", PXL_FORMAT_uint16, dilate<uint16_t, 3>},
+    {"dilate_3/float", PXL_FORMAT_float32, dilate<float, 3>},
+    {"dilate_15/uint8", PXL_FORMAT_uint8, dilate<uint8_t, 15>},
+    {"dilate_15/uint16", PXL_FORMAT_uint16, dilate<uint16_t, 15>},
+    {"dilate_15/float", PXL_FORMAT_float32, dilate<float, 15>},
+    {"dilate_61/uint8", PXL_FORMAT_uint8, dilate<uint8_t, 61>},
+    {"dilate_61/uint16", PXL_FORMAT_uint16, dilate<uint16_t, 61>},
+    {"dilate_61/float", PXL_FORMAT_float32, dilate<float, 61>},
+    {"degrain/uint8", PXL_FORMAT_uint8, degrain},
+    {"degrain/uint16", PXL_FORMAT_uint16, degrain},
+    {"degrain/float", PXL_FORMAT_float32, degrain},
+    {"shift/uint8", PXL_FORMAT_uint8, shift},
+    {"shift/uint16", PXL_FORMAT_uint16, shift},
+    {"shift/half", PXL_FORMAT_half, shift},
+    {"shift/float", PXL_FORMAT_float32, shift},
     {"feather_5/uint8", PXL_FORMAT_uint8, feather<5>},
     {"feather_5/float", PXL_FORMAT_float32, feather<5>},
     {"feather_15/uint8", PXL_FORMAT_uint8, feather<15>},
