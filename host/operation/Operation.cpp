@@ -126,6 +126,13 @@ PlaneSettings Call::planeSettings() const
     return settings;
 }
 
+Call Call::at(std::optional<int64_t> frame) const
+{
+    Call other = *this;
+    other.frame_ = frame.value_or(1);
+    return other;
+}
+
 Call Call::widened() const
 {
     Call other = *this;
@@ -188,6 +195,24 @@ void readNumbers(const std::string& option, const std::string& text, std::span<d
     if (!good)
         refuse(option + ": '" + text + "' is not " + std::to_string(out.size()) +
                (out.size() == 1 ? " number" : " numbers with commas between them"));
+}
+
+size_t choiceOf(const Call& call, const std::string& key)
+{
+    const Parameter& parameter = *call.operation().find(key);
+    const std::vector<std::string>& choices = parameter.argument.choices;
+    const auto found = std::find(choices.begin(), choices.end(), call.text(key));
+    if (found == choices.end())
+        refuseName(parameter.name + ": unknown choice", call.text(key), choices);
+    return static_cast<size_t>(found - choices.begin());
+}
+
+std::array<double, 2> readPair(const std::string& option, const std::string& text)
+{
+    std::array<double, 2> pair{};
+    const bool one = text.find(',') == text.npos;
+    readNumbers(option, one ? text + "," + text : text, pair);
+    return pair;
 }
 
 } // namespace host

@@ -3,6 +3,7 @@
 #include <host/chain/Functions.h>
 #include <host/operation/Planes.h>
 
+#include <array>
 #include <cstring>
 #include <functional>
 #include <map>
@@ -88,12 +89,18 @@ public:
 
     std::unique_ptr<Node> node() const { return operation_->make(*this); }
 
+    /// The same operation for a frame of a sequence.
+    Call at(std::optional<int64_t> frame) const;
+    /// The number of the frame, 1 for a still.
+    int64_t frame() const { return frame_; }
+
     /// The same operation, which stores in the wider of the inputs' formats and its depth.
     Call widened() const;
 
 private:
     const Operation* operation_;
     bool widens_ = false;
+    int64_t frame_ = 1;
     std::map<std::string, std::string> texts_; ///< by key
     std::map<std::string, Value> values_;
 };
@@ -107,6 +114,12 @@ unsigned int readWhole(const std::string& option, const std::string& text, unsig
 
 /// The width and height of "1920x1080"; throws a usage error for anything else.
 std::pair<int, int> readSize(const std::string& option, const std::string& text);
+
+/// The place of a text among the choices of its parameter; throws a usage error for another one.
+size_t choiceOf(const Call& call, const std::string& key);
+
+/// Two numbers with a comma between them, or one for both; throws a usage error for anything else.
+std::array<double, 2> readPair(const std::string& option, const std::string& text);
 
 /// As many numbers as `out` has room for, with commas between them; throws a usage error for anything else.
 void readNumbers(const std::string& option, const std::string& text, std::span<double> out);

@@ -89,4 +89,13 @@ inline std::vector<Parameter> withPlanes(std::vector<Parameter> parameters, bool
     return parameters;
 }
 
+/// What operations take that work on all planes.
+inline std::vector<Parameter> forAllPlanes(std::vector<Parameter> parameters)
+{
+    for (Parameter& shared : withPlanes({}, false))
+        if (shared.name != "--planes")
+            parameters.push_back(std::move(shared));
+    return parameters;
+}
+
 } // namespace host

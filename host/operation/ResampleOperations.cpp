@@ -2,7 +2,6 @@
 #include <host/operation/ResamplingNodes.h>
 
 #include <host/text/Error.h>
-#include <host/text/Names.h>
 
 #include <algorithm>
 #include <cmath>
@@ -16,19 +15,11 @@ namespace {
 using Plan = ProjectionNode::Plan;
 using Point = std::array<double, 2>;
 
-size_t choiceOf(const Call& call, const std::string& key, const std::vector<std::string>& names)
-{
-    const auto found = std::find(names.begin(), names.end(), call.text(key));
-    if (found == names.end())
-        refuseName("--" + key + ": unknown choice", call.text(key), names);
-    return static_cast<size_t>(found - names.begin());
-}
-
 Resampling resamplingOf(const Call& call)
 {
     Resampling resampling;
-    resampling.filter = static_cast<Resampling::Filter>(choiceOf(call, "filter", resamplingFilters()));
-    resampling.wrap = static_cast<RU_FILTER_WRAP>(choiceOf(call, "wrap", resamplingWraps()));
+    resampling.filter = static_cast<Resampling::Filter>(choiceOf(call, "filter"));
+    resampling.wrap = static_cast<RU_FILTER_WRAP>(choiceOf(call, "wrap"));
     return resampling;
 }
 
@@ -125,7 +116,7 @@ std::unique_ptr<Node> resize(const Call& call)
     } else {
         std::tie(size.width, size.height) = readSize("SIZE", text);
     }
-    size.fit = static_cast<Fit>(choiceOf(call, "fit", fits()));
+    size.fit = static_cast<Fit>(choiceOf(call, "fit"));
     if (size.percent != 0.0 && size.fit != Fit::None)
         refuse("--fit is for a size in pixels; '" + text + "' keeps the shape of a picture anyway");
     return projection([size](const Image& image) { return resized(image, size); }, call);
@@ -195,12 +186,7 @@ std::unique_ptr<Node> transform(const Call& call)
     Motion motion;
     readNumbers("--translate", call.text("translate"), motion.translate);
     const std::string scale = call.text("scale");
-    if (scale.find(',') != scale.npos) {
-        readNumbers("--scale", scale, motion.scale);
-    } else {
-        readNumbers("--scale", scale, {motion.scale.data(), 1});
-        motion.scale[1] = motion.scale[0];
-    }
+    motion.scale = readPair("--scale", scale);
     if (std::min(std::abs(motion.scale[0]), std::abs(motion.scale[1])) < 1e-4)
         refuse("--scale: '" + scale + "' leaves nothing of the picture");
     motion.rotate = call.value("rotate");
@@ -272,10 +258,7 @@ std::vector<Parameter> withFilter(std::vector<Parameter> parameters, const char*
     wraps.argument.meanings = {"the image again", "its nearest pixel", "black and transparent"};
     parameters.push_back(std::move(filters));
     parameters.push_back(std::move(wraps));
-    for (Parameter& shared : withPlanes({}, false))
-        if (shared.name != "--planes")
-            parameters.push_back(std::move(shared));
-    return parameters;
+    return forAllPlanes(std::move(parameters));
 }
 
 Operation resizeRow()

@@ -112,29 +112,13 @@ const std::vector<std::string>& resamplingWraps()
     return names;
 }
 
-Picture ResamplingNode::planPlanes(const Planes& in, size_t input, const PlaneSettings& settings)
+Picture ResamplingNode::planFloats(const Planes& in, size_t input, const PlaneSettings& settings)
 {
-    Picture output = in.picture.withFormats(formatsOf(in, settings));
-    const Planes out(output);
-    bool multiplies = false;
-    for (size_t p = 0; p < in.size(); ++p) {
-        PlaneWork& work = works_.emplace_back();
-        work.recipe.uses = {{input, p}};
-        work.present = in[p].present();
-        work.window = in.window(p);
-        work.input = input;
-        const std::optional<size_t> alpha = in.picture.alphaOf(p);
-        work.multiplies = !settings.asIs && in[p].colour && alpha && in.picture.isStraight(p);
-        work.alpha = alpha.value_or(p);
-        if (work.multiplies && work.alpha != p)
-            work.recipe.uses.push_back({input, work.alpha});
-        multiplies = multiplies || work.multiplies;
-        if (out[p].format == PXL_FORMAT_uint32)
+    Picture output = planPlanes(in, input, settings);
+    for (size_t p = 0; p < in.size(); ++p)
+        if (works_[p].format == PXL_FORMAT_uint32)
             notes_.push_back("'" + in.picture.path + "': plane " + in[p].name +
                              " is filtered in float, which keeps 24 of the 32 bits");
-    }
-    if (multiplies)
-        notes_.push_back("'" + in.picture.path + "': colours are multiplied by their alpha to be filtered");
     return output;
 }
 
@@ -251,9 +235,9 @@ void ResamplingNode::samplePiece(size_t plane, const Window& rect, const Places&
     area.getInputRegion(x0, x1, y0, y1);
     Block in;
     if (x0 <= x1 && y0 <= y1)
-        in = load(plane,
-                  {work.window.x + x.first + x0, work.window.y + y.first + y0, x1 - x0 + 1, y1 - y0 + 1},
-                  feed);
+        in = loadMultiplied(
+            plane, {work.window.x + x.first + x0, work.window.y + y.first + y0, x1 - x0 + 1, y1 - y0 + 1},
+            outside(), [&](const Feed::Wish& wish) { return loadWrapped(wish, work.window, feed); });
     std::vector<UT_Vector4> samples(static_cast<size_t>(rect.pixels()));
     area.sample4(samples.data(), in.values<float>(0), in.values<float>(1), in.values<float>(2),
                  in.values<float>(3));
@@ -261,26 +245,6 @@ void ResamplingNode::samplePiece(size_t plane, const Window& rect, const Places&
     if (work.multiplies)
         divide(samples);
     store(samples, rect, out);
-}
-
-/// A plane's pixels; where colours are to be multiplied, the alpha is their fourth component.
-Block ResamplingNode::load(size_t plane, const Window& rect, Feed& feed) const
-{
-    const PlaneWork& work = works_[plane];
-    Block block = loadWrapped(
-        {work.input, plane, rect, PXL_FORMAT_float32, mappingOf(work.present), outside()}, work.window, feed);
-    if (!work.multiplies)
-        return block;
-    if (work.alpha != plane) {
-        Block alpha =
-            loadWrapped({work.input, work.alpha, rect, PXL_FORMAT_float32, {3, -1, -1, -1}, outside()},
-                        work.window, feed);
-        block.data[3] = std::move(alpha.data[0]);
-    }
-    for (size_t c = 0; c < 3; ++c)
-        if (block.has(c))
-            multiplyByAlpha(block.values<float>(c), block.values<float>(3), block.count());
-    return block;
 }
 
 Outside ResamplingNode::outside() const

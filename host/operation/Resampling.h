@@ -1,10 +1,8 @@
 #pragma once
 
-#include <host/operation/Planes.h>
+#include <host/operation/MultipliedNode.h>
 
 #include <RU/filter/RU_FilterArea.h>
-
-#include <functional>
 
 namespace host {
 
@@ -28,24 +26,20 @@ const std::vector<std::string>& resamplingFilters(); ///< the names, in the orde
 const std::vector<std::string>& resamplingWraps();   ///< in the order of RU_FILTER_WRAP
 
 /// A node that weighs the pixels under footprints, in float, with RU_FilterArea. Boxes average the area of
-/// pixels; the other filters take pixels as points at their centres, as most programs do. Colours that are not
-/// multiplied by alpha are for the time.
+/// pixels; the other filters take pixels as points at their centres, as most programs do.
 ///
 /// Places are rounded to 1/4096 of a pixel: their sums are exact then, and how the picture is cut does not show.
 /// Footprints are cut where a filter would weigh more than a thousand pixels in a row or column.
-class ResamplingNode : public Node
+class ResamplingNode : public MultipliedNode
 {
-public:
-    Recipe recipe(size_t plane) const override { return works_[plane].recipe; }
-
 protected:
     explicit ResamplingNode(const Resampling& resampling) : resampling_(resampling) {}
 
     /// Footprints for a rectangle of the output.
     using Places = std::function<void(const Window& rect, Footprints& out)>;
 
-    /// Prepares for all planes of an input and returns the output with their formats; windows are the caller's.
-    Picture planPlanes(const Planes& in, size_t input, const PlaneSettings& settings);
+    /// planPlanes(), with a note where floats keep less than the planes hold.
+    Picture planFloats(const Planes& in, size_t input, const PlaneSettings& settings);
 
     /// How far around its centre a footprint of a size is read.
     double reachOf(double size) const;
@@ -55,20 +49,9 @@ protected:
 
     Block resample(size_t plane, const Window& rect, const Places& places, Feed& feed) const;
 
-    struct PlaneWork
-    {
-        Recipe recipe;
-        Components present{};
-        Window window; ///< of the input
-        bool multiplies = false;
-        size_t input = 0, alpha = 0; ///< a plane
-    };
-    std::vector<PlaneWork> works_;
-
 private:
     void samplePiece(size_t plane, const Window& rect, const Places& places, Feed& feed, Block& out) const;
     void keepInReach(const Window& window, Footprints& prints) const;
-    Block load(size_t plane, const Window& rect, Feed& feed) const;
     Outside outside() const;
     Block loadWrapped(const Feed::Wish& wish, const Window& window, Feed& feed) const;
 

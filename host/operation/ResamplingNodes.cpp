@@ -78,7 +78,7 @@ void place(const Projection& projection, const Window& rect, Footprints& out)
 Picture ProjectionNode::plan(const std::vector<const Picture*>& inputs)
 {
     const Planes in(*inputs.front());
-    Picture output = planPlanes(in, 0, settings_);
+    Picture output = planFloats(in, 0, settings_);
     for (size_t p = 0; p < in.size(); ++p) {
         const Plan plan = planner_(in.image(p));
         Image& part = output.parts[in.part(p)];
@@ -126,7 +126,7 @@ Picture WarpNode::plan(const std::vector<const Picture*>& inputs)
         ++mapPlane_;
     if (mapPlane_ == places.size())
         refuse("'" + places.picture.path + "' is no map of places: it has no plane of red and green");
-    Picture output = planPlanes(in, image, settings_);
+    Picture output = planFloats(in, image, settings_);
     for (size_t p = 0; p < in.size(); ++p) {
         works_[p].recipe.uses.push_back({map, mapPlane_});
         const Image& from = in.image(p);

@@ -115,7 +115,7 @@ ScriptGraph::ScriptGraph(const Script& script, std::optional<int64_t> frame, boo
 size_t ScriptGraph::add(const Script::Statement& statement, const Call& call)
 {
     std::vector<size_t> inputs;
-    std::unique_ptr<Node> node = call.node();
+    std::unique_ptr<Node> node = call.at(frame_).node();
     for (const std::string& image : call.images())
         inputs.push_back(nodeOf(image));
     return graph_.add(statement.hasName() ? statement.name : call.operation().name, std::move(node), inputs);
@@ -192,7 +192,7 @@ void ScriptGraph::addOutput(const Script& script, const Script::Output& output)
         form.straight = straightIn(path);
     if (script.isSingle && form.straight && StoreNode::adapts(graph_.picture(node), *form.straight)) {
         const Script::Statement& statement = script.statements.front(); // rounds once, behind the alpha
-        if (statement.call.operation().find("planes") != nullptr) {
+        if (!statement.call.images().empty()) {
             form.depth = statement.call.planeSettings().depth;
             node = last_ = add(statement, statement.call.widened());
         }
