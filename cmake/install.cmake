@@ -18,6 +18,8 @@ if(TARGET kreiluge_tool)
   install(TARGETS kreiluge_tool)
   file(RELATIVE_PATH to_libraries ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
   set_property(TARGET kreiluge_tool PROPERTY INSTALL_RPATH "$ORIGIN/${to_libraries}")
+  install(TARGETS kreiluge_files DESTINATION ${CMAKE_INSTALL_LIBDIR}/kreiluge)
+  set_property(TARGET kreiluge_files PROPERTY INSTALL_RPATH "$ORIGIN/..")
 endif()
 
 install(EXPORT kreilugeTargets NAMESPACE kreiluge:: DESTINATION ${package})

@@ -7,6 +7,7 @@ add_executable(kreiluge_host_tests ${sources})
 target_include_directories(kreiluge_host_tests PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
 target_link_libraries(kreiluge_host_tests PRIVATE
   kreiluge_host kreiluge_flags OpenImageIO::OpenImageIO GTest::gtest_main)
+add_dependencies(kreiluge_host_tests kreiluge_files)
 set(quiet "TSAN_OPTIONS=suppressions=${CMAKE_CURRENT_SOURCE_DIR}/tsan.supp") # read by the thread sanitizer only
 gtest_discover_tests(kreiluge_host_tests PROPERTIES ENVIRONMENT "${quiet}")
 

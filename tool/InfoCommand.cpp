@@ -87,12 +87,12 @@ int show(const InfoOptions& o)
 {
     Json all = Json::array();
     for (const std::string& file : o.files) {
-        const host::Reader reader(file);
+        const std::unique_ptr<host::Reader> reader = host::openReader(file);
         if (o.json)
-            all.push_back(pictureJson(reader.picture()));
+            all.push_back(pictureJson(reader->picture()));
         else
-            for (const host::Image& part : reader.picture().parts)
-                printText(part, reader.picture().parts.size() > 1);
+            for (const host::Image& part : reader->picture().parts)
+                printText(part, reader->picture().parts.size() > 1);
     }
     if (o.json) {
         const Json& root = o.files.size() == 1 ? all.front() : all;

@@ -155,7 +155,7 @@ public:
         down_ = image_.data.y - image.data.y;
         row_.resize(static_cast<size_t>(image.data.width));
         codes_.resize(row_.size() * sizeof(float));
-        writer_ = std::make_unique<Writer>(path, image_);
+        writer_ = createWriter(path, {path, {image_}});
     }
 
     void begin(int y, int end) { band_.reset(image_, y + down_, end + down_); }
@@ -223,9 +223,9 @@ DiffReport diff(const std::string& pathA, const std::string& pathB, const DiffSe
     if (settings.tolerance && !(*settings.tolerance >= 0.0))
         refuse("tolerance: expected a number that is not below 0");
     checkPicture(settings.picture, {pathA, pathB});
-    Reader readerA(pathA), readerB(pathB);
-    const Image& a = readerA.image();
-    const Image& b = readerB.image();
+    const std::unique_ptr<Reader> readerA = openReader(pathA), readerB = openReader(pathB);
+    const Image& a = readerA->picture().first();
+    const Image& b = readerB->picture().first();
     DiffReport report;
     compareHeaders(a, b, report.headers);
     if (a.data != b.data) {
@@ -243,11 +243,11 @@ DiffReport diff(const std::string& pathA, const std::string& pathB, const DiffSe
     Band rowsA, rowsB;
     for (int y = a.data.y; y < end;) {
         checkStopped(settings.cancel);
-        const int next = std::min({readerA.callEnd(y), readerB.callEnd(y), end});
+        const int next = std::min({readerA->callEnd(0, y), readerB->callEnd(0, y), end});
         rowsA.reset(a, y, next);
         rowsB.reset(b, y, next);
-        readerA.read(y, next, rowsA.row(y));
-        readerB.read(y, next, rowsB.row(y));
+        readerA->read(0, y, next, rowsA.row(y));
+        readerB->read(0, y, next, rowsB.row(y));
         if (picture)
             picture->begin(y, next);
         for (; y < next; ++y) {

@@ -2,8 +2,6 @@
 
 #include <PXL/PXL_Format.h>
 
-#include <OpenImageIO/imageio.h>
-
 #include <algorithm>
 
 namespace host {
@@ -42,16 +40,21 @@ const std::vector<FileFormat>& fileFormats()
     return formats;
 }
 
-const FileFormat* fileFormatOf(const std::string& path)
+bool FileFormat::holdsWindow(const Window& data, const Window& display) const
 {
-    const auto output = OIIO::ImageOutput::create(path);
-    OIIO::geterror();
-    if (output == nullptr)
-        return nullptr;
+    if (windows == Windows::Positive) {
+        const bool sameSize = data.width == display.width && data.height == display.height;
+        return display.x == 0 && display.y == 0 && data.x >= 0 && data.y >= 0 &&
+               (data == display || !sameSize); // a size of its own is what TIFF knows a display window by
+    }
+    return windows == Windows::All;
+}
+
+const FileFormat* fileFormatNamed(const std::string& name)
+{
     const std::vector<FileFormat>& formats = fileFormats();
-    const auto found = std::find_if(formats.begin(), formats.end(), [&](const FileFormat& format) {
-        return format.name == output->format_name();
-    });
+    const auto found = std::find_if(formats.begin(), formats.end(),
+                                    [&](const FileFormat& format) { return format.name == name; });
     return found != formats.end() ? &*found : nullptr;
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <host/file/Image.h>
+
 #include <string>
 #include <vector>
 
@@ -32,10 +34,16 @@ struct FileFormat
     bool holdsParts() const { return name == "openexr"; }
     bool holdsNames() const { return name == "openexr"; }
     bool holdsMixedDepths() const { return name == "openexr"; }
+
+    /// Whether it can place a data window apart from the display window.
+    bool holdsWindow(const Window& data, const Window& display) const;
 };
 
 /// The format that a path's extension stands for, null for none that is written.
 const FileFormat* fileFormatOf(const std::string& path);
+
+/// The format of a name, null for none that is written.
+const FileFormat* fileFormatNamed(const std::string& name);
 
 /// The formats that are written.
 const std::vector<FileFormat>& fileFormats();

@@ -13,44 +13,27 @@ namespace host {
 class Reader
 {
 public:
-    /// Opens a file and reads its headers. Of a file with several images that are not parts of one picture, a
-    /// path such as "file.tif[2]" chooses one.
-    explicit Reader(const std::string& path);
-    ~Reader();
+    virtual ~Reader() = default;
 
     const Picture& picture() const { return picture_; }
 
     /// Rows `yBegin` up to but not including `yEnd`, of a part's data window, as interleaved pixels.
-    void read(size_t part, int yBegin, int yEnd, void* pixels);
+    virtual void read(size_t part, int yBegin, int yEnd, void* pixels) = 0;
 
     /// Up to where to read in one call from row `y` on: whole blocks of the file, but little enough to stop
     /// soon.
-    int callEnd(size_t part, int y) const;
-
-    /// The same of the first part.
-    const Image& image() const { return picture_.first(); }
-    void read(int yBegin, int yEnd, void* pixels) { read(0, yBegin, yEnd, pixels); }
-    int callEnd(int y) const { return callEnd(0, y); }
+    virtual int callEnd(size_t part, int y) const = 0;
 
     /// What the pixels are not that their file could make one expect, one line each.
     const std::vector<std::string>& notes() const { return notes_; }
 
-private:
-    struct File;
-
-    void addPart(int index);
-    void namePlanes();
-    void note(const Image& image);
-    void goTo(size_t part, int y);
-    void readFileTiles(size_t part, int y);
-    [[noreturn]] void fail(const std::string& reason) const;
-
+protected:
     Picture picture_;
-    std::unique_ptr<File> file_;
     std::vector<std::string> notes_;
 };
 
-/// The file that an input path means: without the index in brackets.
-std::string inputFile(const std::string& path);
+/// Opens a file and reads its headers. Of a file with several images that are not parts of one picture, a
+/// path such as "file.tif[2]" chooses one.
+std::unique_ptr<Reader> openReader(const std::string& path);
 
 } // namespace host

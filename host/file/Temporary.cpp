@@ -1,12 +1,11 @@
 #include <host/file/Temporary.h>
 
-#include <OpenImageIO/hash.h>
-
 #include <cerrno>
 #include <charconv>
 #include <csignal>
 #include <fcntl.h>
 #include <filesystem>
+#include <functional>
 #include <mutex>
 #include <random>
 #include <set>
@@ -28,7 +27,7 @@ const std::string& ownPrefix()
         ::gethostname(host, sizeof(host) - 1);
         std::error_code ignored;
         const std::string text = host + fs::read_symlink("/proc/self/ns/pid", ignored).string();
-        return ".kreiluge-" + std::to_string(OIIO::xxhash::xxhash(text) & 0xffffffffu) + "-";
+        return ".kreiluge-" + std::to_string(std::hash<std::string>()(text) & 0xffffffffu) + "-";
     }();
     return prefix;
 }

@@ -2,7 +2,6 @@
 
 #include <host/file/Band.h>
 #include <host/file/Picture.h>
-#include <host/text/Error.h>
 
 #include <functional>
 #include <memory>
@@ -29,48 +28,30 @@ std::optional<bool> straightIn(const std::string& path);
 class Writer
 {
 public:
-    /// Opens a file for parts with these windows, channels and headers. The extension picks the file format.
-    /// Pixels are written as they come; the file says what `straight` says, where it can.
-    Writer(const std::string& path, const Picture& picture);
-    Writer(const std::string& path, const Image& image);
-    ~Writer();
-    Writer(const Writer&) = delete;
-    Writer& operator=(const Writer&) = delete;
+    virtual ~Writer() = default;
 
     /// Rows `yBegin` up to but not including `yEnd` of a band of the current part, the next ones, in whole
     /// blocks of the file but little at a time: `checkStopped` is called before each and may throw.
-    void write(const Band& band, int yBegin, int yEnd, const std::function<void()>& checkStopped);
+    virtual void write(const Band& band, int yBegin, int yEnd, const std::function<void()>& checkStopped) = 0;
 
     /// Ends the current part and goes on to the next.
-    void nextPart();
+    virtual void nextPart() = 0;
 
     /// Ends the file and makes sure that it is whole.
-    void finish();
+    virtual void finish() = 0;
 
     /// Gives the file its name; finishes it where that is still to be done.
-    void commit();
+    virtual void commit() = 0;
 
     /// What the file format cannot say, one line each.
     const std::vector<std::string>& notes() const { return notes_; }
 
-private:
-    struct File;
-
-    void checkTarget() const;
-    void open(const Picture& picture);
-    void beginPart();
-    void checkRows() const;
-    void check(bool done);
-    void abandon();
-    void noteLosses(const Image& image);
-    [[noreturn]] void fail(const std::string& reason, Error::Kind kind = Error::Kind::Write) const;
-
-    std::unique_ptr<File> file_;
-    std::string path_;
-    std::string target_; ///< with links resolved
-    std::string temporary_;
-    bool isFinished_ = false;
+protected:
     std::vector<std::string> notes_;
 };
+
+/// Opens a file for parts with these windows, channels and headers. The extension picks the file format.
+/// Pixels are written as they come; the file says what `straight` says, where it can.
+std::unique_ptr<Writer> createWriter(const std::string& path, const Picture& picture);
 
 } // namespace host

@@ -16,13 +16,13 @@ std::vector<Interleaving> layoutsOf(const Image& image)
 
 } // namespace
 
-FileSource::FileSource(const std::string& path) : reader_(path)
+FileSource::FileSource(const std::string& path) : reader_(openReader(path))
 {
     for (size_t p = 0; p < picture().parts.size(); ++p) {
         const Image& image = picture().parts[p];
         Part& part = parts_.emplace_back();
         part.layouts = layoutsOf(image);
-        part.rowsPerBlock = std::max(1, reader_.callEnd(p, image.data.y) - image.data.y);
+        part.rowsPerBlock = std::max(1, reader_->callEnd(p, image.data.y) - image.data.y);
         part.blocks.resize(
             static_cast<size_t>((image.data.height + part.rowsPerBlock - 1) / part.rowsPerBlock));
     }
@@ -62,7 +62,7 @@ void FileSource::fetch(size_t number, int begin, int end, const std::function<vo
             block = std::make_unique<Band>();
         }
         block->reset(image, y, std::min(y + part.rowsPerBlock, image.data.y + image.data.height));
-        reader_.read(number, y, block->yEnd(), block->row(y));
+        reader_->read(number, y, block->yEnd(), block->row(y));
         part.blocks[part.next] = std::move(block);
     }
 }
@@ -84,7 +84,7 @@ void FileSource::load(const Picture::Place& place, const Window& rect, const Arr
 }
 
 FileSink::FileSink(const std::string& path, const Picture& picture)
-    : picture_(picture), writer_(path, picture)
+    : picture_(picture), writer_(createWriter(path, picture))
 {
     picture_.path = path;
     for (Image& part : picture_.parts) {
@@ -113,8 +113,8 @@ void FileSink::write(size_t slot, const std::function<void()>& checkStopped)
 {
     const Band& band = bands_[slot];
     for (; part_ < bandParts_[slot]; ++part_)
-        writer_.nextPart();
-    writer_.write(band, band.yBegin(), band.yEnd(), checkStopped);
+        writer_->nextPart();
+    writer_->write(band, band.yBegin(), band.yEnd(), checkStopped);
 }
 
 } // namespace host

@@ -17,8 +17,8 @@ class FileSource : public Source
 public:
     explicit FileSource(const std::string& path);
 
-    const Picture& picture() const override { return reader_.picture(); }
-    const std::vector<std::string>& notes() const { return reader_.notes(); }
+    const Picture& picture() const override { return reader_->picture(); }
+    const std::vector<std::string>& notes() const { return reader_->notes(); }
     void rewind() override;
     void fetch(size_t part, int begin, int end, const std::function<void()>& checkStopped) override;
     void load(const Picture::Place& place, const Window& rect, const Arrays& arrays) const override;
@@ -34,7 +34,7 @@ private:
         size_t next = 0;   ///< the block to read next
     };
 
-    Reader reader_;
+    std::unique_ptr<Reader> reader_;
     std::vector<Part> parts_;
     std::vector<std::unique_ptr<Band>> spare_;
 };
@@ -46,16 +46,16 @@ public:
     FileSink(const std::string& path, const Picture& picture);
 
     const Picture& picture() const override { return picture_; }
-    const Writer& writer() const { return writer_; }
+    const Writer& writer() const { return *writer_; }
     void prepare(size_t slot, size_t part, int yBegin, int yEnd) override;
     void store(size_t slot, const Picture::Place& place, const Window& rect, const Block& block) override;
     void write(size_t slot, const std::function<void()>& checkStopped) override;
-    void finish() override { writer_.finish(); }
-    void commit() override { writer_.commit(); }
+    void finish() override { writer_->finish(); }
+    void commit() override { writer_->commit(); }
 
 private:
     Picture picture_;
-    Writer writer_;
+    std::unique_ptr<Writer> writer_;
     std::vector<std::vector<Interleaving>> layouts_; ///< by part and plane
     Band bands_[slots];
     size_t bandParts_[slots] = {};

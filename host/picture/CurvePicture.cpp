@@ -225,9 +225,9 @@ void writePicture(const std::string& path, const Canvas& canvas)
                 pixel = {linearOf(pixel.r), linearOf(pixel.g), linearOf(pixel.b)};
         convertFormat(PXL_FORMAT_float32, row.data(), format, band.row(y), int64_t{3} * side);
     }
-    Writer writer(path, image);
-    writer.write(band, 0, side, [] {});
-    writer.commit();
+    const std::unique_ptr<Writer> writer = createWriter(path, {path, {image}});
+    writer->write(band, 0, side, [] {});
+    writer->commit();
 }
 
 } // namespace

@@ -2,7 +2,7 @@
 
 #include <host/file/Format.h>
 #include <host/file/Frames.h>
-#include <host/file/Reader.h>
+#include <host/file/InputFile.h>
 #include <host/graph/FileImages.h>
 #include <host/operation/StoreNode.h>
 #include <host/text/Error.h>
@@ -130,7 +130,7 @@ void ScriptGraph::checkOutputs(const Script& script) const
     for (const Script::Output& output : script.outputs) {
         const std::string path = pathOf(output.settings.path, frame_);
         for (const std::string& input : inputs)
-            if (std::filesystem::equivalent(inputFile(pathOf(input, frame_)), path, ignored))
+            if (std::filesystem::equivalent(InputFile(pathOf(input, frame_)).file, path, ignored))
                 refuse(output.where + "the output is the input, '" + path + "'; give it another name");
         const auto same = [&](const std::string& other) {
             return std::filesystem::equivalent(other, path, ignored) ||

@@ -6,7 +6,8 @@
 namespace host {
 
 /// Everything that the host throws. The text is one line that names the file or the option and what is wrong.
-class Error : public std::runtime_error
+/// Visible, as it goes from one module to another.
+class __attribute__((visibility("default"))) Error : public std::runtime_error
 {
 public:
     enum class Kind {

@@ -34,13 +34,13 @@ void write(const std::string& path, const host::Image& image)
 void expectBack(const host::FileFormat& format, const std::string& path, const host::Image& image)
 {
     write(path, image);
-    host::Reader reader(path);
-    const host::Image& back = reader.image();
+    const auto reader = host::openReader(path);
+    const host::Image& back = reader->picture().first();
     const std::string what = path + " of " + host::formatName(image.channels.front().format) + ", " +
                              std::to_string(image.channels.size()) + " channels, " + describe(image.data);
-    const Bytes pixels = pixelsOf(reader);
+    const Bytes pixels = pixelsOf(*reader);
     EXPECT_TRUE(format.approximates || pixels == pixelsFor(image)) << what;
-    EXPECT_EQ(pixelsOf(reader), pixels) << what << ", read again";
+    EXPECT_EQ(pixelsOf(*reader), pixels) << what << ", read again";
     EXPECT_EQ(back.channels.size(), image.channels.size()) << what;
     EXPECT_EQ(back.channels.front().format, image.channels.front().format) << what;
     const bool placed = host::holdsWindow(path, image.data, image.display);

@@ -37,7 +37,7 @@ TEST(Inputs, WhatCannotBeReadSaysWhy)
         {"sub.exr", Kind::Read, "Subsampled channels are not supported"},
         {"ink.psd", Kind::Read, "is a CMYK picture"}};
     for (const auto& [name, kind, text] : cases) {
-        const host::Error error = errorOf([&, name = name] { host::Reader reader(dir.file(name)); });
+        const host::Error error = errorOf([&, name = name] { host::openReader(dir.file(name)); });
         EXPECT_EQ(error.kind(), kind) << name;
         EXPECT_TRUE(says(error, text) && says(error, dir.file(name)));
     }
@@ -68,9 +68,9 @@ TEST(Inputs, DamagedFilesGiveTheirPixelsOrAnError)
     const auto whatIsRead = [](const std::string& path) {
         Bytes all;
         const host::Error error = errorOf([&] {
-            host::Reader reader(path);
-            if (reader.image().pixels() < 1000000)
-                all = pixelsOf(reader);
+            const auto reader = host::openReader(path);
+            if (reader->picture().first().pixels() < 1000000)
+                all = pixelsOf(*reader);
         });
         EXPECT_TRUE(*error.what() == '\0' || says(error, path));
         return *error.what() == '\0' ? all : Bytes();
@@ -121,7 +121,7 @@ TEST(Outputs, FilesOfDeadProcessesGo)
     Names kept = {own, start + "x-1.exr", dir.file(".kreiluge-1-" + std::to_string(dead) + "-1.exr")};
     for (const std::string& path : {left, kept[1], kept[2]})
         store(path, "");
-    host::Writer(dir.file("out.exr"), host::newImage(8, 8, 3, PXL_FORMAT_half, ""));
+    host::createWriter(dir.file("out.exr"), {"", {host::newImage(8, 8, 3, PXL_FORMAT_half, "")}});
     Names found;
     for (const std::string& name : dir.names())
         found.push_back(dir.file(name));

@@ -43,8 +43,8 @@ TEST(Parts, AreLayersAndComeOutAsTheyWere)
     writeImages(dir.file("in.exr"), specs);
     copyPicture(dir.file("in.exr"), dir.file("out.exr"));
     for (const char* name : {"in.exr", "out.exr"}) {
-        host::Reader reader(dir.file(name));
-        const host::Picture& picture = reader.picture();
+        const auto reader = host::openReader(dir.file(name));
+        const host::Picture& picture = reader->picture();
         EXPECT_EQ(picture.planeNames(),
                   (Names{"color", "depth", "left", "left.mask", "diffuse", "diffuse.right", "motion"}));
         ASSERT_EQ(picture.parts.size(), specs.size());
@@ -53,12 +53,12 @@ TEST(Parts, AreLayersAndComeOutAsTheyWere)
             EXPECT_EQ(picture.parts[part].part, spec.get_string_attribute("oiio:subimagename"));
             EXPECT_EQ(picture.parts[part].data, (host::Window{spec.x, spec.y, spec.width, spec.height}));
             EXPECT_EQ(picture.parts[part].display, (host::Window{0, 0, 64, 48}));
-            EXPECT_EQ(pixelsOf(reader, part), TestImage(spec).bytes) << name << " " << part;
+            EXPECT_EQ(pixelsOf(*reader, part), TestImage(spec).bytes) << name << " " << part;
         }
     }
-    host::Reader one(dir.file("in.exr[2]"));
-    EXPECT_EQ(one.picture().planeNames(), (Names{"color", "mask"}));
-    EXPECT_EQ(pixelsOf(one), TestImage(specs[2]).bytes);
+    const auto one = host::openReader(dir.file("in.exr[2]"));
+    EXPECT_EQ(one->picture().planeNames(), (Names{"color", "mask"}));
+    EXPECT_EQ(pixelsOf(*one), TestImage(specs[2]).bytes);
     const host::Error error = errorOf([&] { copyPicture(dir.file("in.exr"), dir.file("out.tif")); });
     EXPECT_TRUE(says(error, "tiff holds one image and these are 6 parts; read one, as in"));
     EXPECT_EQ(dir.names(), (Names{"in.exr", "out.exr"}));
@@ -71,17 +71,17 @@ TEST(Parts, APageIsChosenInThePath)
     const OIIO::ImageSpec wide(30, 12, 4, TypeDesc::UINT16), narrow(20, 10, 3, TypeDesc::UINT8);
     writeImages(path, {narrow, wide, narrow});
     const auto errorOfReading = [](const std::string& name) {
-        return errorOf([&] { host::Reader reader(name); });
+        return errorOf([&] { host::openReader(name); });
     };
     EXPECT_TRUE(says(errorOfReading(path), "a.tif' holds 3 images; choose one as in '" + path + "[0]'"));
     EXPECT_TRUE(says(errorOfReading(path + "[3]"), "there is no [3]"));
     EXPECT_TRUE(says(errorOfReading(dir.file("b.tif[0]")), "no such file"));
-    host::Reader page(path + "[1]");
-    EXPECT_EQ(pixelsOf(page), TestImage(wide).bytes);
-    EXPECT_EQ(pixelsOf(page), TestImage(wide).bytes) << "read again";
+    const auto page = host::openReader(path + "[1]");
+    EXPECT_EQ(pixelsOf(*page), TestImage(wide).bytes);
+    EXPECT_EQ(pixelsOf(*page), TestImage(wide).bytes) << "read again";
     copyPicture(path + "[1]", dir.file("b.tif"));
     std::filesystem::rename(dir.file("b.tif"), path + "[0]");
-    EXPECT_EQ(host::Reader(path + "[0]").image().data.width, 30) << "a file of that very name";
+    EXPECT_EQ(host::openReader(path + "[0]")->picture().first().data.width, 30) << "a file of that very name";
 }
 
 } // namespace

@@ -63,8 +63,8 @@ TEST(Metadata, KeepsItsTypesInJson)
     const float white[] = {0.3127f, 0.329f};
     spec.attribute("white", OIIO::TypeDesc(OIIO::TypeDesc::FLOAT, OIIO::TypeDesc::VEC2), white);
     TestImage(spec).write(dir.file("a.exr"));
-    const host::Reader reader(dir.file("a.exr"));
-    const nlohmann::ordered_json json = host::metadataJson(reader.image());
+    const auto reader = host::openReader(dir.file("a.exr"));
+    const nlohmann::ordered_json json = host::metadataJson(reader->picture().first());
     EXPECT_EQ(json["take"].dump() + json["gain"].dump() + json["lost"].dump() + json["white"].dump(),
               "70.1null[0.3127,0.329]");
     EXPECT_EQ(json["by"], "the \"crew\"");

@@ -31,30 +31,30 @@ inline Bytes pixelsOf(host::Reader& reader, size_t part = 0)
 inline Names writePicture(const std::string& path, const host::Picture& picture,
                           const std::vector<Bytes>& pixels)
 {
-    host::Writer writer(path, picture);
+    const auto writer = host::createWriter(path, picture);
     for (size_t part = 0; part < pixels.size(); ++part) {
         if (part > 0)
-            writer.nextPart();
+            writer->nextPart();
         const host::Image& image = picture.parts[part];
         host::Band band;
         band.reset(image, image.data.y, image.data.y + image.data.height);
         std::memcpy(band.row(image.data.y), pixels[part].data(), pixels[part].size());
         const int middle = image.data.y + image.data.height / 3;
-        writer.write(band, image.data.y, middle, [] {});
-        writer.write(band, middle, band.yEnd(), [] {});
+        writer->write(band, image.data.y, middle, [] {});
+        writer->write(band, middle, band.yEnd(), [] {});
     }
-    writer.commit();
-    return writer.notes();
+    writer->commit();
+    return writer->notes();
 }
 
 inline Names copyPicture(const std::string& in, const std::string& out)
 {
-    host::Reader reader(in);
+    const auto reader = host::openReader(in);
     std::vector<Bytes> pixels;
-    for (size_t part = 0; part < reader.picture().parts.size(); ++part)
-        pixels.push_back(pixelsOf(reader, part));
-    Names notes = writePicture(out, reader.picture(), pixels);
-    notes.insert(notes.begin(), reader.notes().begin(), reader.notes().end());
+    for (size_t part = 0; part < reader->picture().parts.size(); ++part)
+        pixels.push_back(pixelsOf(*reader, part));
+    Names notes = writePicture(out, reader->picture(), pixels);
+    notes.insert(notes.begin(), reader->notes().begin(), reader->notes().end());
     return notes;
 }
 

@@ -46,6 +46,19 @@ class ToolTest(unittest.TestCase):
         self.assertRegex(self.run_tool("--version").stdout, r"^kreiluge \d+\.\d+\.\d+\n$")
         self.run_tool(code=2)
 
+    def test_only_files_need_the_module_that_knows_them(self):
+        loaded = subprocess.run(["ldd", KREILUGE], capture_output=True, text=True, check=True).stdout
+        for library in re.findall(r"=> (\S+libkreiluge\S+)", loaded):
+            shutil.copy(library, self.path)
+        environment = {**os.environ, "LD_LIBRARY_PATH": str(self.path)}
+        for command, code, text in [
+            (["functions"], 0, ""),
+            (["info", "in.exr"], 3, f"cannot load '{self.path.resolve()}/kreiluge/files.so', which"),
+        ]:
+            result = subprocess.run([KREILUGE, *command], env=environment, capture_output=True, text=True)
+            self.assertEqual(result.returncode, code, result.stderr)
+            self.assertIn(text, result.stderr)
+
     def test_bad_usage(self):
         self.plate("in.exr")
         grade = ["grade", "in.exr", "-o", "out.exr"]

@@ -1,8 +1,7 @@
-#include <host/file/Reader.h>
-
 #include <host/file/Format.h>
-#include <host/file/Header.h>
 #include <host/file/InputFile.h>
+#include <host/file/openimageio/Entries.h>
+#include <host/file/openimageio/Header.h>
 #include <host/text/Error.h>
 #include <host/text/Names.h>
 
@@ -10,28 +9,7 @@
 #include <climits>
 #include <cstring>
 
-namespace host {
-
-struct Reader::File
-{
-    std::string path;
-    std::unique_ptr<OIIO::ImageInput> input;
-    std::vector<int> images;      ///< by part: its number in the file
-    std::vector<int> rowsPerCall; ///< by part
-    size_t part = 0;              ///< what was read last
-    int next = INT_MIN;           ///< the row after it
-    std::vector<char> tileRow;    ///< of a tiled part: one row of its tiles
-    size_t tilePart = 0;
-    int tileRowBegin = 0, tileRowEnd = 0;
-
-    bool open()
-    {
-        OIIO::ImageSpec keep;
-        keep.attribute("oiio:UnassociatedAlpha", 1);
-        input = OIIO::ImageInput::open(path, &keep);
-        return input != nullptr;
-    }
-};
+namespace host::openimageio {
 
 namespace {
 
@@ -107,22 +85,50 @@ bool isMain(const std::string& part)
     return std::find(names.begin(), names.end(), small) != names.end();
 }
 
-} // namespace
-
-std::string inputFile(const std::string& path)
+class FileReader : public Reader
 {
-    return InputFile(path).file;
+public:
+    explicit FileReader(const std::string& path);
+    void read(size_t part, int yBegin, int yEnd, void* pixels) override;
+    int callEnd(size_t part, int y) const override;
+
+private:
+    bool open();
+    void addPart(int index);
+    void namePlanes();
+    void note(const Image& image);
+    void goTo(size_t part, int y);
+    void readFileTiles(size_t part, int y);
+    [[noreturn]] void fail(const std::string& reason) const;
+
+    std::string file_;
+    std::unique_ptr<OIIO::ImageInput> input_;
+    std::vector<int> images_;      ///< by part: its number in the file
+    std::vector<int> rowsPerCall_; ///< by part
+    size_t part_ = 0;              ///< what was read last
+    int next_ = INT_MIN;           ///< the row after it
+    std::vector<char> tileRow_;    ///< of a tiled part: one row of its tiles
+    size_t tilePart_ = 0;
+    int tileRowBegin_ = 0, tileRowEnd_ = 0;
+};
+
+bool FileReader::open()
+{
+    OIIO::ImageSpec keep;
+    keep.attribute("oiio:UnassociatedAlpha", 1);
+    input_ = OIIO::ImageInput::open(file_, &keep);
+    return input_ != nullptr;
 }
 
-Reader::Reader(const std::string& path) : file_(std::make_unique<File>())
+FileReader::FileReader(const std::string& path)
 {
     const InputFile wanted(path);
     picture_.path = path;
-    file_->path = wanted.file;
+    file_ = wanted.file;
     checkReadable(wanted.file, path);
-    if (!file_->open())
+    if (!open())
         fail(OIIO::geterror());
-    OIIO::ImageInput& input = *file_->input;
+    OIIO::ImageInput& input = *input_;
     if (input.format_name() == std::string("jpeg") && isCutJpeg(wanted.file))
         fail("the file is cut off");
     if (input.format_name() == std::string("psd") && isCmykPsd(wanted.file))
@@ -145,11 +151,9 @@ Reader::Reader(const std::string& path) : file_(std::make_unique<File>())
         note(image);
 }
 
-Reader::~Reader() = default;
-
-void Reader::addPart(int index)
+void FileReader::addPart(int index)
 {
-    OIIO::ImageInput& input = *file_->input;
+    OIIO::ImageInput& input = *input_;
     if (!input.seek_subimage(index, 0))
         fail(input.geterror());
     const OIIO::ImageSpec& spec = input.spec();
@@ -168,13 +172,13 @@ void Reader::addPart(int index)
     image.header = std::make_shared<Header>(Header{spec});
     image.arrange();
     image.straight = isStraight(image);
-    file_->images.push_back(index);
-    file_->rowsPerCall.push_back(rowsPerCall(image.fileFormat, spec));
+    images_.push_back(index);
+    rowsPerCall_.push_back(rowsPerCall(image.fileFormat, spec));
     picture_.parts.push_back(std::move(image));
 }
 
 /// Makes the parts layers of their own, but for the main one, and the names of planes different.
-void Reader::namePlanes()
+void FileReader::namePlanes()
 {
     std::vector<std::string> taken;
     bool hasMain = picture_.parts.size() == 1;
@@ -200,7 +204,7 @@ void Reader::namePlanes()
     }
 }
 
-void Reader::note(const Image& image)
+void FileReader::note(const Image& image)
 {
     const OIIO::ImageSpec& spec = image.header->spec;
     const auto add = [&](const std::string& text) {
@@ -226,74 +230,81 @@ void Reader::note(const Image& image)
 
 /// Leads the file layer to a row: its own ways back to an earlier one forget how the file was opened, and
 /// those to another part take the channels of the last one.
-void Reader::goTo(size_t part, int y)
+void FileReader::goTo(size_t part, int y)
 {
-    const bool isBack = part < file_->part || (part == file_->part && y < file_->next);
-    if (isBack && picture_.parts[part].fileFormat != "openexr" && !file_->open())
+    const bool isBack = part < part_ || (part == part_ && y < next_);
+    if (isBack && picture_.parts[part].fileFormat != "openexr" && !open())
         fail(OIIO::geterror());
-    if (!file_->input->seek_subimage(file_->images[part], 0))
-        fail(file_->input->geterror());
-    file_->part = part;
+    if (!input_->seek_subimage(images_[part], 0))
+        fail(input_->geterror());
+    part_ = part;
 }
 
-void Reader::read(size_t part, int yBegin, int yEnd, void* pixels)
+void FileReader::read(size_t part, int yBegin, int yEnd, void* pixels)
 {
     const Image& image = picture_.parts[part];
     goTo(part, yBegin);
-    file_->next = yEnd;
+    next_ = yEnd;
     if (image.header->spec.tile_width == 0) {
-        if (!file_->input->read_native_scanlines(file_->images[part], 0, yBegin, yEnd, 0, pixels))
-            fail(file_->input->geterror());
+        if (!input_->read_native_scanlines(images_[part], 0, yBegin, yEnd, 0, pixels))
+            fail(input_->geterror());
         return;
     }
     char* target = static_cast<char*>(pixels);
     const int64_t rowBytes = image.rowBytes();
     for (int y = yBegin; y < yEnd;) {
-        if (part != file_->tilePart || y < file_->tileRowBegin || y >= file_->tileRowEnd)
+        if (part != tilePart_ || y < tileRowBegin_ || y >= tileRowEnd_)
             readFileTiles(part, y);
-        const int rows = std::min(yEnd, file_->tileRowEnd) - y;
-        std::memcpy(target, file_->tileRow.data() + (y - file_->tileRowBegin) * rowBytes,
+        const int rows = std::min(yEnd, tileRowEnd_) - y;
+        std::memcpy(target, tileRow_.data() + (y - tileRowBegin_) * rowBytes,
                     static_cast<size_t>(rows * rowBytes));
         target += rows * rowBytes;
         y += rows;
     }
 }
 
-int Reader::callEnd(size_t part, int y) const
+int FileReader::callEnd(size_t part, int y) const
 {
-    const int rows = file_->rowsPerCall[part];
+    const int rows = rowsPerCall_[part];
     return y + rows - (y - picture_.parts[part].data.y) % rows;
 }
 
 /// Reads the row of file tiles that `y` lies in. One tile at a time: the file layer's calls for several are
 /// not safe for images that end within a tile.
-void Reader::readFileTiles(size_t part, int y)
+void FileReader::readFileTiles(size_t part, int y)
 {
     const Image& image = picture_.parts[part];
     const OIIO::ImageSpec& spec = image.header->spec;
     const int begin = spec.y + (y - spec.y) / spec.tile_height * spec.tile_height;
-    file_->tileRowBegin = file_->tileRowEnd = begin; // none, should it fail
+    tileRowBegin_ = tileRowEnd_ = begin; // none, should it fail
     const int end = std::min(begin + spec.tile_height, spec.y + spec.height);
-    file_->tileRow.resize(static_cast<size_t>(image.rowBytes() * spec.tile_height));
+    tileRow_.resize(static_cast<size_t>(image.rowBytes() * spec.tile_height));
     const int64_t tileBytes = spec.tile_width * image.pixelBytes;
     std::vector<char> tile(static_cast<size_t>(tileBytes * spec.tile_height));
     for (int x = 0; x < spec.width; x += spec.tile_width) {
-        if (!file_->input->read_native_tile(file_->images[part], 0, spec.x + x, begin, 0, tile.data()))
-            fail(file_->input->geterror());
+        if (!input_->read_native_tile(images_[part], 0, spec.x + x, begin, 0, tile.data()))
+            fail(input_->geterror());
         const int64_t bytes = std::min(spec.tile_width, spec.width - x) * image.pixelBytes;
         for (int row = 0; row < end - begin; ++row)
-            std::memcpy(file_->tileRow.data() + row * image.rowBytes() + x * image.pixelBytes,
+            std::memcpy(tileRow_.data() + row * image.rowBytes() + x * image.pixelBytes,
                         tile.data() + row * tileBytes, static_cast<size_t>(bytes));
     }
-    file_->tilePart = part;
-    file_->tileRowEnd = end;
+    tilePart_ = part;
+    tileRowEnd_ = end;
 }
 
-void Reader::fail(const std::string& reason) const
+void FileReader::fail(const std::string& reason) const
 {
     const bool known = !reason.empty();
     throw Error(Error::Kind::Read, "cannot read '" + picture_.path +
                                        "': " + (known ? firstLine(reason) : "the file is damaged"));
 }
 
-} // namespace host
+} // namespace
+
+std::unique_ptr<Reader> openReader(const std::string& path)
+{
+    return std::make_unique<FileReader>(path);
+}
+
+} // namespace host::openimageio

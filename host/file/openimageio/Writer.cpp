@@ -1,10 +1,10 @@
-#include <host/file/Writer.h>
-
+#include <host/file/FileFormats.h>
 #include <host/file/Format.h>
-#include <host/file/OutputHeader.h>
-#include <host/file/Reader.h>
 #include <host/file/Temporary.h>
-#include <host/file/WatchedFile.h>
+#include <host/file/openimageio/Entries.h>
+#include <host/file/openimageio/OutputHeader.h>
+#include <host/file/openimageio/WatchedFile.h>
+#include <host/text/Error.h>
 #include <host/text/Names.h>
 #include <host/text/Text.h>
 
@@ -17,37 +17,15 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace host {
+namespace host::openimageio {
 
 namespace fs = std::filesystem;
-
-struct Writer::File
-{
-    const FileFormat* format = nullptr;
-    std::vector<OIIO::ImageSpec> specs;   ///< of all parts, as they are to be stored
-    std::unique_ptr<WatchedFile> watched; ///< for file formats that can do with it; outlives the output
-    std::unique_ptr<OIIO::ImageOutput> output;
-    size_t part = 0;
-    std::vector<int> tops; ///< by part: the first row of what is to be written
-    int rowsPerCall = 1;
-    uint64_t hash = 0; ///< of all rows, where they are read back
-};
 
 namespace {
 
 uint64_t hashRow(const void* row, int64_t bytes, uint64_t before)
 {
     return OIIO::xxhash::xxhash(row, static_cast<size_t>(bytes), before);
-}
-
-bool holdsWindow(const FileFormat& format, const Window& data, const Window& display)
-{
-    if (format.windows == FileFormat::Windows::Positive) {
-        const bool sameSize = data.width == display.width && data.height == display.height;
-        return display.x == 0 && display.y == 0 && data.x >= 0 && data.y >= 0 &&
-               (data == display || !sameSize); // a size of its own is what TIFF knows a display window by
-    }
-    return format.windows == FileFormat::Windows::All;
 }
 
 /// What the file layer itself would only find out when it is too late, or quietly convert; empty when a file
@@ -106,13 +84,11 @@ std::string lostNames(const FileFormat& format, const Image& image)
 
 std::string unknownFormat(const std::string& path)
 {
-    const auto output = OIIO::ImageOutput::create(path);
-    OIIO::geterror();
+    const std::string name = fileFormatName(path);
     const std::string others = "; .exr, .tif and .png are";
-    return output != nullptr ? std::string(output->format_name()) +
-                                   " files would not keep the pixels and are not written" + others
-                             : "no image format is known by the extension '" +
-                                   fs::path(path).extension().string() + "'" + others;
+    return !name.empty() ? name + " files would not keep the pixels and are not written" + others
+                         : "no image format is known by the extension '" +
+                               fs::path(path).extension().string() + "'" + others;
 }
 
 /// Whether a file that was written unwatched could have grown on; if not, its end may be missing.
@@ -128,49 +104,63 @@ bool hasRoom(const std::string& path)
 bool isComplete(const std::string& path)
 {
     try {
-        Reader reader(path);
-        const Window& data = reader.image().data;
-        std::vector<char> row(static_cast<size_t>(reader.image().rowBytes()));
-        reader.read(data.y + data.height - 1, data.y + data.height, row.data());
+        const std::unique_ptr<Reader> reader = openimageio::openReader(path);
+        const Image& image = reader->picture().first();
+        const Window& data = image.data;
+        std::vector<char> row(static_cast<size_t>(image.rowBytes()));
+        reader->read(0, data.y + data.height - 1, data.y + data.height, row.data());
         return true;
     } catch (const Error&) {
         return false;
     }
 }
 
-} // namespace
-
-bool holdsWindow(const std::string& path, const Window& data, const Window& display)
+class FileWriter : public Writer
 {
-    const FileFormat* format = fileFormatOf(path);
-    return format == nullptr || holdsWindow(*format, data, display);
-}
+public:
+    FileWriter(const std::string& path, const Picture& picture);
+    ~FileWriter() override { abandon(); }
+    FileWriter(const FileWriter&) = delete;
+    FileWriter& operator=(const FileWriter&) = delete;
 
-bool holdsWindow(const std::string& path, const Window&)
-{
-    const FileFormat* format = fileFormatOf(path);
-    return format == nullptr || format->windows == FileFormat::Windows::All;
-}
+    void write(const Band& band, int yBegin, int yEnd, const std::function<void()>& checkStopped) override;
+    void nextPart() override;
+    void finish() override;
+    void commit() override;
 
-std::optional<bool> straightIn(const std::string& path)
-{
-    const FileFormat* format = fileFormatOf(path);
-    if (format == nullptr || format->alpha == FileFormat::Alpha::Both)
-        return std::nullopt;
-    return format->alpha == FileFormat::Alpha::Straight;
-}
+private:
+    void checkTarget() const;
+    void open(const Picture& picture);
+    void beginPart();
+    void checkRows() const;
+    void check(bool done);
+    void abandon();
+    void noteLosses(const Image& image);
+    [[noreturn]] void fail(const std::string& reason, Error::Kind kind = Error::Kind::Write) const;
 
-Writer::Writer(const std::string& path, const Image& image) : Writer(path, Picture{path, {image}}) {}
+    std::string path_;
+    std::string target_; ///< with links resolved
+    std::string temporary_;
+    const FileFormat* format_ = nullptr;
+    std::vector<OIIO::ImageSpec> specs_;   ///< of all parts, as they are to be stored
+    std::unique_ptr<WatchedFile> watched_; ///< for file formats that can do with it; outlives the output
+    std::unique_ptr<OIIO::ImageOutput> output_;
+    size_t part_ = 0;
+    std::vector<int> tops_; ///< by part: the first row of what is to be written
+    int rowsPerCall_ = 1;
+    uint64_t hash_ = 0; ///< of all rows, where they are read back
+    bool isFinished_ = false;
+};
 
-Writer::Writer(const std::string& path, const Picture& picture)
-    : file_(std::make_unique<File>()), path_(path), target_(resolveLinks(path))
+FileWriter::FileWriter(const std::string& path, const Picture& picture)
+    : path_(path), target_(resolveLinks(path))
 {
     checkTarget();
-    file_->format = fileFormatOf(target_);
-    if (file_->format == nullptr)
+    format_ = fileFormatNamed(fileFormatName(target_));
+    if (format_ == nullptr)
         fail(unknownFormat(target_), Error::Kind::Output);
-    if (const std::string why = obstacle(*file_->format, picture); !why.empty())
-        fail(file_->format->name + " " + why, Error::Kind::Output);
+    if (const std::string why = obstacle(*format_, picture); !why.empty())
+        fail(format_->name + " " + why, Error::Kind::Output);
     clearTemporaries(fs::path(target_).parent_path().string());
     temporary_ = makeTemporary(target_);
     if (temporary_.empty())
@@ -185,12 +175,7 @@ Writer::Writer(const std::string& path, const Picture& picture)
     }
 }
 
-Writer::~Writer()
-{
-    abandon();
-}
-
-void Writer::checkTarget() const
+void FileWriter::checkTarget() const
 {
     std::error_code ignored;
     const fs::path directory = fs::path(target_).parent_path();
@@ -203,54 +188,54 @@ void Writer::checkTarget() const
 }
 
 /// Removes the temporary file, unless it has become the target.
-void Writer::abandon()
+void FileWriter::abandon()
 {
     if (temporary_.empty())
         return;
-    if (file_->output != nullptr)
-        file_->output->geterror();
-    file_->output.reset();
+    if (output_ != nullptr)
+        output_->geterror();
+    output_.reset();
     ::unlink(temporary_.c_str());
     temporary_.clear();
 }
 
-void Writer::open(const Picture& picture)
+void FileWriter::open(const Picture& picture)
 {
     Picture stored = picture;
     for (Image& part : stored.parts) {
-        file_->tops.push_back(part.data.y);
-        if (!holdsWindow(*file_->format, part.data, part.display))
+        tops_.push_back(part.data.y);
+        if (!format_->holdsWindow(part.data, part.display))
             part.data = part.display = {0, 0, part.data.width, part.data.height};
     }
-    file_->specs = outputSpecs(stored, *file_->format);
-    file_->output = OIIO::ImageOutput::create(file_->format->name);
-    OIIO::ImageOutput& output = *file_->output;
-    if (file_->format->check == FileFormat::Check::Watched) {
-        file_->watched = std::make_unique<WatchedFile>(temporary_);
-        output.set_ioproxy(file_->watched.get());
+    specs_ = outputSpecs(stored, *format_);
+    output_ = OIIO::ImageOutput::create(format_->name);
+    OIIO::ImageOutput& output = *output_;
+    if (format_->check == FileFormat::Check::Watched) {
+        watched_ = std::make_unique<WatchedFile>(temporary_);
+        output.set_ioproxy(watched_.get());
     }
-    const auto parts = static_cast<int>(file_->specs.size());
-    check(parts > 1 ? output.open(temporary_, parts, file_->specs.data())
-                    : output.open(temporary_, file_->specs.front()));
+    const auto parts = static_cast<int>(specs_.size());
+    check(parts > 1 ? output.open(temporary_, parts, specs_.data())
+                    : output.open(temporary_, specs_.front()));
     beginPart();
 }
 
-void Writer::beginPart()
+void FileWriter::beginPart()
 {
-    const OIIO::ImageSpec& wanted = file_->specs[file_->part];
-    const OIIO::ImageSpec& got = file_->output->spec();
+    const OIIO::ImageSpec& wanted = specs_[part_];
+    const OIIO::ImageSpec& got = output_->spec();
     bool same = got.nchannels == wanted.nchannels && got.width == wanted.width && got.height == wanted.height;
     for (int c = 0; same && c < wanted.nchannels; ++c)
         same = got.channelformat(c) == wanted.channelformat(c);
     if (!same)
-        fail(file_->format->name + " would store the pixels otherwise than they are", Error::Kind::Output);
-    file_->rowsPerCall = rowsPerCall(file_->format->name, got);
+        fail(format_->name + " would store the pixels otherwise than they are", Error::Kind::Output);
+    rowsPerCall_ = rowsPerCall(format_->name, got);
 }
 
 /// Notes what of an image beside its values gets lost.
-void Writer::noteLosses(const Image& image)
+void FileWriter::noteLosses(const Image& image)
 {
-    const FileFormat& format = *file_->format;
+    const FileFormat& format = *format_;
     const auto note = [&](const std::string& text) {
         const std::string line = "'" + path_ + "': " + format.name + " " + text;
         if (std::find(notes_.begin(), notes_.end(), line) == notes_.end())
@@ -258,7 +243,7 @@ void Writer::noteLosses(const Image& image)
     };
     const Window whole{0, 0, image.data.width, image.data.height};
     const bool isWhole = image.data == whole && image.display == whole;
-    if (!isWhole && !holdsWindow(format, image.data, image.display))
+    if (!isWhole && !format.holdsWindow(image.data, image.display))
         note((format.windows == FileFormat::Windows::None ? "has no windows" : "cannot hold these windows") +
              std::string("; the pixels of the data window, ") + describe(image.data) +
              ", become the whole picture");
@@ -270,44 +255,44 @@ void Writer::noteLosses(const Image& image)
         note("keeps an approximation of the pixels only");
 }
 
-void Writer::write(const Band& band, int yBegin, int yEnd, const std::function<void()>& checkStopped)
+void FileWriter::write(const Band& band, int yBegin, int yEnd, const std::function<void()>& checkStopped)
 {
-    const int top = file_->tops[file_->part];
-    const int shift = file_->specs[file_->part].y - top;
+    const int top = tops_[part_];
+    const int shift = specs_[part_].y - top;
     for (int y = yBegin; y < yEnd;) {
         checkStopped();
-        const int next = std::min(yEnd, y + file_->rowsPerCall - (y - top) % file_->rowsPerCall);
-        check(file_->output->write_scanlines(y + shift, next + shift, 0, OIIO::TypeUnknown, band.row(y)));
+        const int next = std::min(yEnd, y + rowsPerCall_ - (y - top) % rowsPerCall_);
+        check(output_->write_scanlines(y + shift, next + shift, 0, OIIO::TypeUnknown, band.row(y)));
         for (; y < next; ++y)
-            if (file_->format->check == FileFormat::Check::AllRows)
-                file_->hash = hashRow(band.row(y), band.rowBytes(), file_->hash);
+            if (format_->check == FileFormat::Check::AllRows)
+                hash_ = hashRow(band.row(y), band.rowBytes(), hash_);
     }
 }
 
-void Writer::nextPart()
+void FileWriter::nextPart()
 {
-    ++file_->part;
-    check(file_->output->open(temporary_, file_->specs[file_->part], OIIO::ImageOutput::AppendSubimage));
+    ++part_;
+    check(output_->open(temporary_, specs_[part_], OIIO::ImageOutput::AppendSubimage));
     beginPart();
 }
 
-void Writer::finish()
+void FileWriter::finish()
 {
-    check(file_->output->close());
-    if (file_->watched != nullptr)
-        file_->watched->finish();
+    check(output_->close());
+    if (watched_ != nullptr)
+        watched_->finish();
     check(true);
-    file_->output.reset();
-    if (file_->format->check != FileFormat::Check::Watched && !hasRoom(temporary_))
+    output_.reset();
+    if (format_->check != FileFormat::Check::Watched && !hasRoom(temporary_))
         fail(std::strerror(errno));
-    if (file_->format->check == FileFormat::Check::AllRows)
+    if (format_->check == FileFormat::Check::AllRows)
         checkRows();
-    if (file_->format->check == FileFormat::Check::LastRow && !isComplete(temporary_))
+    if (format_->check == FileFormat::Check::LastRow && !isComplete(temporary_))
         fail("the file came out incomplete");
     isFinished_ = true;
 }
 
-void Writer::commit()
+void FileWriter::commit()
 {
     if (!isFinished_)
         finish();
@@ -317,26 +302,26 @@ void Writer::commit()
 }
 
 /// Throws when the file does not give back every row that was written.
-void Writer::checkRows() const
+void FileWriter::checkRows() const
 {
-    const OIIO::ImageSpec& wanted = file_->specs.front();
+    const OIIO::ImageSpec& wanted = specs_.front();
     bool same = false;
     try {
-        Reader reader(temporary_);
-        const Image& image = reader.image();
+        const std::unique_ptr<Reader> reader = openimageio::openReader(temporary_);
+        const Image& image = reader->picture().first();
         same = image.data == Window{wanted.x, wanted.y, wanted.width, wanted.height} &&
                image.rowBytes() == static_cast<int64_t>(wanted.scanline_bytes(true));
         const int end = image.data.y + image.data.height;
         uint64_t hash = 0;
         Band band;
         for (int y = image.data.y; same && y < end;) {
-            const int next = std::min(end, reader.callEnd(y));
+            const int next = std::min(end, reader->callEnd(0, y));
             band.reset(image, y, next);
-            reader.read(y, next, band.row(y));
+            reader->read(0, y, next, band.row(y));
             for (; y < next; ++y)
                 hash = hashRow(band.row(y), band.rowBytes(), hash);
         }
-        same = same && hash == file_->hash;
+        same = same && hash == hash_;
     } catch (const Error&) {
         same = false;
     }
@@ -345,16 +330,16 @@ void Writer::checkRows() const
 }
 
 /// Throws when the file layer or the file itself has failed.
-void Writer::check(bool done)
+void FileWriter::check(bool done)
 {
-    const std::string reason = done ? "" : file_->output->geterror();
-    if (const int error = file_->watched != nullptr ? file_->watched->firstError() : 0; error != 0)
+    const std::string reason = done ? "" : output_->geterror();
+    if (const int error = watched_ != nullptr ? watched_->firstError() : 0; error != 0)
         fail(std::strerror(error));
     if (!done)
         fail(reason);
 }
 
-void Writer::fail(const std::string& reason, Error::Kind kind) const
+void FileWriter::fail(const std::string& reason, Error::Kind kind) const
 {
     std::string text = reason.empty() ? "unknown reason" : firstLine(reason);
     const size_t place = temporary_.empty() ? std::string::npos : text.find(temporary_); // which nobody knows
@@ -363,4 +348,18 @@ void Writer::fail(const std::string& reason, Error::Kind kind) const
     throw Error(kind, "cannot write '" + path_ + "': " + text);
 }
 
-} // namespace host
+} // namespace
+
+std::string fileFormatName(const std::string& path)
+{
+    const auto output = OIIO::ImageOutput::create(path);
+    OIIO::geterror();
+    return output != nullptr ? output->format_name() : "";
+}
+
+std::unique_ptr<Writer> createWriter(const std::string& path, const Picture& picture)
+{
+    return std::make_unique<FileWriter>(path, picture);
+}
+
+} // namespace host::openimageio

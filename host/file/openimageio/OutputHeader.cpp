@@ -1,6 +1,6 @@
-#include <host/file/OutputHeader.h>
+#include <host/file/openimageio/OutputHeader.h>
 
-#include <host/file/Reader.h>
+#include <host/file/InputFile.h>
 
 #include <PXL/PXL_Format.h>
 
@@ -8,7 +8,7 @@
 #include <ctime>
 #include <sys/stat.h>
 
-namespace host {
+namespace host::openimageio {
 
 namespace {
 
@@ -45,7 +45,7 @@ std::string dateOf(const std::string& path)
     struct stat status = {};
     struct tm date = {};
     char text[32] = "2000:01:01 00:00:00"; // for what was not read from a file
-    if (::stat(inputFile(path).c_str(), &status) == 0 && ::gmtime_r(&status.st_mtime, &date) != nullptr)
+    if (::stat(InputFile(path).file.c_str(), &status) == 0 && ::gmtime_r(&status.st_mtime, &date) != nullptr)
         std::strftime(text, sizeof(text), "%Y:%m:%d %H:%M:%S", &date);
     return text;
 }
@@ -150,4 +150,4 @@ std::vector<OIIO::ImageSpec> outputSpecs(const Picture& picture, const FileForma
     return specs;
 }
 
-} // namespace host
+} // namespace host::openimageio

@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <string>
 
-namespace host {
+namespace host::openimageio {
 
 /// The temporary file, as the libraries of the file formats write to it. What goes wrong is kept here and
 /// looks done to them: some end the program on a full disk, others leave half a file without a word.
@@ -72,4 +72,4 @@ private:
     int error_;
 };
 
-} // namespace host
+} // namespace host::openimageio

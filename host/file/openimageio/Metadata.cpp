@@ -1,14 +1,11 @@
-#include <host/file/Metadata.h>
-
-#include <host/file/Header.h>
+#include <host/file/openimageio/Entries.h>
+#include <host/file/openimageio/Header.h>
 #include <host/text/Text.h>
-
-#include <OpenImageIO/imageio.h>
 
 #include <algorithm>
 #include <cmath>
 
-namespace host {
+namespace host::openimageio {
 
 namespace {
 
@@ -71,10 +68,21 @@ Json valueJson(const OIIO::ParamValue& value)
 
 } // namespace
 
+std::vector<std::pair<std::string, std::string>> metadata(const Image& image)
+{
+    std::vector<std::pair<std::string, std::string>> rows;
+    for (const OIIO::ParamValue& value : image.header->spec.extra_attribs) {
+        const std::string name = value.name().string();
+        if (name != "ICCProfile" && !name.starts_with("ICCProfile:"))
+            rows.emplace_back(name, OIIO::ImageSpec::metadata_val(value, true));
+    }
+    return rows;
+}
+
 Json metadataJson(const Image& image)
 {
     Json all = Json::object();
-    const auto shown = metadata(image);
+    const auto shown = openimageio::metadata(image);
     for (const OIIO::ParamValue& value : image.header->spec.extra_attribs) {
         const std::string name = value.name().string();
         if (std::any_of(shown.begin(), shown.end(), [&](const auto& row) { return row.first == name; }))
@@ -83,4 +91,4 @@ Json metadataJson(const Image& image)
     return all;
 }
 
-} // namespace host
+} // namespace host::openimageio
