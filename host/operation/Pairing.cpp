@@ -13,6 +13,8 @@ Pairing::Pairing(const Picture& a, const Picture* b, const PlaneSettings& settin
 {
     if (hasSecond_)
         second = Planes(*b);
+    for (size_t p = 0; p < first.size(); ++p)
+        alphas_.push_back(first.picture.alphaOf(p));
     choose(settings, withAlphas);
     noteOthers(withAlphas);
 }
@@ -24,9 +26,8 @@ void Pairing::choose(const PlaneSettings& settings, bool withAlphas)
     const bool named = !settings.planes.empty() && settings.planes.front() != "all";
     std::vector<std::string> copied;
     for (size_t p = 0; p < first.size(); ++p)
-        if (withAlphas && chosen[p] && first[p].colour)
-            if (const auto alpha = first.picture.alphaOf(p))
-                chosen[*alpha] = true;
+        if (withAlphas && chosen[p] && first[p].colour && alphas_[p])
+            chosen[*alphas_[p]] = true;
     for (size_t p = 0; p < first.size(); ++p) {
         partners.push_back(hasSecond_ ? partnerOf(p) : std::nullopt);
         if (chosen[p] && hasSecond_ && !partners[p]) {
@@ -73,7 +74,7 @@ std::optional<size_t> Pairing::partnerOf(size_t plane) const
 std::optional<size_t> Pairing::colourOf(size_t alpha) const
 {
     for (size_t p = 0; p < first.size(); ++p)
-        if (first[p].colour && first.picture.alphaOf(p) == alpha)
+        if (first[p].colour && alphas_[p] == alpha)
             return p;
     return {};
 }
@@ -90,15 +91,17 @@ void Pairing::checkColours(size_t plane) const
 /// Notes the planes of the second image that go nowhere.
 void Pairing::noteOthers(bool withAlphas)
 {
-    std::vector<std::string> others;
-    for (size_t p = 0; p < second.size(); ++p) {
-        const bool used =
-            std::any_of(partners.begin(), partners.end(), [&](const std::optional<size_t>& partner) {
-                return partner && (*partner == p || (withAlphas && second.picture.alphaOf(*partner) == p));
-            });
-        if (!used)
-            others.push_back(second[p].name);
+    std::vector<bool> used(second.size());
+    for (const std::optional<size_t>& partner : partners) {
+        if (partner)
+            used[*partner] = true;
+        if (const auto alpha = partner && withAlphas ? second.picture.alphaOf(*partner) : std::nullopt)
+            used[*alpha] = true;
     }
+    std::vector<std::string> others;
+    for (size_t p = 0; p < second.size(); ++p)
+        if (!used[p])
+            others.push_back(second[p].name);
     if (!others.empty())
         notes.push_back("'" + second.picture.path + "': left out are planes that '" + first.picture.path +
                         "' does not have: " + joined(others));

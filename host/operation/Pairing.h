@@ -38,6 +38,7 @@ private:
     void noteOthers(bool withAlphas);
 
     bool hasSecond_;
+    std::vector<std::optional<size_t>> alphas_; ///< by plane of the first, its alpha
 };
 
 } // namespace host
