@@ -44,30 +44,49 @@ Schedule::Schedule(const Graph& graph, size_t part) : graph_(graph)
         for (size_t plane = 0; plane < places.size(); ++plane) {
             if (places[plane].part != part)
                 continue;
-            Step& step = steps_[stepOf(node, plane)];
+            Step& step = steps_[stepOf({node, plane})];
             step.goals.push_back({o, places[plane]});
             ++step.consumers;
         }
     }
 }
 
-/// The step of a plane, behind those that it needs.
-size_t Schedule::stepOf(size_t node, size_t plane)
+/// The step of a plane, behind those that it needs. Scripts may be longer than a stack is deep.
+size_t Schedule::stepOf(const Place& goal)
 {
-    if (known_[node][plane] != 0)
-        return known_[node][plane] - 1;
-    const Graph::Entry& entry = graph_.entries()[node];
-    const Recipe recipe = entry.node->recipe(plane);
-    if (recipe.asIs)
-        return stepOf(entry.inputs[recipe.uses.front().input], recipe.uses.front().plane);
-    Step step{node, plane, recipe.uses, {}, {}, 0};
+    std::vector<Place> waiting{goal};
+    while (!waiting.empty()) {
+        const Place place = waiting.back();
+        if (known(place) != 0 || addStep(place, waiting))
+            waiting.pop_back();
+    }
+    return known(goal) - 1;
+}
+
+/// Adds the step of a plane; puts what it needs and has no step yet on a stack instead, the first uppermost.
+bool Schedule::addStep(const Place& place, std::vector<Place>& missing)
+{
+    const Graph::Entry& entry = graph_.entries()[place.node];
+    const Recipe recipe = entry.node->recipe(place.plane);
+    const auto input = [&](const Use& use) { return Place{entry.inputs[use.input], use.plane}; };
+    const size_t before = missing.size();
+    for (size_t u = recipe.uses.size(); u-- > 0;)
+        if (known(input(recipe.uses[u])) == 0)
+            missing.push_back(input(recipe.uses[u]));
+    if (missing.size() > before)
+        return false;
+    if (recipe.asIs) {
+        known(place) = known(input(recipe.uses.front()));
+        return true;
+    }
+    Step step{place.node, place.plane, recipe.uses, {}, {}, 0};
     for (const Use& use : recipe.uses)
-        step.inputs.push_back(stepOf(entry.inputs[use.input], use.plane));
-    for (const size_t input : step.inputs)
-        ++steps_[input].consumers;
+        step.inputs.push_back(known(input(use)) - 1);
+    for (const size_t used : step.inputs)
+        ++steps_[used].consumers;
     steps_.push_back(std::move(step));
-    known_[node][plane] = steps_.size();
-    return steps_.size() - 1;
+    known(place) = steps_.size();
+    return true;
 }
 
 void Schedule::windows(const std::vector<Window>& outputs, std::vector<Window>& result) const

@@ -36,7 +36,13 @@ public:
     void windows(const std::vector<Window>& outputs, std::vector<Window>& result) const;
 
 private:
-    size_t stepOf(size_t node, size_t plane);
+    struct Place
+    {
+        size_t node, plane;
+    };
+    size_t stepOf(const Place& goal);
+    size_t& known(const Place& place) { return known_[place.node][place.plane]; }
+    bool addStep(const Place& place, std::vector<Place>& missing);
 
     const Graph& graph_;
     std::vector<Step> steps_;

@@ -166,6 +166,13 @@ class ToolTest(unittest.TestCase):
         self.run_tool("comp", "over", "s.exr", "d.exr", "-o", "out.exr")
         self.run_tool("diff", "out.exr", "out.2.exr")
 
+    def test_a_long_script_needs_no_deep_stack(self):
+        self.plate("in.png")
+        lines = 5000 * ['p = grade p "add 0.00001"\n']
+        (self.path / "long.kr").write_text("".join(['p = grade in.png "add 0"\n', *lines, "write p out.png\n"]))
+        command = ["sh", "-c", 'ulimit -s 256 && exec "$0" run long.kr', KREILUGE]
+        self.assertEqual(subprocess.run(command, cwd=self.path).returncode, 0)
+
     def test_progress_and_stats(self):
         self.plate("in.exr")
         grade = ["grade", "in.exr", "-o", "out.exr", "abs"]
