@@ -22,7 +22,8 @@ Picture NoiseNode::plan(const std::vector<const Picture*>& inputs)
 Block NoiseNode::pixels(size_t, const Window& rect, Feed& feed) const
 {
     Block block = feed.blank(rect, format_, {true, true, true, false});
-    const LentTiles tiles(block, TIL_Plane(static_cast<PXL_Format>(format_), 3));
+    const TIL_Plane codes = codesOf(format_, {});
+    const LentTiles tiles(block, codes);
     TIL_TileList list = tiles.list;
     feed.run([&](void* token, int thread) {
         return noise_.generate(&list, static_cast<float>(settings_.time), token, thread, nullptr);
