@@ -140,6 +140,7 @@ std::vector<NoiseOctave> octavesOf(const RU_Noise& noise, int component, double 
         squares += weight * weight;
     }
     std::vector<NoiseOctave> octaves;
+    octaves.reserve(sizeOf(count));
     for (int k = 0; k < count; ++k)
         octaves.emplace_back(noise, static_cast<uint32_t>(component), k, weights[k] / std::sqrt(squares),
                              time);

@@ -22,7 +22,7 @@ void perlinVectors(const uint32_t* keys, const uint32_t* __restrict cells, float
 {
     for (int k = 0; k < perlinPoints; ++k) {
         const uint32_t key = keys[k];
-        float* __restrict x = vectors + 3 * k * count;
+        float* __restrict x = vectors + 3 * count * k;
         float* __restrict y = x + count;
         float* __restrict z = y + count;
         for (int64_t i = 0; i < count; ++i) {
@@ -43,7 +43,7 @@ void perlinColumns(const PerlinRow& given, const float* vectors, float* arrays, 
     for (int64_t i = 0; i < count; ++i) {
         float slope = 0.0f, level = 0.0f;
         for (int k = 0; k < perlinPoints; ++k) {
-            const float* x = vectors + 3 * k * count + i;
+            const float* x = vectors + 3 * count * k + i;
             addPerlinVector(row, k, {x[0], x[count], x[2 * count]}, slope, level);
         }
         slopes[i] = slope;
@@ -57,7 +57,7 @@ void pointColumns(const PointRow& row, const uint32_t* __restrict cells, float* 
     for (int k = 0; k < points; ++k) {
         const uint32_t key = row.keys[k];
         const float y = row.y[k], z = row.z[k];
-        float* __restrict x = arrays + 3 * k * count;
+        float* __restrict x = arrays + 3 * count * k;
         float* __restrict rest = x + count;
         float* __restrict strength = rest + count;
         for (int64_t i = 0; i < count; ++i)
@@ -159,7 +159,7 @@ void sparseNoise(const ru_NoisePiece& piece, float* sum)
         piece, sum, [=](Floats u, const auto& find) __attribute__((always_inline)) {
             Floats spots = {};
             for (int k = 0; k < points; ++k) {
-                const float* x = cells + 3 * k * count;
+                const float* x = cells + 3 * count * k;
                 for (int column = 0; column < 3; ++column) {
                     const Floats squared = squaredDistance<Floats>(u, static_cast<float>(column - 1),
                                                                    find(x, column), find(x + count, column));
@@ -178,7 +178,7 @@ void cellularNoise(const ru_NoisePiece& piece, float* sum)
         piece, sum, [=](Floats u, const auto& find) __attribute__((always_inline)) {
             Floats nearest = splat(1.0f);
             for (int k = 0; k < points; ++k) {
-                const float* x = cells + 3 * k * count;
+                const float* x = cells + 3 * count * k;
                 for (int column = 0; column < 3; ++column) {
                     const Floats squared = squaredDistance<Floats>(u, static_cast<float>(column - 1),
                                                                    find(x, column), find(x + count, column));
