@@ -14,7 +14,7 @@
     X(RU_DROPOFF_EASE_IN, "ease-in", "1.0523 (e^(-3 (1 - x)) - 1) + 1")                                      \
     X(RU_DROPOFF_SMOOTH, "smooth", "0.5 - 0.5 cos(pi x)")
 
-enum RU_FeatherDropoff {
+enum RU_FeatherDropoff : int {
 #define RU_ENUMERATOR(NAME, TEXT, FORMULA) NAME,
     RU_FOR_EACH_FEATHER_DROPOFF(RU_ENUMERATOR)
 #undef RU_ENUMERATOR

@@ -10,7 +10,7 @@
     X(UT_NOISE_SPARSE, "sparse", "soft spots of random strength at random places")                           \
     X(UT_NOISE_CELLULAR, "cellular", "the distance to the nearest of random places")
 
-enum UT_NoiseType {
+enum UT_NoiseType : int {
 #define UT_ENUMERATOR(NAME, TEXT, SUMMARY) NAME,
     UT_FOR_EACH_NOISE_TYPE(UT_ENUMERATOR)
 #undef UT_ENUMERATOR
