@@ -35,8 +35,10 @@ public:
         algorithm.radiusX = static_cast<float>(random.between(4.01, 5.0));
         algorithm.radiusY = random.oneIn(2) ? 5.0f : static_cast<float>(random.between(4.01, 5.0));
         algorithm.initialize(0.0f);
-        for (int entry = random.oneIn(3) ? 8 : 0; entry > 0; --entry)
-            algorithm.setLUTVal(random.between(-6, 6), random.between(-6, 6), anyFloat(random));
+        for (int entry = random.oneIn(3) ? 8 : 0; entry > 0; --entry) {
+            const int x = random.between(-6, 6), y = random.between(-6, 6);
+            algorithm.setLUTVal(x, y, anyFloat(random));
+        }
     }
 
     Exact result(const Neighbours& at) const override
