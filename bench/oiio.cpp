@@ -1,4 +1,4 @@
-#include <bench/bench.h>
+#include <bench/areas.h>
 
 #include <OpenImageIO/imagebuf.h>
 #include <OpenImageIO/imagebufalgo.h>
@@ -77,7 +77,48 @@ Work masked(Planes& planes)
     });
 }
 
+OIIO::ImageSpec plain(int width, int height, int channels = 1)
+{
+    return {width, height, channels, OIIO::TypeFloat};
+}
+
+template <const Sampling& Of, const char* const& Filter>
+Work reduce(Planes& planes)
+{
+    const auto from =
+        std::make_shared<OIIO::ImageBuf>(plain(planes.in.width(), planes.in.height()), planes.input);
+    const auto to = std::make_shared<OIIO::ImageBuf>(plain(Of.width, Of.height), planes.output);
+    return [from, to] { IBA::resize(*to, *from, Filter, 0.0f, {}, 1); };
+}
+
+template <const char* const& Filter>
+Work warp(Planes& planes)
+{
+    const float width = static_cast<float>(planes.in.width()),
+                height = static_cast<float>(planes.in.height());
+    const auto from =
+        std::make_shared<OIIO::ImageBuf>(plain(planes.in.width(), planes.in.height()), planes.input);
+    const auto to = std::make_shared<OIIO::ImageBuf>(plain(leaning.width, leaning.height), planes.output);
+    const auto places = std::make_shared<OIIO::ImageBuf>(plain(leaning.width, leaning.height, 2));
+    for (OIIO::ImageBuf::Iterator<float> pixel(*places); !pixel.done(); ++pixel) {
+        const Footprint at = leaning.at(pixel.x(), pixel.y());
+        pixel[0] = at.u / width;
+        pixel[1] = at.v / height;
+    }
+    return [from, to, places] { IBA::st_warp(*to, *from, *places, Filter, 0.0f, 0, 1, false, false, {}, 1); };
+}
+
+constexpr const char* box = "box";
+constexpr const char* gaussian = "gaussian";
+constexpr const char* lanczos3 = "lanczos3";
+
 const bool added = addPeers({
+    {"reduce_4_box/float", "OIIO resize", reduce<quarter, box>, Agreement::none},
+    {"reduce_37_box/float", "OIIO resize", reduce<by37, box>, Agreement::none},
+    {"reduce_4_gaussian/float", "OIIO resize", reduce<quarter, gaussian>, Agreement::none},
+    {"reduce_4_lanczos3/float", "OIIO resize", reduce<quarter, lanczos3>, Agreement::none},
+    {"warp_box/float", "OIIO st_warp", warp<box>, Agreement::none},
+    {"warp_gaussian/float", "OIIO st_warp", warp<gaussian>, Agreement::none},
     {"over/uint8", "OIIO over", over},
     {"over/uint16", "OIIO over", over, Agreement::none}, // white is not 65355
     {"over/float", "OIIO over", over},

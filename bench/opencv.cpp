@@ -1,4 +1,4 @@
-#include <bench/bench.h>
+#include <bench/areas.h>
 
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
@@ -194,6 +194,29 @@ Work shift(Planes& planes)
     };
 }
 
+/// By the mean of the areas.
+template <const Sampling& Of>
+Work reduce(Planes& planes)
+{
+    return [from = matrix(planes, planes.input),
+            to = cv::Mat(Of.height, Of.width, CV_32F, planes.output)]() mutable {
+        cv::resize(from, to, to.size(), 0, 0, cv::INTER_AREA);
+    };
+}
+
+/// Between four pixels, whatever the footprint.
+Work remap(Planes& planes)
+{
+    cv::Mat u(leaning.height, leaning.width, CV_32F), v(u.size(), CV_32F);
+    for (int y = 0; y < leaning.height; ++y)
+        for (int x = 0; x < leaning.width; ++x) {
+            u.at<float>(y, x) = leaning.at(x, y).u - 0.5f;
+            v.at<float>(y, x) = leaning.at(x, y).v - 0.5f;
+        }
+    return [from = matrix(planes, planes.input), to = cv::Mat(u.size(), CV_32F, planes.output), u,
+            v]() mutable { cv::remap(from, to, u, v, cv::INTER_LINEAR, cv::BORDER_REPLICATE); };
+}
+
 /// From the output and the second picture into the output.
 Work inPlace(Planes& planes, auto operation)
 {
@@ -295,6 +318,9 @@ const bool added = [] {
         {"shift/uint8", "cv::warpAffine", shift},
         {"shift/uint16", "cv::warpAffine", shift},
         {"shift/float", "cv::warpAffine", shift},
+        {"reduce_4_box/float", "cv::resize INTER_AREA", reduce<quarter>, Agreement::none},
+        {"reduce_37_box/float", "cv::resize INTER_AREA", reduce<by37>, Agreement::none},
+        {"warp_box/float", "cv::remap INTER_LINEAR", remap, Agreement::none},
         {"feather_5/uint8", "cv::dilate", dilateEllipse<5>, Agreement::none},
         {"feather_5/float", "cv::dilate", dilateEllipse<5>, Agreement::none},
         {"feather_15/uint8", "cv::dilate", dilateEllipse<15>, Agreement::none},

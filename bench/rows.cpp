@@ -1,5 +1,5 @@
 // The rows of the table.
-#include <bench/bench.h>
+#include <bench/areas.h>
 
 #include <RU/composite/RU_Blend.h>
 #include <RU/composite/RU_Composite.h>
@@ -242,6 +242,12 @@ const std::vector<Row> rows = {
     {"feather_5/float", PXL_FORMAT_float32, feather<5>},
     {"feather_15/uint8", PXL_FORMAT_uint8, feather<15>},
     {"feather_15/float", PXL_FORMAT_float32, feather<15>},
+    {"reduce_4_box/float", PXL_FORMAT_float32, areas<quarter, UT_FILTER_BOX>},
+    {"reduce_37_box/float", PXL_FORMAT_float32, areas<by37, UT_FILTER_BOX>},
+    {"reduce_4_gaussian/float", PXL_FORMAT_float32, areas<quarter, UT_FILTER_GAUSSIAN>},
+    {"reduce_4_lanczos3/float", PXL_FORMAT_float32, areas<quarter, UT_FILTER_LANCZOS3_SAMPLED>},
+    {"warp_box/float", PXL_FORMAT_float32, areas<leaning, UT_FILTER_BOX>},
+    {"warp_gaussian/float", PXL_FORMAT_float32, areas<leaning, UT_FILTER_GAUSSIAN>},
     {"noise_perlin/uint8", PXL_FORMAT_uint8, noise<UT_NOISE_PERLIN, 1>},
     {"noise_perlin/float", PXL_FORMAT_float32, noise<UT_NOISE_PERLIN, 1>, {hd, small}},
     {"noise_perlin_4/float", PXL_FORMAT_float32, noise<UT_NOISE_PERLIN, 4>, {hd, small}},
