@@ -50,11 +50,13 @@ public:
     RU_Border border() const override { return algorithm.border(); }
     int run(Scene& scene, void* token, int thread) override
     {
+        const int result =
+            algorithm.filter(&scene.out.list, scene.aroundGiven(), 0.0f, token, thread, nullptr);
         for (int c = 0; c < 4; ++c)
             if (const void* data = scene.around.getImageData(c))
                 wanted[c] = degrained({scene.out.format, data, scene.around.width(), scene.around.height()},
                                       border().left / 2);
-        return algorithm.filter(&scene.out.list, scene.aroundGiven(), 0.0f, token, thread, nullptr);
+        return result;
     }
     std::optional<Exact> expected(const Scene& scene, int c, int x, int y) const override
     {
@@ -68,9 +70,9 @@ public:
 
 private:
     RU_Degrain algorithm;
-    static thread_local std::vector<Places> wanted;
+    static thread_local Places wanted[4]; ///< by the last run of a thread
 };
-thread_local std::vector<Places> Degrain::wanted(4, Places(0, 0));
+thread_local Places Degrain::wanted[4];
 
 const Registered<Degrain> copy("Degrain below 0", -3);
 const Registered<Degrain> small("Degrain 1", 1);

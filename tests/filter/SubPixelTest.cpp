@@ -45,7 +45,7 @@ public:
     }
 };
 
-const Registered<SubPixel> shift("SubPixel");
+const Registered<SubPixel> subPixel("SubPixel");
 
 } // namespace
 

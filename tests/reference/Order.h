@@ -21,7 +21,7 @@ inline uint32_t bitsOfPlace(Format format, int64_t place)
 /// A plane of places.
 struct Places
 {
-    Places(int w, int h) : width(w), height(h), all(static_cast<size_t>(w * h)) {}
+    explicit Places(int w = 0, int h = 0) : width(w), height(h), all(static_cast<size_t>(w * h)) {}
     Places(Format format, const void* data, int w, int h) : Places(w, h)
     {
         for (int i = 0; i < w * h; ++i)
