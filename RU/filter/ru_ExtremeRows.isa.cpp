@@ -27,15 +27,21 @@ struct LanesOf<Key, sizeof(Key)>
 
 #define RU_LANES __attribute__((always_inline))
 
+template <class Key>
+constexpr int64_t fewer(int64_t bytes)
+{
+    return bytes > 8 ? bytes / 2 : int64_t(sizeof(Key));
+}
+
 /// Calls body(lanes, i) for all keys from i to count, in lanes that become fewer towards the end.
 template <class Key, int64_t Bytes = widest, class Body>
 RU_INLINE void eachLanes(int64_t count, Body body, int64_t i = 0)
 {
-    constexpr int64_t size = sizeof(Key), lanes = Bytes / size;
+    constexpr int64_t lanes = Bytes / int64_t(sizeof(Key));
     for (; i + lanes <= count; i += lanes)
         body(typename LanesOf<Key, Bytes>::type(), i);
-    if constexpr (Bytes > size)
-        eachLanes<Key, (Bytes > 8 ? Bytes / 2 : size)>(count, body, i);
+    if constexpr (lanes > 1)
+        eachLanes<Key, fewer<Key>(Bytes)>(count, body, i);
 }
 
 /// Negative floats and halves run against their bits. What turns them around turns them back as well.
@@ -69,15 +75,34 @@ RU_INLINE Lanes extreme(Lanes a, Lanes b)
         return a < b ? a : b;
 }
 
-/// Of a window's first pixels in each of so many narrower windows.
+/// Stores what compute(lanes, i) gives for all keys up to count. The last lanes, which may take in some of those
+/// before, are computed first: from pixels that are not yet overwritten.
+template <int64_t Bytes = widest, class T, class Compute>
+RU_INLINE void storeEach(T* to, int64_t count, Compute compute)
+{
+    using Key = ru_Key<T>;
+    using Lanes = typename LanesOf<Key, Bytes>::type;
+    constexpr int64_t lanes = Bytes / int64_t(sizeof(Key));
+    const int64_t last = count - lanes;
+    if (last >= 0) {
+        const Lanes end = compute(Lanes(), last);
+        for (int64_t i = 0; i < last; i += lanes)
+            storeKeys(to + i, compute(Lanes(), i));
+        storeKeys(to + last, end);
+    } else if constexpr (lanes > 1) {
+        storeEach<fewer<Key>(Bytes)>(to, count, compute);
+    }
+}
+
+/// Of as many windows, `wide` apart up to the last one.
 template <bool Maxima, int Count, class T>
 RU_INLINE void joined(const T* from, int64_t wide, int64_t last, T* to, int64_t count)
 {
-    eachLanes<ru_Key<T>>(count, [=]<class Lanes>(Lanes, int64_t i) RU_LANES {
+    storeEach(to, count, [=]<class Lanes>(Lanes, int64_t i) RU_LANES {
         Lanes keys = keysAt<T, Lanes>(from + i + last);
         for (int64_t k = 0; k < Count - 1; ++k)
             keys = extreme<Maxima>(keys, keysAt<T, Lanes>(from + i + k * wide));
-        storeKeys(to + i, keys);
+        return keys;
     });
 }
 
@@ -99,8 +124,8 @@ void along(const T* from, int64_t wide, int64_t last, T* to, int64_t count)
 template <bool Maxima, class T>
 void both(const T* a, const T* b, T* to, int64_t count)
 {
-    eachLanes<ru_Key<T>>(count, [=]<class Lanes>(Lanes, int64_t i) RU_LANES {
-        storeKeys(to + i, extreme<Maxima>(keysAt<T, Lanes>(a + i), keysAt<T, Lanes>(b + i)));
+    storeEach(to, count, [=]<class Lanes>(Lanes, int64_t i) RU_LANES {
+        return extreme<Maxima>(keysAt<T, Lanes>(a + i), keysAt<T, Lanes>(b + i));
     });
 }
 

@@ -20,7 +20,8 @@ public:
                  {&algorithm.weight00, &algorithm.weight10, &algorithm.weight01, &algorithm.weight11})
                 *weight = any();
         } else if (!random.oneIn(5)) {
-            algorithm.setWeights(any(), any());
+            const float fx = any(), fy = any();
+            algorithm.setWeights(fx, fy);
         }
     }
 

@@ -169,8 +169,8 @@ void addMorphology(const std::string& name)
         const int height = random.between(1, 40);
         const std::vector<T> src = wildValues<T>(width * height, random);
         std::vector<T> dst(src.size()), tmp(src.size());
-        RU_Morphology::dilateErode(src.data(), dst.data(), tmp.data(), width, height, random.between(-40, 40),
-                                   random.between(-9, 9));
+        const int xsize = random.between(-40, 40), ysize = random.between(-9, 9);
+        RU_Morphology::dilateErode(src.data(), dst.data(), tmp.data(), width, height, xsize, ysize);
         digest.add(dst);
     }
 }
