@@ -138,13 +138,14 @@ Work noise(Planes& planes)
     return [noise, &planes] { noise->generate(&planes.out, 0.0f, nullptr, 0, nullptr); };
 }
 
+/// The output is the plane between the passes, too.
 template <class T, int Size>
 Work dilate(Planes& planes)
 {
-    return [&planes, between = std::make_shared<TIL_Buffer>(static_cast<int64_t>(planes.bytes()))] {
-        RU_Morphology::dilate(static_cast<const T*>(planes.input), static_cast<T*>(planes.output),
-                              static_cast<T*>(between->data()), planes.in.width(), planes.in.height(), Size,
-                              Size);
+    return [&planes] {
+        T* output = static_cast<T*>(planes.output);
+        RU_Morphology::dilate(static_cast<const T*>(planes.input), output, output, planes.in.width(),
+                              planes.in.height(), Size, Size);
     };
 }
 
@@ -222,9 +223,9 @@ const std::vector<Row> rows = {
     {"edge_detect/uint16", PXL_FORMAT_uint16, edgeDetect},
     {"edge_detect/half", PXL_FORMAT_half, edgeDetect},
     {"edge_detect/float", PXL_FORMAT_float32, edgeDetect, {hd, small}},
-    {"dilate_3/uint8", PXL_FORMAT_uint8, dilate<uint8_t, 3>},
-    {"dilate_3/uint16", PXL_FORMAT_uint16, dilate<uint16_t, 3>},
-    {"dilate_3/float", PXL_FORMAT_float32, dilate<float, 3>},
+    {"dilate_3/uint8", PXL_FORMAT_uint8, dilate<uint8_t, 3>, {hd, small}},
+    {"dilate_3/uint16", PXL_FORMAT_uint16, dilate<uint16_t, 3>, {hd, small}},
+    {"dilate_3/float", PXL_FORMAT_float32, dilate<float, 3>, {hd, small}},
     {"dilate_15/uint8", PXL_FORMAT_uint8, dilate<uint8_t, 15>},
     {"dilate_15/uint16", PXL_FORMAT_uint16, dilate<uint16_t, 15>},
     {"dilate_15/float", PXL_FORMAT_float32, dilate<float, 15>},
