@@ -30,7 +30,7 @@ int MorphologyOp<T, FullRange>::filter(TIL_TileList* out, const TIL_Region* in, 
     const RU_Border border = filter.border();
     const int width = in->width(), height = in->height();
     const auto size = static_cast<size_t>(width) * static_cast<size_t>(height);
-    std::vector<T> results[2] = {std::vector<T>(size), std::vector<T>(size)}, between(size);
+    std::vector<T> results[2] = {std::vector<T>(size), std::vector<T>(size)};
     for (int c = 0; c < 4; ++c) {
         const T* from = static_cast<const T*>(in->getImageData(c));
         T* to = nullptr;
@@ -42,10 +42,9 @@ int MorphologyOp<T, FullRange>::filter(TIL_TileList* out, const TIL_Region* in, 
             if (RU_Algorithm::interruptCheck(thread))
                 return 1;
             T* result = results[pass % 2].data();
-            const bool dilates = filter.passes()[pass] == MorphologyFilter::Pass::Dilate;
-            (dilates ? static_cast<void (*)(const T*, T*, T*, int, int, int, int)>(RU_Morphology::dilate)
-                     : static_cast<void (*)(const T*, T*, T*, int, int, int, int)>(RU_Morphology::erode))(
-                from, result, between.data(), width, height, filter.width(), filter.height());
+            const int sign = filter.passes()[pass] == MorphologyFilter::Pass::Dilate ? 1 : -1;
+            RU_Morphology::dilateErode(from, result, result, width, height, sign * filter.width(),
+                                       sign * filter.height());
             from = result;
         }
         for (int y = 0; y < out->height(); ++y)
