@@ -85,6 +85,8 @@ RU_FilterArea::RU_FilterArea(const RU_FilterArea& other)
 
 RU_FilterArea& RU_FilterArea::operator=(const RU_FilterArea& other)
 {
+    if (this == &other)
+        return *this;
     x_ = other.x_;
     y_ = other.y_;
     std::copy_n(other.border_, 4, border_);
