@@ -365,8 +365,9 @@ RU_INLINE Floats sumOfAny(const float* in, int64_t stride, const Place& place, c
     static constexpr Sum sums[] = {sumOf<0, false>, sumOf<1, false>, sumOf<2, false>,
                                    sumOf<3, false>, sumOf<4, false>, sumOf<5, false>,
                                    sumOf<6, false>, sumOf<7, false>, sumOf<8, false>};
+    constexpr int32_t infinity = 0x7F800000; // beyond it is NaN
     const Floats out = sums[x.most <= 8 ? x.most : 0](in, stride, place, x, y);
-    return anyLane(out != out) ? sumOf<0, true>(in, stride, place, x, y) : out;
+    return anyLane((Ints)magnitude(out) > infinity) ? sumOf<0, true>(in, stride, place, x, y) : out;
 }
 
 /// The places and extents of the samples of one group.
