@@ -67,6 +67,8 @@ Parameter operation()
 
 Operation compRow()
 {
+    Parameter unpremult = onOff("--unpremult", "divide the colours of the result by its alpha in any case");
+    unpremult.settlesAlpha = true;
     return {
         "comp",
         "Put an image in front of another one, by an operation",
@@ -80,7 +82,7 @@ Operation compRow()
                     image("BG", "image behind, the destination"),
                     onOff("--premult", "multiply the colours of both images by their alpha first, whatever "
                                        "their files say"),
-                    onOff("--unpremult", "divide the colours of the result by its alpha in any case")},
+                    unpremult},
                    false),
         comp,
         compositeLines};

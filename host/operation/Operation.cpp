@@ -151,6 +151,15 @@ bool Call::takesAlphaAsIs() const
     return alpha == "as-is";
 }
 
+bool Call::storesAlphaAsIs() const
+{
+    const std::vector<Parameter>& parameters = operation_->parameters;
+    return takesAlphaAsIs() ||
+           std::any_of(parameters.begin(), parameters.end(), [this](const Parameter& parameter) {
+               return parameter.settlesAlpha && isOn(parameter.key());
+           });
+}
+
 std::optional<int> componentOf(const Call& call, const std::string& key)
 {
     if (!call.has(key))

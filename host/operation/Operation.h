@@ -27,7 +27,8 @@ struct Parameter
     const char* words = nullptr; ///< what help calls its words: "N", "WA WB"; null: its name
     const char* id = nullptr;    ///< its key where the name would not do
     std::vector<const char*> needs = {}, excludes = {}; ///< names
-    bool shared = false; ///< by all operations on images: documents tell of it once
+    bool settlesAlpha = false; ///< a switch: what comes out is stored as it is, whatever the file's alpha
+    bool shared = false;       ///< by all operations on images: documents tell of it once
 
     bool isOption() const { return name.starts_with("--"); }
     bool isText() const { return isImage || argument.type == Argument::Type::Text; }
@@ -86,6 +87,8 @@ public:
     PlaneSettings planeSettings() const;
     /// Whether it is told to take alpha as it stands.
     bool takesAlphaAsIs() const;
+    /// Whether its result is to be stored with alpha as it stands.
+    bool storesAlphaAsIs() const;
 
     std::unique_ptr<Node> node() const { return operation_->make(*this); }
 

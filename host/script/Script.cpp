@@ -54,9 +54,11 @@ Script Script::single(Call call, const OutputSettings& settings)
     Script script;
     Output& output = script.outputs.emplace_back();
     output.settings = settings;
-    const bool divides = call.operation().find("unpremult") != nullptr && call.isOn("unpremult");
-    output.settings.asIs = settings.asIs || call.takesAlphaAsIs() || divides;
-    script.isSingle = true;
+    output.settings.asIs = settings.asIs || call.storesAlphaAsIs();
+    if (!call.images().empty() && call.has("depth")) { // rounds once, behind what the file does to alpha
+        output.settings.depth = call.planeSettings().depth;
+        call = call.widened();
+    }
     script.statements.push_back({"", std::move(call), ""});
     return script;
 }
@@ -105,15 +107,16 @@ ScriptGraph::ScriptGraph(const Script& script, std::optional<int64_t> frame, boo
     checkOutputs(script);
     for (const Script::Statement& statement : script.statements)
         at(statement.where, [&] {
-            last_ = add(statement, statement.call);
+            last_ = add(statement);
             named_.emplace_back(statement.name, last_);
         });
     for (const Script::Output& output : script.outputs)
-        at(output.where, [&] { addOutput(script, output); });
+        at(output.where, [&] { addOutput(output); });
 }
 
-size_t ScriptGraph::add(const Script::Statement& statement, const Call& call)
+size_t ScriptGraph::add(const Script::Statement& statement)
 {
+    const Call& call = statement.call;
     std::vector<size_t> inputs;
     std::unique_ptr<Node> node = call.at(frame_).node();
     for (const std::string& image : call.images())
@@ -181,7 +184,7 @@ std::unique_ptr<FileSource> ScriptGraph::openFile(const std::string& path) const
 }
 
 /// A sink for a picture, behind a node that brings it into the form that the file format has.
-void ScriptGraph::addOutput(const Script& script, const Script::Output& output)
+void ScriptGraph::addOutput(const Script::Output& output)
 {
     const OutputSettings& settings = output.settings;
     const std::string path = pathOf(settings.path, frame_);
@@ -190,13 +193,6 @@ void ScriptGraph::addOutput(const Script& script, const Script::Output& output)
     form.depth = settings.depth;
     if (!settings.asIs)
         form.straight = straightIn(path);
-    if (script.isSingle && form.straight && StoreNode::adapts(graph_.picture(node), *form.straight)) {
-        const Script::Statement& statement = script.statements.front(); // rounds once, behind the alpha
-        if (!statement.call.images().empty()) {
-            form.depth = statement.call.planeSettings().depth;
-            node = last_ = add(statement, statement.call.widened());
-        }
-    }
     form.displayWindow = !settings.dataWindow && !holdsData(path, graph_.picture(node).first());
     const size_t stored = graph_.add(path, std::make_unique<StoreNode>(form), {node});
     if (planOnly_)

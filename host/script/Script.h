@@ -50,7 +50,6 @@ struct Script
 
     std::vector<Statement> statements;
     std::vector<Output> outputs;
-    bool isSingle = false; ///< one operation, whose depth is that of the output
 
     /// One operation and where its picture goes; alpha is treated there as the operation is told to.
     static Script single(Call call, const OutputSettings& output);
@@ -83,8 +82,8 @@ public:
 private:
     size_t nodeOf(const std::string& image);
     std::unique_ptr<FileSource> openFile(const std::string& path) const;
-    size_t add(const Script::Statement& statement, const Call& call);
-    void addOutput(const Script& script, const Script::Output& output);
+    size_t add(const Script::Statement& statement);
+    void addOutput(const Script::Output& output);
     void checkOutputs(const Script& script) const;
 
     std::optional<int64_t> frame_;
