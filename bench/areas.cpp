@@ -8,8 +8,6 @@ namespace bench {
 
 namespace {
 
-constexpr int blockSide = 128;
-
 /// The ends of the footprints of a block of samples, and where its results go.
 struct Block
 {
@@ -20,6 +18,7 @@ struct Block
 std::vector<Block> blocksOf(const Sampling& sampling)
 {
     std::vector<Block> blocks;
+    const int blockSide = sampling.blockSide;
     for (int top = 0; top < sampling.height; top += blockSide)
         for (int left = 0; left < sampling.width; left += blockSide) {
             Block block{{},
@@ -47,7 +46,7 @@ std::vector<Block> blocksOf(const Sampling& sampling)
 
 } // namespace
 
-/// The region that a block reads is copied out of the input, as a host would.
+/// The region that a block reads is copied out of the input, as a host would, unless it is all of it.
 Work sampleAreas(Planes& planes, const Sampling& sampling, UT_FilterType filter)
 {
     return [&planes, width = sampling.width, filter, blocks = blocksOf(sampling),
@@ -59,12 +58,13 @@ Work sampleAreas(Planes& planes, const Sampling& sampling, UT_FilterType filter)
                                       block.height, block.width, columns, planes.in.height(), nullptr);
             int x0 = 0, x1 = 0, y0 = 0, y1 = 0;
             area->getInputRegion(x0, x1, y0, y1);
+            const auto* input = static_cast<const float*>(planes.input);
+            const bool isAll = x1 - x0 + 1 == columns && y1 - y0 + 1 == planes.in.height();
             region.clear();
-            for (int y = y0; y <= y1; ++y) {
-                const float* row = static_cast<const float*>(planes.input) + int64_t{y} * columns;
-                region.insert(region.end(), row + x0, row + x1 + 1);
-            }
-            area->sample1(block.results.data(), region.data());
+            for (int y = y0; y <= y1 && !isAll; ++y)
+                region.insert(region.end(), input + int64_t{y} * columns + x0,
+                              input + int64_t{y} * columns + x1 + 1);
+            area->sample1(block.results.data(), isAll ? input : region.data());
             for (int y = 0; y < block.height; ++y)
                 std::copy_n(block.results.data() + int64_t{y} * block.width, block.width,
                             static_cast<float*>(planes.output) + int64_t{block.y + y} * width + block.x);

@@ -18,6 +18,7 @@ struct Sampling
 {
     int width, height;
     Footprint (*at)(int x, int y);
+    int blockSide; ///< of the samples that we take at once
 };
 
 template <int Tenths>
@@ -35,11 +36,10 @@ inline Footprint leaningAt(int x, int y)
             1.6f / (z * z)};
 }
 
-constexpr Sampling quarter = {480, 270, reducedAt<40>};
-constexpr Sampling by37 = {518, 291, reducedAt<37>};
-constexpr Sampling leaning = {480, 270, leaningAt};
+constexpr Sampling quarter = {480, 270, reducedAt<40>, 480};
+constexpr Sampling by37 = {518, 291, reducedAt<37>, 518};
+constexpr Sampling leaning = {480, 270, leaningAt, 128};
 
-/// Ours, in blocks of 128 x 128 samples.
 Work sampleAreas(Planes& planes, const Sampling& sampling, UT_FilterType filter);
 
 template <const Sampling& Of, UT_FilterType Filter>
