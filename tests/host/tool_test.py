@@ -166,6 +166,28 @@ class ToolTest(unittest.TestCase):
         self.run_tool("comp", "over", "s.exr", "d.exr", "-o", "out.exr")
         self.run_tool("diff", "out.exr", "out.2.exr")
 
+    def test_filters_and_resampling(self):
+        self.plate("a.exr", "--depth", "float")
+        self.plate("b.png", "--depth", "uint8")
+        for one, other in [
+            ("degrain b.png --size 3", "degrain b.png --size 3 | degrain --size 1"),
+            ("dilate a.exr --size 5x3", "grade a.exr negate | erode --size 5x3 | grade negate"),
+            ("erode a.exr --size 4", "erode a.exr --size 5x1 | erode --size 1x5"),
+            ("open a.exr --size 3", "grade a.exr negate | close | grade negate"),
+            ("close a.exr --size 5", "close a.exr --size 5 | close --size 5"),
+            ("feather a.exr --radius 1", 'grade a.exr ""'),
+            ("shift a.exr 12 -3.5", "shift a.exr 20 -4 | shift -8 0.5"),
+            ("resize a.exr 200% --filter nearest", "resize a.exr 640x90 --filter nearest --fit width"),
+            ("transform a.exr --rotate 90 --scale 0.5", "transform a.exr --rotate -270 --scale 0.5"),
+            ("corners b.png 0,0 320,0 320,180 0,180", 'grade b.png ""'),
+            ("warp a.exr --map a.exr --filter nearest", "warp a.exr --map a.exr --filter nearest --wrap clamp"),
+            ("noise --size 64x64", "noise --size 64x64 --type perlin --period 32,32"),
+        ]:
+            for name, script in [("one", one), ("other", other)]:
+                self.run_tool("run", "-e", script, "-o", name + (".png" if "b.png" in one else ".exr"))
+            difference = self.run_tool("diff", *(["one.png", "other.png"] if "b.png" in one else ["one.exr", "other.exr"]), code=None)
+            self.assertEqual(difference.returncode, 0, f"{one}: {difference.stdout}")
+
     def test_a_long_script_needs_no_deep_stack(self):
         self.plate("in.png")
         lines = 5000 * ['p = grade p "add 0.00001"\n']
@@ -299,7 +321,7 @@ class ToolTest(unittest.TestCase):
         operations = json.loads(self.run_tool("operations", "--json").stdout)
         self.assertEqual(commands[: len(operations)], [operation["name"] for operation in operations])
         self.assertEqual(self.completed("operations", ""), [operation["name"] for operation in operations])
-        self.assertEqual((len(commands), len(operations)), (14, 6))
+        self.assertEqual((len(commands), len(operations)), (26, 18))
         count = 0
         for command in commands:
             helped = re.findall(r"^  (-[\w,-]+)", self.run_tool(command, "--help").stdout, re.MULTILINE)
@@ -311,7 +333,7 @@ class ToolTest(unittest.TestCase):
         for operation in operations:
             options = {argument["option"] for argument in operation["inputs"] + operation["arguments"]} - {None}
             self.assertLessEqual(options, set(self.completed(operation["name"], "-")))
-        self.assertEqual(count, 145)
+        self.assertEqual(count, 335)
 
     def test_the_documents_list_operations_and_functions(self):
         subprocess.run([sys.executable, DOCUMENT.with_name("tables.py"), "--check", KREILUGE], check=True)
