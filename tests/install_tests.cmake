@@ -23,7 +23,7 @@ if(TARGET kreiluge_told)
   endforeach()
 endif()
 if(TARGET kreiluge_tool)
-  foreach(page README docs/colour docs/combine docs/filters)
+  foreach(page README docs/colour docs/combine docs/filters docs/resample docs/noise)
     cmake_path(GET page FILENAME name)
     string(TOLOWER ${name} name)
     add_test(NAME install.${name} COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/readme_shell.sh
