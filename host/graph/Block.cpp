@@ -6,6 +6,8 @@ namespace host {
 
 namespace {
 
+constexpr int64_t mostFreeBytes = 64 << 20; ///< kept; footprints of all sizes would pile up gigabytes
+
 /// Sizes are few, so that tiles at the edges share buffers with others.
 int64_t roundedUp(int64_t bytes)
 {
@@ -22,13 +24,21 @@ TIL_Buffer Buffers::take(int64_t bytes)
         return TIL_Buffer(roundedUp(bytes));
     TIL_Buffer buffer = std::move(known.back());
     known.pop_back();
+    freeBytes_ -= roundedUp(bytes);
     return buffer;
 }
 
 void Buffers::give(TIL_Buffer&& buffer, int64_t bytes)
 {
-    if (buffer.data() != nullptr)
-        free_[roundedUp(bytes)].push_back(std::move(buffer));
+    const int64_t size = roundedUp(bytes);
+    if (buffer.data() == nullptr || size > mostFreeBytes)
+        return;
+    if (freeBytes_ + size > mostFreeBytes) {
+        free_.clear();
+        freeBytes_ = 0;
+    }
+    free_[size].push_back(std::move(buffer));
+    freeBytes_ += size;
 }
 
 Block Buffers::block(const Window& rect, unsigned char format, const Components& present)

@@ -56,6 +56,7 @@ public:
 
 private:
     std::map<int64_t, std::vector<TIL_Buffer>> free_; ///< by size
+    int64_t freeBytes_ = 0;
 };
 
 } // namespace host
