@@ -153,8 +153,9 @@ Operation shiftRow()
             "Examples:\n"
             "  kreiluge shift in.exr 12 -3 -o out.exr\n"
             "  kreiluge shift in.png 0.25 0.5 -o out.png\n"
-            "Whole pixels move the data window and keep every bit; a fraction mixes 2 x 2 pixels. The frame\n"
-            "stays: what leaves it is cut by file formats without a data window.",
+            "Whole pixels move the data window and keep every bit; a fraction mixes 2 x 2 pixels and\n"
+            "needs one more row or column. The frame stays: what leaves it is cut by file formats without a\n"
+            "data window.",
             forAllPlanes({image("INPUT", "image"), x, y}), shift};
 }
 

@@ -12,6 +12,14 @@ ShiftNode::ShiftNode(double x, double y, const PlaneSettings& settings)
     : settings_(settings), x_(static_cast<int>(std::floor(-x))), y_(static_cast<int>(std::floor(-y))),
       fractionX_(static_cast<float>(-x - x_)), fractionY_(static_cast<float>(-y - y_))
 {
+    if (fractionX_ == 1.0f) { // rounded up
+        fractionX_ = 0.0f;
+        ++x_;
+    }
+    if (fractionY_ == 1.0f) {
+        fractionY_ = 0.0f;
+        ++y_;
+    }
 }
 
 Picture ShiftNode::plan(const std::vector<const Picture*>& inputs)
@@ -21,8 +29,9 @@ Picture ShiftNode::plan(const std::vector<const Picture*>& inputs)
     for (Image& part : output.parts) {
         if (part.display.isEmpty())
             part.display = part.data;
-        part.data.x -= x_;
-        part.data.y -= y_;
+        const int moreX = fractionX_ != 0.0f ? 1 : 0, moreY = fractionY_ != 0.0f ? 1 : 0; // pixels touched
+        part.data = {part.data.x - x_ - moreX, part.data.y - y_ - moreY, part.data.width + moreX,
+                     part.data.height + moreY};
     }
     return output;
 }
