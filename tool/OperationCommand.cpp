@@ -46,7 +46,9 @@ void checkPlaces(const host::Script& script)
     };
     std::vector<std::string> wrong = stills(script.outputFiles());
     const std::vector<std::string> inputs = script.inputFiles();
-    if (wrong.empty() && !inputs.empty() && stills(inputs).size() == inputs.size())
+    const bool moves = std::any_of(script.statements.begin(), script.statements.end(),
+                                   [](const auto& statement) { return statement.call.operation().moves; });
+    if (wrong.empty() && !moves && !inputs.empty() && stills(inputs).size() == inputs.size())
         wrong = stills(inputs);
     if (!wrong.empty())
         host::refuse("--frames: there is no place for the frame number in " + host::joined(wrong) +

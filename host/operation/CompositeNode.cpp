@@ -101,6 +101,7 @@ CompositeNode::PlaneWork CompositeNode::workOf(const Pairing& pair, size_t p, co
     const bool straight = !settings_.asIs && pair.first.picture.isStraight(p);
     work.divides =
         work.colour && (type_.unpremultiply || straight) && work.behind.alpha != Side::Alpha::Window;
+    work.alphaFormat = out[work.behind.other].format;
     for (const auto& [side, path] :
          {std::pair(&work.front, &pair.second.picture.path), {&work.behind, &pair.first.picture.path}})
         if (side->isStraight && work.colour && !type_.premultiply)
@@ -205,8 +206,11 @@ Block CompositeNode::composite(const PlaneWork& work, const Window& rect, Feed& 
     }
     if (ownAlpha || (work.divides && work.behind.alpha == Side::Alpha::Other)) // the colours took the old one
         RU_Composite::compositeAlpha(type, rect.width, rect.height, d.alpha, s.alpha);
-    if (work.divides)
+    if (work.divides) {
+        if constexpr (std::is_same_v<T, float>)
+            limitAlpha(d.alpha, d.values.count(), work.alphaFormat);
         d.eachColour(divideByAlpha);
+    }
     feed.give(std::move(d.other));
     feed.give(std::move(s.values));
     feed.give(std::move(s.other));

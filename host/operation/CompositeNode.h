@@ -54,6 +54,7 @@ private:
         Components present{};
         bool colour = false;
         bool divides = false;
+        unsigned char alphaFormat = 0; ///< of the background's alpha in the output
         Side behind, front;
     };
     template <class T>

@@ -100,7 +100,7 @@ Operation degrainRow()
             "Examples:\n"
             "  kreiluge degrain scan.####.dpx -o clean.####.dpx --frames 1-48\n"
             "  kreiluge degrain in.exr -o out.exr --size 2\n"
-            "Dark, then bright specks go that are narrower than the size both across and down. Lines along\n"
+            "Dark, then bright specks go up to the size both across and down. Lines along\n"
             "a row or a column stay.",
             withPlanes({image("INPUT", "image"), text("--size", "specks up to so many pixels go", "N", "5"),
                         scope("rgb")},

@@ -77,7 +77,7 @@ Operation noiseRow()
          number("--roughness", "amplitude of an octave over the one before, 0 to 1", "0.5"),
          text("--period", "size of the coarsest features in pixels, or one for each axis", "N|X,Y", "32"),
          number("--frames-per-period", "how fast it changes", "10"),
-         text("--offset", "by how many pixels it is moved", "X,Y", "0,0"),
+         text("--offset", "what lies so many pixels to the right and down", "X,Y", "0,0"),
          perComponent("--amplitude", "how far values go from their mean"),
          perComponent("--mean", "their mean"), onOff("--monochrome", "the same for all components"),
          depth(
@@ -101,6 +101,7 @@ std::vector<Operation> generateOperations()
           onOff("--alpha", "add an alpha channel that fades out in the corners")},
          plate,
          nullptr,
+         false,
          true},
         noiseRow()};
 }

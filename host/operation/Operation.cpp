@@ -202,8 +202,9 @@ void readNumbers(const std::string& option, const std::string& text, std::span<d
         good = error == std::errc() && end == behind && std::abs(out[k]) <= 1e9;
     }
     if (!good)
-        refuse(option + ": '" + text + "' is not " + std::to_string(out.size()) +
-               (out.size() == 1 ? " number" : " numbers with commas between them"));
+        refuse(option + ": '" + text + "' is " +
+               (out.size() == 1 ? "no number"
+                                : "not " + std::to_string(out.size()) + " numbers with commas between them"));
 }
 
 size_t choiceOf(const Call& call, const std::string& key)

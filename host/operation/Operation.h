@@ -49,6 +49,7 @@ struct Operation
     std::vector<Parameter> parameters;
     std::function<std::unique_ptr<Node>(const Call&)> make;
     std::vector<std::string> (*list)() = nullptr; ///< what `--list` tells of, a line each
+    bool moves = false;                           ///< its picture depends on the frame, whatever its inputs
     bool usualDepth = false; ///< a command without --depth takes the one that is usual for the output's file
 
     const Parameter* find(const std::string& key) const;

@@ -124,4 +124,11 @@ void divideByAlpha(float* values, const float* alpha, int64_t count)
         values[i] = alpha[i] != 0.0f ? values[i] / alpha[i] : values[i];
 }
 
+void limitAlpha(float* alpha, int64_t count, unsigned char format)
+{
+    if (format != PXL_FORMAT_float32 && format != PXL_FORMAT_half)
+        for (int64_t i = 0; i < count; ++i)
+            alpha[i] = alpha[i] > 0.0f ? std::min(alpha[i], 1.0f) : 0.0f;
+}
+
 } // namespace host

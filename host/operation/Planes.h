@@ -93,4 +93,7 @@ private:
 void multiplyByAlpha(float* values, const float* alpha, int64_t count);
 void divideByAlpha(float* values, const float* alpha, int64_t count);
 
+/// Alpha as a format stores it: integers hold 0 to 1. Colours are divided by what is stored.
+void limitAlpha(float* alpha, int64_t count, unsigned char format);
+
 } // namespace host

@@ -246,13 +246,13 @@ std::vector<Parameter> withFilter(std::vector<Parameter> parameters, const char*
     Parameter filters = text("--filter", "how pixels are weighed", "NAME", filter);
     filters.argument.choices = resamplingFilters();
     filters.argument.meanings = {"the nearest pixel, nothing in between",
-                                 "the mean of the area under a pixel",
+                                 "the mean of the area under a pixel; straight lines when enlarging",
                                  "straight lines between pixels; a tent when reducing",
                                  "soft, without ringing",
                                  "sharp cubic through the pixels",
                                  "cubic between blur and ringing",
                                  "sharp, rings a little at hard edges",
-                                 "a raised cosine, soft"};
+                                 "a raised cosine, soft; shows pixels when enlarging"};
     Parameter wraps = text("--wrap", "what lies beyond the image", "RULE", wrap);
     wraps.argument.choices = resamplingWraps();
     wraps.argument.meanings = {"the image again", "its nearest pixel", "black and transparent"};
@@ -277,7 +277,8 @@ Operation resizeRow()
             "  kreiluge resize in.####.exr 50% -o half.####.exr --frames 1-100\n"
             "  kreiluge resize photo.jpg 400x400 -o thumb.png --fit fill\n"
             "The sharp filters undershoot beside bright edges: float and half keep values below 0 and above\n"
-            "1, integers clamp them. `--filter mitchell` rings less, `gaussian` and `box` not at all.",
+            "1, integers clamp them. `--filter mitchell` rings less, those of one sign (`box`, `triangle`, "
+            "`gaussian`, `hann`) not at all.",
             withFilter({image("INPUT", "image"), std::move(size), std::move(fit)}, "lanczos3", "clamp"),
             resize};
 }

@@ -35,6 +35,7 @@ Picture StoreNode::plan(const std::vector<const Picture*>& inputs)
             continue;
         work.format = PXL_FORMAT_float32;
         work.alpha = *alpha;
+        work.alphaFormat = out[*alpha].format;
         work.adapt = output.isStraight(p) ? divideByAlpha : multiplyByAlpha;
         work.recipe = {{{0, *alpha}}, false};
         if (*alpha != p)
@@ -64,6 +65,7 @@ Block StoreNode::pixels(size_t plane, const Window& rect, Feed& feed) const
     if (work.adapt == nullptr)
         return feed.take({0, plane, rect, work.format, mappingOf(work.present), Outside::Zero});
     Block alpha = feed.load({0, work.alpha, rect, work.format, {3, -1, -1, -1}, Outside::Zero});
+    limitAlpha(alpha.values<float>(0), alpha.count(), work.alphaFormat);
     Block block = feed.take({0, plane, rect, work.format, mappingOf(work.present), Outside::Zero});
     for (size_t c = 0; c < 3; ++c)
         if (block.has(c))

@@ -34,6 +34,7 @@ private:
         Components present{};
         unsigned char format = 0;
         size_t alpha = 0;
+        unsigned char alphaFormat = 0; ///< that it is stored in
         void (*adapt)(float*, const float*, int64_t) = nullptr;
     };
 

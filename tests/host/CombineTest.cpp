@@ -200,6 +200,12 @@ TEST_F(Combining, AlphaIsWhatTheFileFormatHasAndRoundedOnce)
         EXPECT_NEAR(at("b.exr", c), colour[static_cast<size_t>(c)] * (2.0f - 0.015f), 1e-3f);
     runOperation({"comp", "over", exr, exr, "--unpremult", "--depth", "uint16"}, dir.file("c.png")); // once
     EXPECT_NEAR(at("c.png", 1), 0.4f, 0.001f);
+    const std::string half = add("half.exr", rgba, {0.3f, 0.3f, 0.3f, 1.0f});
+    runOperation({"comp", "add", half, half, "--depth", "uint8"},
+                 dir.file("f.png")); // an alpha of 2, stored as 1
+    EXPECT_NEAR(at("f.png", 0), 0.6f, 0.003f);
+    runOperation({"comp", "add", half, dir.file("f.png")}, dir.file("g.png")); // over what is straight
+    EXPECT_NEAR(at("g.png", 0), 0.9f, 0.003f);
     runOperation({"grade", straight, "", "--alpha", "as-is"}, dir.file("d.tif"));
     EXPECT_EQ(read("d.tif").spec().get_int_attribute("oiio:UnassociatedAlpha"), 1);
     runOperation({"grade", straight, ""}, dir.file("e.png"));
