@@ -50,7 +50,8 @@ public:
         }
         for (size_t i = 0; i < 6; ++i) {
             lines.push_back(operation());
-            names_.push_back(numbered("s", i));
+            // TIFF cuts what is shifted out of the display window.
+            names_.push_back(lines.back()[0] == "shift" ? names_.front() : numbered("s", i));
         }
     }
 
@@ -78,6 +79,11 @@ private:
              "float"},
             {"corners", image(), "5,-3", "50,10", "60,70", "1,55", "--filter", "lanczos3", "--wrap", "clamp"},
             {"warp", image(), "--map", image(), "--filter", "triangle"},
+            {"shift", image(), "2.25", "-7.5"},
+            {"dilate", image(), "--size", "5x2"},
+            {"open", image(), "--scope", "ra"},
+            {"degrain", image(), "--size", "2", "--depth", "float"},
+            {"feather", image(), "--radius", "4,9", "--drop-off", "smooth"},
         };
         return choices[pick(std::size(choices))];
     }

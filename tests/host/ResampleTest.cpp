@@ -1,0 +1,356 @@
+#include "images.h"
+
+#include <host/file/Diff.h>
+#include <host/operation/Resampling.h>
+
+#include <array>
+#include <cmath>
+#include <functional>
+#include <numbers>
+
+namespace {
+
+using OIIO::TypeDesc;
+using Words = std::vector<std::string>;
+
+/// Where a pixel comes from in a picture of pixels 0 .. n, and the extents of its footprint there.
+struct Print
+{
+    double u, v, width, height;
+};
+using Mapping = std::function<std::array<double, 2>(double x, double y)>;
+
+double cubic(double b, double c, double x)
+{
+    if (x < 1.0)
+        return ((12 - 9 * b - 6 * c) * x * x * x + (-18 + 12 * b + 6 * c) * x * x + 6 - 2 * b) / 6;
+    return x < 2.0 ? ((-b - 6 * c) * x * x * x + (6 * b + 30 * c) * x * x + (-12 * b - 48 * c) * x + 8 * b +
+                      24 * c) /
+                         6
+                   : 0.0;
+}
+
+double kernel(const std::string& filter, double place)
+{
+    const double x = std::abs(place), p = std::numbers::pi * x;
+    if (filter == "triangle")
+        return std::max(1.0 - x, 0.0);
+    if (filter == "gaussian")
+        return x < 1.5 ? std::exp(-2.0 * x * x) : 0.0;
+    if (filter == "catmullrom")
+        return cubic(0.0, 0.5, x);
+    if (filter == "mitchell")
+        return cubic(1.0 / 3.0, 1.0 / 3.0, x);
+    if (filter == "lanczos3")
+        return x == 0.0 ? 1.0 : x < 3.0 ? std::sin(p) / p * std::sin(p / 3.0) / (p / 3.0) : 0.0;
+    return x < 1.0 ? 0.5 + 0.5 * std::cos(p) : 0.0; // hann
+}
+
+/// The weights of pixels, and the pixels of 0 .. size - 1 that they fall on; -1: nothing.
+std::vector<std::pair<int, double>> tapsOf(const std::string& filter, const std::string& wrap, double centre,
+                                           double extent, int size)
+{
+    const auto rounded = [](double place) { return std::floor(place * 4096.0 + 0.5) / 4096.0; };
+    extent = rounded(extent);
+    const double c = filter == "nearest" ? std::floor(centre) + 0.5 // one pixel
+                                         : rounded(centre - 0.5 * extent) + 0.5 * extent;
+    const double e = filter == "nearest" ? 1.0 : std::max(extent, 1.0);
+    std::vector<std::pair<int, double>> taps;
+    double sum = 0.0;
+    for (int i = static_cast<int>(std::floor(c - 3 * e)); i <= c + 3 * e; ++i) {
+        const double weight = filter == "nearest" || filter == "box"
+                                  ? std::max(std::min(i + 1.0, c + e / 2) - std::max(i + 0.0, c - e / 2), 0.0)
+                                  : kernel(filter, (i + 0.5 - c) / e);
+        const int inside = std::clamp(i, 0, size - 1);
+        taps.emplace_back(wrap == "repeat"                 ? (i % size + size) % size
+                          : wrap == "clamp" || inside == i ? inside
+                                                           : -1,
+                          weight);
+        sum += weight;
+    }
+    for (auto& tap : taps)
+        tap.second /= sum;
+    return taps;
+}
+
+/// Random pictures and what becomes of them.
+struct Resample : ::testing::Test
+{
+    int pick(int from, int to)
+    {
+        return from + static_cast<int>(random() % static_cast<unsigned>(to - from + 1));
+    }
+
+    /// Floats from 0 to 1 in a window of its own.
+    TestImage addRandom(const std::string& name, const std::vector<std::string>& channels)
+    {
+        OIIO::ImageSpec spec(pick(1, 40), pick(1, 40), static_cast<int>(channels.size()), TypeDesc::FLOAT);
+        spec.channelnames = channels;
+        spec.x = pick(-9, 9);
+        spec.y = pick(-9, 9);
+        spec.full_x = pick(-5, 5);
+        spec.full_y = pick(-5, 5);
+        spec.full_width = pick(8, 40);
+        spec.full_height = pick(8, 40);
+        TestImage image(spec);
+        for (size_t k = 0; k < image.bytes.size() / 4; ++k)
+            image.values<float>()[k] = static_cast<float>(pick(0, 1000)) / 1000.0f;
+        image.write(dir.file(name));
+        return image;
+    }
+
+    void expectReference(const Words& words, TestImage in, const std::function<Print(int, int)>& printOf)
+    {
+        const std::string &filter = words[words.size() - 3], &wrap = words.back();
+        runOperation(words, dir.file("out.exr"));
+        TestImage out = TestImage::read(dir.file("out.exr"));
+        const int channels = in.spec.nchannels;
+        double worst = 0.0;
+        int64_t wrong = 0;
+        for (int y = 0; y < out.spec.height; ++y)
+            for (int x = 0; x < out.spec.width; ++x) {
+                const Print print = printOf(out.spec.x + x, out.spec.y + y);
+                const auto across = tapsOf(filter, wrap, print.u - in.spec.x, print.width, in.spec.width);
+                const auto down = tapsOf(filter, wrap, print.v - in.spec.y, print.height, in.spec.height);
+                for (int c = 0; c < channels; ++c) {
+                    double sum = 0.0;
+                    for (const auto& [row, weight] : down)
+                        for (const auto& [column, factor] : across)
+                            if (row >= 0 && column >= 0)
+                                sum +=
+                                    weight * factor *
+                                    double{in.values<float>()[(row * in.spec.width + column) * channels + c]};
+                    const double error =
+                        std::abs(double{out.values<float>()[(y * out.spec.width + x) * channels + c]} - sum);
+                    worst = std::max(worst, error);
+                    wrong += error > 3e-5;
+                }
+            }
+        std::string text;
+        for (const std::string& word : words)
+            text += word + " ";
+        // Places that fall between two roundings go either way, with "nearest" by a pixel.
+        EXPECT_LE(wrong, words[0] == "resize" ? INT64_MAX : int64_t(out.bytes.size() / 200 + 3)) << text;
+        EXPECT_LE(worst, filter == "nearest" ? 1.0 : 5e-4) << text;
+    }
+
+    /// The same for a mapping of places; the footprints follow from its differences.
+    void expectMapped(const Words& words, const TestImage& in, const Mapping& mapping)
+    {
+        expectReference(words, in, [&](int column, int row) {
+            constexpr double d = 1.0 / 1024.0;
+            const double x = column + 0.5, y = row + 0.5;
+            const auto place = mapping(x, y), left = mapping(x - d, y), right = mapping(x + d, y),
+                       above = mapping(x, y - d), below = mapping(x, y + d);
+            const auto length = [&](size_t axis) {
+                return std::hypot(right[axis] - left[axis], below[axis] - above[axis]) / (2.0 * d);
+            };
+            return Print{place[0], place[1], length(0), length(1)};
+        });
+    }
+
+    TempDirectory dir;
+    std::mt19937 random{7};
+};
+
+TEST_F(Resample, FollowsTheDefinition)
+{
+    const std::string path = dir.file("in.exr"), map = dir.file("map.exr");
+    const auto numbers = [](double a, double b) { return std::to_string(a) + "," + std::to_string(b); };
+    for (const std::string& filter : host::resamplingFilters())
+        for (const std::string& wrap : host::resamplingWraps()) {
+            const TestImage in = addRandom("in.exr", {"R", "G", "B"});
+            const OIIO::ImageSpec& s = in.spec;
+            const auto words = [&](Words given) {
+                given.insert(given.end(), {"--filter", filter, "--wrap", wrap});
+                return given;
+            };
+            const int width = pick(1, 60), height = pick(1, 60);
+            expectMapped(words({"resize", path, std::to_string(width) + "x" + std::to_string(height)}), in,
+                         [&](double x, double y) {
+                             return std::array{s.full_x + (x - s.full_x) * s.full_width / width,
+                                               s.full_y + (y - s.full_y) * s.full_height / height};
+                         });
+            const double px = pick(-9, 30), py = pick(-9, 30), tx = pick(-300, 300) / 16.0,
+                         ty = pick(-300, 300) / 16.0, sx = pick(1, 40) / 16.0, sy = pick(-40, -1) / 16.0;
+            const int degrees = pick(-200, 200);
+            expectMapped(words({"transform", path, "--pivot", numbers(px, py), "--translate", numbers(tx, ty),
+                                "--scale", numbers(sx, sy), "--rotate", std::to_string(degrees)}),
+                         in, [&](double x, double y) {
+                             const double a = degrees * std::numbers::pi / 180.0, c = std::cos(a),
+                                          i = std::sin(a);
+                             const double dx = x - px - tx, dy = y - py - ty;
+                             return std::array{(c * dx - i * dy) / sx + px, (i * dx + c * dy) / sy + py};
+                         });
+            // From places 0 to 1 to those of pixels: their inverse solves two equations.
+            const double b = pick(-9, 9), d = pick(-9, 9), e = pick(20, 50), f = pick(-9, 9),
+                         g = pick(-4, 9) / 20.0, h = pick(-4, 9) / 20.0;
+            Words pinned{"corners", path};
+            for (const auto& [x, y] : {std::pair{0, 0}, {1, 0}, {1, 1}, {0, 1}}) {
+                const double w = g * x + h * y + 1.0;
+                pinned.push_back(numbers((e * x + b * y + d) / w, (f * x + e * y + b) / w));
+            }
+            expectMapped(words(pinned), in, [&](double x, double y) {
+                const double m[] = {e - g * x, b - h * x, x - d, f - g * y, e - h * y, y - b};
+                const double det = m[0] * m[4] - m[1] * m[3];
+                return std::array{s.full_x + s.full_width * (m[2] * m[4] - m[1] * m[5]) / det,
+                                  s.full_y + s.full_height * (m[0] * m[5] - m[2] * m[3]) / det};
+            });
+            TestImage st = addRandom("map.exr", {"R", "G"});
+            const auto value = [&](int x, int y, int c) {
+                return double{st.values<float>()[(std::clamp(y, 0, st.spec.height - 1) * st.spec.width +
+                                                  std::clamp(x, 0, st.spec.width - 1)) *
+                                                     2 +
+                                                 c]};
+            };
+            expectReference(words({"warp", path, "--map", map}), in, [&](int column, int row) {
+                const int x = column - st.spec.x, y = row - st.spec.y;
+                const auto length = [&](int c) {
+                    return 0.5 * std::hypot(value(x + 1, y, c) - value(x - 1, y, c),
+                                            value(x, y + 1, c) - value(x, y - 1, c));
+                };
+                return Print{s.full_x + value(x, y, 0) * s.full_width,
+                             s.full_y + (1.0 - value(x, y, 1)) * s.full_height, length(0) * s.full_width,
+                             length(1) * s.full_height};
+            });
+        }
+}
+
+TEST_F(Resample, WhatStaysInPlaceKeepsItsBits)
+{
+    for (const unsigned char format : {PXL_FORMAT_uint8, PXL_FORMAT_uint16, PXL_FORMAT_half}) {
+        const bool isHalf = format == PXL_FORMAT_half;
+        const std::string in = dir.file(isHalf ? "in.exr" : "in.tif"),
+                          out = dir.file(isHalf ? "out.exr" : "out.tif");
+        TestImage image(OIIO::ImageSpec(31, 17, 3, typeOfFormat(format)));
+        for (size_t k = 1; isHalf && k < image.bytes.size(); k += 2)
+            image.bytes[k] = static_cast<char>(image.bytes[k] & ~0x40); // infinities and NaN are not weighed
+        image.write(in);
+        for (const Words& words : {Words{"transform", in},
+                                   {"resize", in, "100%", "--filter", "catmullrom"},
+                                   {"corners", in, "0,0", "31,0", "31,17", "0,17"},
+                                   {"transform", in, "--filter", "triangle", "--wrap", "repeat"}}) {
+            runOperation(words, out);
+            EXPECT_TRUE(TestImage::read(out).bytes == image.bytes) << words[0] << int{format};
+        }
+    }
+    TestImage map(OIIO::ImageSpec(40, 30, 2, TypeDesc::FLOAT)),
+        in(OIIO::ImageSpec(40, 30, 1, TypeDesc::FLOAT));
+    map.spec.channelnames = {"R", "G"};
+    for (int k = 0; k < 1200; ++k) {
+        map.values<float>()[2 * k] = (static_cast<float>(k % 40) + 0.5f) / 40.0f;
+        map.values<float>()[2 * k + 1] = 1.0f - (static_cast<float>(k / 40) + 0.5f) / 30.0f;
+        in.values<float>()[k] = static_cast<float>(pick(0, 1000));
+    }
+    in.write(dir.file("image.exr"));
+    map.write(dir.file("st.exr"));
+    runOperation({"warp", dir.file("image.exr"), "--map", dir.file("st.exr")}, dir.file("same.exr"));
+    TestImage same = TestImage::read(dir.file("same.exr"));
+    for (int k = 0; k < 1200; ++k)
+        EXPECT_NEAR(same.values<float>()[k], in.values<float>()[k], 0.1f);
+    for (int k = 0; k < 2400; ++k) // infinities, NaN and huge places: nothing, or an edge
+        map.values<float>()[k] = std::array{NAN, INFINITY, -1e38f, 1e9f}[static_cast<size_t>(pick(0, 3))];
+    map.write(dir.file("st.exr"));
+    for (const std::string& wrap : host::resamplingWraps()) {
+        runOperation({"warp", dir.file("image.exr"), "--map", dir.file("st.exr"), "--wrap", wrap, "--filter",
+                      "nearest"},
+                     dir.file("odd.exr"));
+        same = TestImage::read(dir.file("odd.exr"));
+        for (int k = 0; k < 1200; ++k)
+            EXPECT_TRUE(same.values<float>()[k] >= 0.0f && same.values<float>()[k] <= 1000.0f);
+    }
+}
+
+TEST_F(Resample, TransparentColoursDoNotBleed)
+{
+    OIIO::ImageSpec spec(40, 30, 4, TypeDesc::UINT8);
+    spec.attribute("oiio:UnassociatedAlpha", 1);
+    TestImage image(spec);
+    for (size_t k = 0; k < image.bytes.size(); k += 4) // white and transparent at the left, dark at the right
+        std::fill_n(&image.bytes[k], 4, static_cast<char>(k / 4 % 40 < 20 ? 255 : 50));
+    for (size_t k = 3; k < image.bytes.size(); k += 4)
+        image.bytes[k] = static_cast<char>(k / 4 % 40 < 20 ? 0 : 255);
+    const std::string in = dir.file("in.png"), out = dir.file("out.png");
+    image.write(in);
+    for (const Words& words : {Words{"resize", in, "33x21", "--filter", "triangle"},
+                               {"transform", in, "--rotate", "10"},
+                               {"corners", in, "3,0", "31,2", "39,29", "0,27"},
+                               {"shift", in, "0.5", "-0.25"}}) {
+        const host::FrameReport report = runOperation(words, out);
+        EXPECT_TRUE(!report.notes.empty() &&
+                    report.notes[0].find("multiplied by their alpha") != std::string::npos);
+        const std::vector<char> result = TestImage::read(out).bytes;
+        int64_t edges = 0, wrong = 0;
+        for (size_t k = 0; k < result.size(); k += 4) {
+            const int alpha = static_cast<unsigned char>(result[k + 3]);
+            edges += alpha > 20 && alpha < 235;
+            wrong += alpha > 20 && std::abs(static_cast<unsigned char>(result[k]) - 50) > 1;
+        }
+        EXPECT_GT(edges, 9) << words[0];
+        EXPECT_EQ(wrong, 0) << words[0];
+    }
+}
+
+TEST_F(Resample, WindowsFollowThePicture)
+{
+    OIIO::ImageSpec spec(30, 10, 1, TypeDesc::HALF);
+    spec.x = 10;
+    spec.y = -4;
+    spec.full_width = 40;
+    spec.full_height = 20;
+    TestImage(spec).write(dir.file("in.exr"));
+    const struct
+    {
+        Words words;
+        host::Window data, display;
+    } cases[] = {
+        {{"resize", "20x20"}, {5, -4, 15, 10}, {0, 0, 20, 20}},
+        {{"resize", "50%"}, {5, -2, 15, 5}, {0, 0, 20, 10}},
+        {{"resize", "0.01%"}, {0, -1, 1, 2}, {0, 0, 1, 1}},
+        {{"resize", "60x60", "--fit", "width"}, {15, -6, 45, 15}, {0, 0, 60, 30}},
+        {{"resize", "60x60", "--fit", "height"}, {30, -12, 90, 30}, {0, 0, 120, 60}},
+        {{"resize", "60x60", "--fit", "inside"}, {15, -6, 45, 15}, {0, 0, 60, 30}},
+        {{"resize", "60x60", "--fit", "fill"}, {0, -12, 90, 30}, {0, 0, 60, 60}},
+        {{"transform", "--translate", "5,0"}, {11, -4, 29, 14}, {0, 0, 40, 20}},
+        {{"transform", "--wrap", "clamp"}, {0, -4, 40, 24}, {0, 0, 40, 20}},
+        {{"shift", "12", "-3"}, {22, -7, 30, 10}, {0, 0, 40, 20}},
+        {{"shift", "0.5", "-1.25"}, {10, -6, 31, 11}, {0, 0, 40, 20}},
+        {{"shift", "1e-9", "0"}, {10, -4, 30, 10}, {0, 0, 40, 20}},
+    };
+    for (const auto& c : cases) {
+        Words words = c.words;
+        words.insert(words.begin() + 1, dir.file("in.exr"));
+        runOperation(words, dir.file("out.exr"));
+        const OIIO::ImageSpec out = TestImage::read(dir.file("out.exr")).spec;
+        EXPECT_EQ((host::Window{out.x, out.y, out.width, out.height}), c.data)
+            << &c - cases << " " << out.roi();
+        EXPECT_EQ((host::Window{out.full_x, out.full_y, out.full_width, out.full_height}), c.display)
+            << &c - cases;
+    }
+}
+
+TEST_F(Resample, ErrorsNameTheOption)
+{
+    const std::string in = dir.file("in.exr"), depth = dir.file("depth.exr");
+    addRandom("in.exr", {"R", "G", "B"});
+    addRandom("depth.exr", {"Z"});
+    const std::pair<Words, const char*> cases[] = {
+        {{"resize", in, "0.009%"}, "SIZE: '0.009%' is not from 0.01% to 10000%"},
+        {{"resize", in, "nan%"}, "SIZE: 'nan' is not 1 number"},
+        {{"resize", in, "5"}, "SIZE: '5' is no size"},
+        {{"resize", in, "50%", "--fit", "width"}, "--fit is for a size in pixels"},
+        {{"resize", in, "5x5", "--filter", "lancos"},
+         "--filter: unknown choice 'lancos'; did you mean 'lanczos3'?"},
+        {{"transform", in, "--scale", "1,0"}, "--scale: '1,0' leaves nothing"},
+        {{"transform", in, "--translate", "1e10,0"}, "--translate: '1e10,0' is not 2 numbers"},
+        {{"corners", in, "0,0", "9,9", "9,0", "0,9"}, "enclose no convex shape"},
+        {{"corners", in, "0,0", "9,0", "a,9", "0,9"}, "BOTTOM-RIGHT: 'a,9' is not 2 numbers"},
+        {{"warp", in, "--map", depth}, "depth.exr' is no map of places"},
+        {{"shift", in, "inf", "0"}, "DX: 'inf' is not 1 number"},
+    };
+    for (const auto& [words, wanted] : cases)
+        EXPECT_TRUE(says(errorOf([&] { runOperation(words, dir.file("out.exr")); }), wanted));
+    EXPECT_EQ(dir.names(), (Words{"depth.exr", "in.exr"}));
+}
+
+} // namespace
