@@ -1,12 +1,13 @@
 #include <host/graph/Block.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace host {
 
 namespace {
 
-constexpr int64_t mostFreeBytes = 64 << 20; ///< kept; footprints of all sizes would pile up gigabytes
+constexpr int64_t mostFreeBytes = 64 << 20; ///< or few that are large; footprints of all sizes pile up else
 
 /// Sizes are few, so that tiles at the edges share buffers with others.
 int64_t roundedUp(int64_t bytes)
@@ -31,9 +32,10 @@ TIL_Buffer Buffers::take(int64_t bytes)
 void Buffers::give(TIL_Buffer&& buffer, int64_t bytes)
 {
     const int64_t size = roundedUp(bytes);
-    if (buffer.data() == nullptr || size > mostFreeBytes)
+    if (buffer.data() == nullptr)
         return;
-    if (freeBytes_ + size > mostFreeBytes) {
+    const int64_t largest = std::max(size, free_.empty() ? 0 : free_.rbegin()->first);
+    if (freeBytes_ + size > std::max(mostFreeBytes, 8 * largest)) { // two large blocks may stay
         free_.clear();
         freeBytes_ = 0;
     }

@@ -42,11 +42,11 @@ struct Grid
     }
     Grid extremes(int w, int h, bool largest) const
     {
-        Grid result = *this;
+        Grid result{width, height, {}};
         for (int k = 0; k < width * height; ++k) {
             const Grid around = part(k % width - w / 2, k / width - h / 2, w | 1, h | 1);
             const auto [least, most] = std::minmax_element(around.values.begin(), around.values.end());
-            result.values[static_cast<size_t>(k)] = largest ? *most : *least;
+            result.values.push_back(largest ? *most : *least);
         }
         return result;
     }
