@@ -2,16 +2,25 @@
 
 #include <host/file/Format.h>
 
+#include <algorithm>
+
 namespace host {
 
-bool StoreNode::adapts(const Picture& picture, bool straight)
+namespace {
+
+bool isFloat(unsigned char format)
 {
-    const Planes planes(picture);
-    for (size_t p = 0; p < planes.size(); ++p)
-        if (planes[p].colour && picture.alphaOf(p) && picture.isStraight(p) != straight)
-            return true;
-    return false;
+    return format == PXL_FORMAT_float32 || format == PXL_FORMAT_half;
 }
+
+/// An alpha above 1 becomes 1: the colours take what is lost of it.
+void multiplyByExcess(float* values, const float* alpha, int64_t count)
+{
+    for (int64_t i = 0; i < count; ++i)
+        values[i] *= std::max(alpha[i], 1.0f);
+}
+
+} // namespace
 
 Picture StoreNode::plan(const std::vector<const Picture*>& inputs)
 {
@@ -31,16 +40,21 @@ Picture StoreNode::plan(const std::vector<const Picture*>& inputs)
         work.format = widerFormat(in[p].format, out[p].format);
         work.recipe = {{{0, p}}, out[p].format == in[p].format && out.window(p) == in.window(p)};
         const std::optional<size_t> alpha = in.picture.alphaOf(p);
-        if (!in[p].colour || !alpha || in.picture.isStraight(p) == output.isStraight(p))
+        if (!in[p].colour || !alpha || !settings_.straight)
+            continue;
+        const bool changes = in.picture.isStraight(p) != output.isStraight(p);
+        const bool limits =
+            output.isStraight(p) && isFloat(in[*alpha].format) && !isFloat(out[*alpha].format);
+        if (!changes && !limits)
             continue;
         work.format = PXL_FORMAT_float32;
         work.alpha = *alpha;
         work.alphaFormat = out[*alpha].format;
-        work.adapt = output.isStraight(p) ? divideByAlpha : multiplyByAlpha;
+        work.adapt = !changes ? multiplyByExcess : output.isStraight(p) ? divideByAlpha : multiplyByAlpha;
         work.recipe = {{{0, *alpha}}, false};
         if (*alpha != p)
             work.recipe.uses.push_back({0, p});
-        adapts = true;
+        adapts = adapts || changes;
     }
     if (adapts)
         notes_.push_back("'" + in.picture.path + "': colours are " +
@@ -65,7 +79,8 @@ Block StoreNode::pixels(size_t plane, const Window& rect, Feed& feed) const
     if (work.adapt == nullptr)
         return feed.take({0, plane, rect, work.format, mappingOf(work.present), Outside::Zero});
     Block alpha = feed.load({0, work.alpha, rect, work.format, {3, -1, -1, -1}, Outside::Zero});
-    limitAlpha(alpha.values<float>(0), alpha.count(), work.alphaFormat);
+    if (work.adapt == divideByAlpha)
+        limitAlpha(alpha.values<float>(0), alpha.count(), work.alphaFormat);
     Block block = feed.take({0, plane, rect, work.format, mappingOf(work.present), Outside::Zero});
     for (size_t c = 0; c < 3; ++c)
         if (block.has(c))

@@ -18,9 +18,6 @@ public:
         bool displayWindow = false; ///< the data window becomes the display window
     };
 
-    /// Whether colours of a picture have to be multiplied by alpha or divided for a file that holds them so.
-    static bool adapts(const Picture& picture, bool straight);
-
     explicit StoreNode(const Settings& settings) : settings_(settings) {}
 
     Picture plan(const std::vector<const Picture*>& inputs) override;

@@ -204,7 +204,8 @@ TEST_F(Combining, AlphaIsWhatTheFileFormatHasAndRoundedOnce)
     runOperation({"comp", "add", half, half, "--depth", "uint8"},
                  dir.file("f.png")); // an alpha of 2, stored as 1
     EXPECT_NEAR(at("f.png", 0), 0.6f, 0.003f);
-    runOperation({"comp", "add", half, dir.file("f.png")}, dir.file("g.png")); // over what is straight
+    runOperation({"comp", "add", half, dir.file("f.png"), "--depth", "uint8"},
+                 dir.file("g.png")); // over what is straight
     EXPECT_NEAR(at("g.png", 0), 0.9f, 0.003f);
     runOperation({"grade", straight, "", "--alpha", "as-is"}, dir.file("d.tif"));
     EXPECT_EQ(read("d.tif").spec().get_int_attribute("oiio:UnassociatedAlpha"), 1);

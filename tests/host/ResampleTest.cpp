@@ -313,7 +313,7 @@ TEST_F(Resample, ErrorsNameTheOption)
         {{"corners", in, "0,0", "9,9", "9,0", "0,9"}, "enclose no convex shape"},
         {{"corners", in, "0,0", "9,0", "a,9", "0,9"}, "BOTTOM-RIGHT: 'a,9' is not 2 numbers"},
         {{"warp", in, "--map", in}, "in.exr' is no map of places"},
-        {{"shift", in, "inf", "0"}, "DX: 'inf' is not 1 number"},
+        {{"shift", in, "inf", "0"}, "DX: 'inf' is no number"},
         {{"degrain", in, "--size", "1.5"}, "--size: '1.5' is no whole number from 0 to 1000"},
         {{"feather", in, "--radius", "-1"}, "--radius: '-1' is not from 0 to 1000"},
     };
