@@ -49,6 +49,7 @@ Block ShiftNode::pixels(size_t plane, const Window& rect, Feed& feed) const
     Block in = multiplies ? loadMultiplied(plane, from, Outside::Edge,
                                            [&](const Feed::Wish& wish) { return feed.load(wish); })
                           : feed.load({0, plane, from, work.format, mappingOf(work.present), Outside::Edge});
+    in.rect = {rect.x, rect.y, from.width, from.height}; // the library moves by the fraction alone
     Block out = feed.blank(rect, in.format, {in.has(0), in.has(1), in.has(2), in.has(3)});
     {
         RU_SubPixel shift;
