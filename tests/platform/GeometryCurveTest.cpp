@@ -1,0 +1,142 @@
+#include <GU/GU_Detail.h>
+#include <GU/GU_PrimNURBCurve.h>
+#include <gtest/gtest.h>
+#include <reference/Random.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+using Values = GEO_Detail::Values;
+using Piece = GU_PrimCurve::Piece;
+
+constexpr size_t coordinates[] = {0, 1};
+
+/// The distance from a point to the nearest place on a curve.
+double distance(const Values& point, const std::vector<Piece>& pieces)
+{
+    const auto at = [&](const Piece& piece, double t) {
+        double square = 0.0;
+        for (const size_t k : coordinates) {
+            double b[4];
+            std::transform(piece.begin(), piece.end(), b, [k](const Values& control) { return control[k]; });
+            for (size_t n = piece.size() - 1; n > 0; --n)
+                for (size_t i = 0; i < n; ++i)
+                    b[i] += t * (b[i + 1] - b[i]);
+            square += (b[0] - point[k]) * (b[0] - point[k]);
+        }
+        return std::sqrt(square);
+    };
+    double nearest = HUGE_VAL;
+    for (const Piece& piece : pieces) {
+        double t = 0.0;
+        for (int step = 1; step <= 50; ++step)
+            t = at(piece, step / 50.0) < at(piece, t) ? step / 50.0 : t;
+        for (double width = 0.02; width > 1e-9; width *= 0.7)
+            for (const double other : {std::max(t - width, 0.0), std::min(t + width, 1.0)})
+                t = at(piece, other) < at(piece, t) ? other : t;
+        nearest = std::min(nearest, at(piece, t));
+    }
+    return nearest;
+}
+
+GEO_PointArray appendPoints(GU_Detail& detail, int64_t count, reference::Random& random)
+{
+    GEO_PointArray points(detail);
+    for (int64_t i = 0; i < count; ++i) {
+        // Steps from tiny to large, now and then none at all.
+        const double size = random.oneIn(9) ? 0.0 : std::pow(10.0, random.between(-2.0, 1.0));
+        const UT_Vector4 before = i > 0 ? detail.position(points(i - 1)) : UT_Vector4{0, 0, 0, 1};
+        points.append(detail.appendPoint(
+            UT_Vector4{before.x + static_cast<float>(size * random.between(-0.2, 1.0)),
+                       before.y + static_cast<float>(size * random.between(-1.0, 1.0)), 0, 1}));
+        detail.setAlpha(points(i), static_cast<float>(random.between(0.0, 1.0)));
+    }
+    return points;
+}
+
+} // namespace
+
+TEST(GeometryCurve, SplinesPassThroughTheirPoints)
+{
+    reference::Random random(7);
+    for (int round = 0; round < 120; ++round) {
+        SCOPED_TRACE(round);
+        const bool closed = round % 2 == 1;
+        const int64_t count = 2 + round / 4;
+        GU_Detail detail;
+        detail.addAlphaAttribute();
+        const GEO_PointArray points = appendPoints(detail, count, random);
+        auto* const curve = GU_PrimNURBCurve::build(&detail, count, 4, closed, 1, 1);
+        ASSERT_TRUE(curve->interpGlobal(points, 4, closed, round % 4 < 2 ? 1 : 0, 1, nullptr));
+        EXPECT_EQ(curve->order(), std::min<int64_t>(4, closed && count == 3 ? 4 : count));
+
+        const std::vector<Piece> pieces = curve->pieces(detail);
+        double size = 1.0;
+        for (int64_t i = 0; i < curve->vertexCount(); ++i)
+            for (const double v : detail.pointValues(curve->vertexPoint(i)))
+                size = std::max(size, std::abs(v));
+        for (int64_t i = 0; i < count; ++i)
+            EXPECT_LT(distance(detail.pointValues(points(i)), pieces), 1e-6 * size) << i;
+
+        // Evenly spaced, neighbouring pieces share their first and second derivatives.
+        for (size_t i = closed ? 0 : 1; i < pieces.size() && count > 3; ++i) {
+            const Piece &b = pieces[i], &a = pieces[(i + pieces.size() - 1) % pieces.size()];
+            for (const size_t k : coordinates) {
+                EXPECT_NEAR(a[3][k], b[0][k], 1e-6 * size);
+                if (round % 4 >= 2 && closed) {
+                    EXPECT_NEAR(a[3][k] - a[2][k], b[1][k] - b[0][k], 1e-6 * size);
+                    EXPECT_NEAR(a[3][k] - 2 * a[2][k] + a[1][k], b[2][k] - 2 * b[1][k] + b[0][k],
+                                1e-6 * size);
+                }
+            }
+        }
+        detail.convert({20.0f});
+        float low = 1.0f, high = 0.0f;
+        for (int64_t i = 0; i < count; ++i) {
+            low = std::min(low, detail.alpha(points(i)));
+            high = std::max(high, detail.alpha(points(i)));
+        }
+        for (int64_t i = 0; i < detail.primitive(0)->vertexCount(); ++i) {
+            const float alpha = detail.alpha(detail.primitive(0)->vertexPoint(i));
+            EXPECT_TRUE(alpha >= low - 1e-6f && alpha <= high + 1e-6f);
+        }
+        EXPECT_EQ(detail.primitive(0)->isClosed(), closed);
+        for (int64_t i = 0; i < count; ++i) {
+            const UT_Vector4& p = detail.position(points(i));
+            if (!closed && (i == 0 || i == count - 1)) {
+                const int64_t end = i == 0 ? 0 : detail.primitive(0)->vertexCount() - 1;
+                EXPECT_EQ(detail.position(detail.primitive(0)->vertexPoint(end)).x, p.x);
+            }
+        }
+    }
+}
+
+TEST(GeometryCurve, SplinesTakeTheParametersGivenAndRefuseWhatTheyCannotPass)
+{
+    GU_Detail detail;
+    detail.addAlphaAttribute();
+    GEO_PointArray points(detail);
+    for (const float y : {0.0f, 1.0f, 0.0f, 0.0f})
+        points.append(detail.appendPoint(UT_Vector4{static_cast<float>(points.entries()), y, 0, 1}));
+    auto* const curve = GU_PrimNURBCurve::build(&detail, 4, 4, 0, 1, 0);
+    UT_FloatArray params;
+    for (const float t : {0.0f, 1.0f, 2.0f, 4.0f})
+        params.append(t);
+    ASSERT_TRUE(curve->interpGlobal(points, 4, 0, 1, 1, &params));
+    const Piece piece = curve->pieces(detail).at(0);
+    EXPECT_NEAR((27 * piece[0][1] + 27 * piece[1][1] + 9 * piece[2][1] + piece[3][1]) / 64, 1.0,
+                1e-6); // at 1 of 4
+
+    const int64_t before = detail.pointCount();
+    points.append(detail.appendPoint(UT_Vector4{NAN, 0, 0, 1}));
+    EXPECT_FALSE(curve->interpGlobal(points, 4, 0));
+    EXPECT_FALSE(curve->interpGlobal(GEO_PointArray(detail), 4, 1));
+    EXPECT_EQ(curve->vertexCount(), 4);
+    EXPECT_EQ(detail.pointCount(), before + 1);
+    EXPECT_EQ(GU_PrimNURBCurve::build(&detail, 1, 4, 0, 1, 1), nullptr);
+    GU_PrimNURBCurve::build(&detail, 50, 4, 1, 1, 1); // all at one place
+    detail.convert({});
+    EXPECT_EQ(detail.primitive(1)->vertexCount(), 50);
+}
