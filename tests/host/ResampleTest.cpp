@@ -12,11 +12,6 @@ namespace {
 using OIIO::TypeDesc;
 using Words = std::vector<std::string>;
 
-/// Where a pixel comes from in a picture of pixels 0 .. n, and the extents of its footprint there.
-struct Print
-{
-    double u, v, width, height;
-};
 using Mapping = std::function<std::array<double, 2>(double x, double y)>;
 
 double cubic(double b, double c, double x)
@@ -93,7 +88,8 @@ struct Resample : ::testing::Test
         return image;
     }
 
-    void expectReference(const Words& words, TestImage in, const std::function<Print(int, int)>& printOf)
+    /// Footprints follow from the differences of the places.
+    void expectReference(const Words& words, TestImage in, const Mapping& mapping)
     {
         SCOPED_TRACE(::testing::PrintToString(words));
         const bool isShift = words[0] == "shift";
@@ -104,9 +100,15 @@ struct Resample : ::testing::Test
         double worst = 0.0;
         int64_t wrong = 0;
         for (int k = 0; k < out.spec.width * out.spec.height; ++k) {
-            const Print print = printOf(out.spec.x + k % out.spec.width, out.spec.y + k / out.spec.width);
-            const auto across = tapsOf(filter, wrap, print.u - in.spec.x, print.width, in.spec.width);
-            const auto down = tapsOf(filter, wrap, print.v - in.spec.y, print.height, in.spec.height);
+            const double x = out.spec.x + k % out.spec.width + 0.5, y = out.spec.y + k / out.spec.width + 0.5;
+            constexpr double d = 1.0 / 1024.0;
+            const auto place = mapping(x, y), left = mapping(x - d, y), right = mapping(x + d, y),
+                       above = mapping(x, y - d), below = mapping(x, y + d);
+            const auto length = [&](size_t axis) {
+                return std::hypot(right[axis] - left[axis], below[axis] - above[axis]) / (2.0 * d);
+            };
+            const auto across = tapsOf(filter, wrap, place[0] - in.spec.x, length(0), in.spec.width);
+            const auto down = tapsOf(filter, wrap, place[1] - in.spec.y, length(1), in.spec.height);
             double sum = 0.0;
             for (const auto& [row, weight] : down)
                 for (const auto& [column, factor] : across)
@@ -119,21 +121,6 @@ struct Resample : ::testing::Test
         // What falls between two roundings goes either way: of "nearest" a pixel, of "gaussian" its rim.
         EXPECT_LE(wrong, words[0] == "resize" ? INT64_MAX : int64_t(out.bytes.size() / 200 + 3));
         EXPECT_LE(worst, filter == "nearest" ? 1.0 : filter == "gaussian" ? 5e-3 : 5e-4);
-    }
-
-    /// The same for a mapping of places; the footprints follow from its differences.
-    void expectMapped(const Words& words, const TestImage& in, const Mapping& mapping)
-    {
-        expectReference(words, in, [&](int column, int row) {
-            constexpr double d = 1.0 / 1024.0;
-            const double x = column + 0.5, y = row + 0.5;
-            const auto place = mapping(x, y), left = mapping(x - d, y), right = mapping(x + d, y),
-                       above = mapping(x, y - d), below = mapping(x, y + d);
-            const auto length = [&](size_t axis) {
-                return std::hypot(right[axis] - left[axis], below[axis] - above[axis]) / (2.0 * d);
-            };
-            return Print{place[0], place[1], length(0), length(1)};
-        });
     }
 
     TempDirectory dir;
@@ -153,26 +140,26 @@ TEST_F(Resample, FollowsTheDefinition)
                 return given;
             };
             const int width = pick(1, 60), height = pick(1, 60);
-            expectMapped(words({"resize", path, std::to_string(width) + "x" + std::to_string(height)}), in,
-                         [&](double x, double y) {
-                             return std::array{s.full_x + (x - s.full_x) * s.full_width / width,
-                                               s.full_y + (y - s.full_y) * s.full_height / height};
-                         });
+            expectReference(words({"resize", path, std::to_string(width) + "x" + std::to_string(height)}), in,
+                            [&](double x, double y) {
+                                return std::array{s.full_x + (x - s.full_x) * s.full_width / width,
+                                                  s.full_y + (y - s.full_y) * s.full_height / height};
+                            });
             const double px = pick(-9, 30), py = pick(-9, 30), tx = pick(-300, 300) / 16.0,
                          ty = pick(-300, 300) / 16.0, sx = pick(1, 40) / 16.0, sy = pick(-40, -1) / 16.0;
             const int degrees = pick(-200, 200);
-            expectMapped(words({"transform", path, "--pivot", numbers(px, py), "--translate", numbers(tx, ty),
-                                "--scale", numbers(sx, sy), "--rotate", std::to_string(degrees)}),
-                         in, [&](double x, double y) {
-                             const double a = degrees * std::numbers::pi / 180.0, c = std::cos(a),
-                                          i = std::sin(a);
-                             const double dx = x - px - tx, dy = y - py - ty;
-                             return std::array{(c * dx - i * dy) / sx + px, (i * dx + c * dy) / sy + py};
-                         });
-            expectMapped({"shift", path, std::to_string(tx), std::to_string(ty)}, in,
-                         [&](double x, double y) {
-                             return std::array{x - tx, y - ty};
-                         });
+            expectReference(
+                words({"transform", path, "--pivot", numbers(px, py), "--translate", numbers(tx, ty),
+                       "--scale", numbers(sx, sy), "--rotate", std::to_string(degrees)}),
+                in, [&](double x, double y) {
+                    const double a = degrees * std::numbers::pi / 180.0, c = std::cos(a), i = std::sin(a);
+                    const double dx = x - px - tx, dy = y - py - ty;
+                    return std::array{(c * dx - i * dy) / sx + px, (i * dx + c * dy) / sy + py};
+                });
+            expectReference({"shift", path, std::to_string(tx), std::to_string(ty)}, in,
+                            [&](double x, double y) {
+                                return std::array{x - tx, y - ty};
+                            });
             // From places 0 to 1 to those of pixels: their inverse solves two equations.
             const double b = pick(-9, 9), d = pick(-9, 9), e = pick(20, 50), f = pick(-9, 9),
                          g = pick(-4, 9) / 20.0, h = pick(-4, 9) / 20.0;
@@ -181,7 +168,7 @@ TEST_F(Resample, FollowsTheDefinition)
                 const double w = g * x + h * y + 1.0;
                 pinned.push_back(numbers((e * x + b * y + d) / w, (f * x + e * y + b) / w));
             }
-            expectMapped(words(pinned), in, [&](double x, double y) {
+            expectReference(words(pinned), in, [&](double x, double y) {
                 const double m[] = {e - g * x, b - h * x, x - d, f - g * y, e - h * y, y - b};
                 const double det = m[0] * m[4] - m[1] * m[3];
                 return std::array{s.full_x + s.full_width * (m[2] * m[4] - m[1] * m[5]) / det,
@@ -193,15 +180,17 @@ TEST_F(Resample, FollowsTheDefinition)
                 y = std::clamp(y, 0, st.spec.height - 1);
                 return double{st.values<float>()[(y * st.spec.width + x) * 2 + c]};
             };
-            expectReference(words({"warp", path, "--map", map}), in, [&](int column, int row) {
-                const int x = column - st.spec.x, y = row - st.spec.y;
-                const auto length = [&](int c) {
-                    return 0.5 * std::hypot(value(x + 1, y, c) - value(x - 1, y, c),
-                                            value(x, y + 1, c) - value(x, y - 1, c));
+            expectReference(words({"warp", path, "--map", map}), in, [&](double x, double y) {
+                const double u = x - st.spec.x - 0.5, v = y - st.spec.y - 0.5, i = std::floor(u),
+                             j = std::floor(v);
+                const auto between = [&](int c) {
+                    const int column = static_cast<int>(i), row = static_cast<int>(j);
+                    return std::lerp(
+                        std::lerp(value(column, row, c), value(column + 1, row, c), u - i),
+                        std::lerp(value(column, row + 1, c), value(column + 1, row + 1, c), u - i), v - j);
                 };
-                return Print{s.full_x + value(x, y, 0) * s.full_width,
-                             s.full_y + (1.0 - value(x, y, 1)) * s.full_height, length(0) * s.full_width,
-                             length(1) * s.full_height};
+                return std::array{s.full_x + between(0) * s.full_width,
+                                  s.full_y + (1.0 - between(1)) * s.full_height};
             });
         }
 }
