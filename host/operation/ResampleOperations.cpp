@@ -91,9 +91,11 @@ Plan resized(const Image& image, const NewSize& size)
     const double x0 = placed(image.data.x, x, from.x, left), y0 = placed(image.data.y, y, from.y, top);
     const double x1 = placed(image.data.x + image.data.width, x, from.x, left);
     const double y1 = placed(image.data.y + image.data.height, y, from.y, top);
-    const int dataX = static_cast<int>(std::floor(x0)), dataY = static_cast<int>(std::floor(y0));
-    plan.data = {dataX, dataY, static_cast<int>(std::ceil(x1)) - dataX,
-                 static_cast<int>(std::ceil(y1)) - dataY};
+    constexpr double rounding = 1e-6; // of products, which makes no pixel of its own
+    const int dataX = static_cast<int>(std::floor(x0 + rounding)),
+              dataY = static_cast<int>(std::floor(y0 + rounding));
+    plan.data = {dataX, dataY, std::max(static_cast<int>(std::ceil(x1 - rounding)) - dataX, 1),
+                 std::max(static_cast<int>(std::ceil(y1 - rounding)) - dataY, 1)};
     if (size.fit == Fit::Fill && intersection(image.data, from) == image.data)
         plan.data = intersection(plan.data, to);
     plan.fromOutput = Projection::shift(from.x, from.y) * Projection::scaling(1.0 / x, 1.0 / y) *

@@ -279,6 +279,9 @@ TEST_F(Resample, WindowsFollowThePicture)
         {{"shift", "0.5", "-1.25"}, {10, 41, -6, 5, 40, 20}},
         {{"shift", "1e-9", "-3"}, {10, 40, -7, 3, 40, 20}},
     };
+    TestImage(OIIO::ImageSpec(60, 20, 1, TypeDesc::HALF)).write(dir.file("60.exr"));
+    runOperation({"resize", dir.file("60.exr"), "31x20"}, dir.file("31.exr")); // 60 (31 / 60) is above 31
+    EXPECT_EQ(TestImage::read(dir.file("31.exr")).spec.width, 31);
     for (auto [words, wanted] : cases) {
         words.insert(words.begin() + 1, dir.file("in.exr"));
         runOperation(words, dir.file("out.exr"));
