@@ -61,9 +61,8 @@ template <Pass... Passes>
 std::unique_ptr<Node> morphology(const Call& call)
 {
     const std::string size = call.text("size");
-    const auto [width, height] = readSize("--size", size.find('x') == size.npos ? size + "x" + size : size);
-    if (width > static_cast<int>(mostReach) || height > static_cast<int>(mostReach))
-        refuse("--size: '" + size + "' is larger than " + std::to_string(mostReach));
+    const auto [width, height] =
+        readSize("--size", size.find('x') == size.npos ? size + "x" + size : size, mostReach);
     return filter(std::make_unique<MorphologyFilter>(std::vector<Pass>{Passes...}, width, height), call);
 }
 

@@ -182,11 +182,10 @@ unsigned int readWhole(const std::string& option, const std::string& text, unsig
     return number;
 }
 
-std::pair<int, int> readSize(const std::string& option, const std::string& text)
+std::pair<int, int> readSize(const std::string& option, const std::string& text, unsigned int most)
 {
-    constexpr unsigned int most = 1000000;
     const size_t cross = text.find('x');
-    if (cross == text.npos)
+    if (cross == text.npos || cross == 0 || cross + 1 == text.size())
         refuse(option + ": '" + text + "' is no size; expected something like 1920x1080");
     return {static_cast<int>(readWhole(option, text.substr(0, cross), 1, most)),
             static_cast<int>(readWhole(option, text.substr(cross + 1), 1, most))};

@@ -117,7 +117,7 @@ unsigned int readWhole(const std::string& option, const std::string& text, unsig
                        unsigned int most);
 
 /// The width and height of "1920x1080"; throws a usage error for anything else.
-std::pair<int, int> readSize(const std::string& option, const std::string& text);
+std::pair<int, int> readSize(const std::string& option, const std::string& text, unsigned int most = 1000000);
 
 /// The place of a text among the choices of its parameter; throws a usage error for another one.
 size_t choiceOf(const Call& call, const std::string& key);

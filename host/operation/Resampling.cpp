@@ -9,11 +9,9 @@ namespace host {
 
 namespace {
 
-constexpr double placesPerPixel = 4096.0;
-constexpr double mostReach = 500.0; ///< of a filter, half of the pixels that the library weighs in a row
-constexpr int mostColumns = 2000;   ///< of the input at a time: places in so many are exact in a float
+constexpr double exactPlaces = 1 << 23; ///< that a float tells apart, and the places half way between them
+constexpr double mostReach = 500.0;     ///< of a filter, half of the pixels that the library weighs in a row
 constexpr int64_t mostPixels = 1 << 21;
-constexpr int pieceSide = 128;     ///< of the output
 constexpr int boundless = 1 << 20; ///< a plane that no place leaves
 
 UT_FilterType typeOf(Resampling::Filter filter)
@@ -27,11 +25,6 @@ UT_FilterType typeOf(Resampling::Filter filter)
                                        UT_FILTER_LANCZOS3_SAMPLED,
                                        UT_FILTER_HANN_SAMPLED};
     return types[static_cast<size_t>(filter)];
-}
-
-double rounded(double place)
-{
-    return std::floor(place * placesPerPixel + 0.5) / placesPerPixel;
 }
 
 /// The pixels that footprints are read from.
@@ -122,6 +115,12 @@ Picture ResamplingNode::planFloats(const Planes& in, size_t input, const PlaneSe
     return output;
 }
 
+void ResamplingNode::setSpan(double pixels)
+{
+    while (placesPerPixel_ < 65536.0 && (pixels + 10.0) * 2.0 * placesPerPixel_ < exactPlaces)
+        placesPerPixel_ *= 2.0;
+}
+
 double ResamplingNode::reachOf(double size) const
 {
     const double support = UT_Filter::getFilter(typeOf(resampling_.filter))->getSupport();
@@ -158,6 +157,9 @@ Window ResamplingNode::readOf(const Window& window, double lowU, double lowV, do
 void ResamplingNode::keepInReach(const Window& window, Footprints& prints) const
 {
     const double most = 2.0 * mostReach / UT_Filter::getFilter(typeOf(resampling_.filter))->getSupport();
+    const auto rounded = [this](double place) {
+        return std::floor(place * placesPerPixel_ + 0.5) / placesPerPixel_;
+    };
     const auto keep = [&](double& place, double& size, int pixels) {
         if (resampling_.filter == Resampling::Filter::Nearest) {
             place = std::floor(place) + 0.5;
@@ -213,6 +215,7 @@ void ResamplingNode::samplePiece(size_t plane, const Window& rect, const Places&
         return bounds;
     };
     const Bounds x = boundsOf(prints.u, prints.width), y = boundsOf(prints.v, prints.height);
+    const auto mostColumns = static_cast<int64_t>(exactPlaces / placesPerPixel_) - 8;
     if (rect.pixels() > 1 &&
         (x.pixels() > mostColumns || y.pixels() > mostColumns || x.pixels() * y.pixels() > mostPixels)) {
         const bool beside = rect.width >= rect.height;

@@ -28,7 +28,8 @@ const std::vector<std::string>& resamplingWraps();   ///< in the order of RU_FIL
 /// A node that weighs the pixels under footprints, in float, with RU_FilterArea. Boxes average the area of
 /// pixels; the other filters take pixels as points at their centres, as most programs do.
 ///
-/// Places are rounded to 1/4096 of a pixel: their sums are exact then, and how the picture is cut does not show.
+/// Places are rounded to 1/4096 of a pixel or less: their sums are exact then, and how the picture is cut does not
+/// show.
 /// Footprints are cut where a filter would weigh more than a thousand pixels in a row or column.
 class ResamplingNode : public MultipliedNode
 {
@@ -40,6 +41,11 @@ protected:
 
     /// planPlanes(), with a note where floats keep less than the planes hold.
     Picture planFloats(const Planes& in, size_t input, const PlaneSettings& settings);
+
+    /// Says how many pixels of the input a piece of the output spans at the most, from edge to edge of its
+    /// footprints without what a filter reaches beyond them: the fewer, the finer are places.
+    void setSpan(double pixels);
+    static constexpr int pieceSide = 128; ///< of the output
 
     /// How far around its centre a footprint of a size is read.
     double reachOf(double size) const;
@@ -56,6 +62,7 @@ private:
     Block loadWrapped(const Feed::Wish& wish, const Window& window, Feed& feed) const;
 
     Resampling resampling_;
+    double placesPerPixel_ = 4096.0; ///< a power of 2
 };
 
 } // namespace host

@@ -96,6 +96,16 @@ Picture ProjectionNode::plan(const std::vector<const Picture*>& inputs)
         if (known == sources_.end())
             sources_.push_back(source);
     }
+    double span = 0.0;
+    for (const Source& source : sources_) {
+        const Extent extent = extentOf(source.projection, {0, 0, 1, 1});
+        const bool varies = source.projection.m[6] != 0.0 || source.projection.m[7] != 0.0;
+        const double side =
+            pieceSide * 1.5 * std::max(extent.width, extent.height); // 1.5: across a slanted one
+        span =
+            std::max(span, varies ? INFINITY : side + 2.0 * reachOf(std::max(extent.width, extent.height)));
+    }
+    setSpan(span);
     return output;
 }
 

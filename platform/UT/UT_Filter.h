@@ -5,7 +5,7 @@
 /// The kernels of UT_Filter. Each is even, of the distance x from the centre in pixels, and 0 from its radius on.
 /// They come in two forms: integrated over each pixel, which treats pixels as squares, and, "sampled", by their
 /// values at the pixels' centres, which treats pixels as points: at whole shifts triangle, Catmull-Rom and
-/// Lanczos leave a picture as it is.
+/// Lanczos leave a picture as it is, but for the rounding of the weights of Lanczos.
 enum UT_FilterType {
     UT_FILTER_POINT,      ///< the one pixel at the centre
     UT_FILTER_BOX,        ///< 1, radius 1/2
