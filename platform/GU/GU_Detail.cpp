@@ -1,6 +1,8 @@
 #include <GU/GU_Detail.h>
 #include <GU/GU_PrimCurve.h>
 #include <GU/GU_PrimPoly.h>
+#include <GU/GU_PrimRBezCurve.h>
+#include <GU/gu_FitCurve.h>
 #include <UT/UT_Convex.h>
 
 #include <cmath>
@@ -119,4 +121,34 @@ void GU_Detail::convex(int mostVertices, int, int)
         }
     }
     replacePrimitives(std::move(pieces), from);
+}
+
+GU_PrimRBezCurve* GU_Detail::approxCurveGlobal(const UT_Vector4Array& samples, int, int, int closed,
+                                               float tolerance, float cornerAngle, int)
+{
+    std::vector<gu_Place> places;
+    for (const UT_Vector4& p : samples) {
+        const gu_Place place = {p.x, p.y, p.z};
+        const bool isFinite = std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
+        if (isFinite && (places.empty() || place != places.back()))
+            places.push_back(place);
+    }
+    while (closed && places.size() > 1 && places.back() == places.front())
+        places.pop_back();
+    if (places.size() < 2)
+        return nullptr;
+    if (closed)
+        places.push_back(places.front());
+
+    const double within = tolerance > 0.0f ? tolerance : 0.0;
+    std::vector<gu_Place> vertices = gu_fitCurve(places, within, cornerAngle, closed != 0);
+    if (closed)
+        vertices.pop_back();
+    GU_PrimRBezCurve* const curve =
+        GU_PrimRBezCurve::build(this, static_cast<int64_t>(vertices.size()), 4, closed, 1);
+    for (size_t i = 0; i < vertices.size(); ++i) {
+        const auto f = [&](size_t k) { return static_cast<float>(vertices[i][k]); };
+        setPosition(curve->vertexPoint(static_cast<int64_t>(i)), {f(0), f(1), f(2), 1.0f});
+    }
+    return curve;
 }

@@ -1,5 +1,6 @@
 #include <GU/GU_Detail.h>
 #include <GU/GU_PrimNURBCurve.h>
+#include <GU/GU_PrimRBezCurve.h>
 #include <gtest/gtest.h>
 #include <reference/Random.h>
 
@@ -54,6 +55,28 @@ GEO_PointArray appendPoints(GU_Detail& detail, int64_t count, reference::Random&
         detail.setAlpha(points(i), static_cast<float>(random.between(0.0, 1.0)));
     }
     return points;
+}
+
+/// How a curve fits samples: at most `pieces` pieces, each sample within the tolerance.
+void expectFit(const UT_Vector4Array& samples, bool closed, float tolerance, float cornerAngle, size_t pieces)
+{
+    GU_Detail detail;
+    const GU_PrimRBezCurve* const curve =
+        detail.approxCurveGlobal(samples, 4, 4, closed, tolerance, cornerAngle, 1);
+    ASSERT_NE(curve, nullptr);
+    EXPECT_EQ(curve->isClosed(), closed);
+    EXPECT_EQ(curve->vertexCount() % 3, closed ? 0 : 1);
+    const std::vector<Piece> fitted = curve->pieces(detail);
+    EXPECT_LE(fitted.size(), pieces);
+    for (int64_t i = 0; i < samples.entries();
+         i += 1 + samples.entries() * static_cast<int64_t>(fitted.size()) / 10000)
+        ASSERT_LE(distance({samples(i).x, samples(i).y}, fitted), tolerance * 1.0001 + 1e-6) << i;
+    for (size_t i = closed ? 0 : 1; i < fitted.size() && cornerAngle == 0.0f; ++i) {
+        const Piece &a = fitted[(i + fitted.size() - 1) % fitted.size()], &b = fitted[i];
+        const double ax = a[3][0] - a[2][0], ay = a[3][1] - a[2][1], bx = b[1][0] - b[0][0],
+                     by = b[1][1] - b[0][1];
+        EXPECT_GE(ax * bx + ay * by, 0.999 * std::hypot(ax, ay) * std::hypot(bx, by) - 1e-9) << i;
+    }
 }
 
 } // namespace
@@ -139,4 +162,51 @@ TEST(GeometryCurve, SplinesTakeTheParametersGivenAndRefuseWhatTheyCannotPass)
     GU_PrimNURBCurve::build(&detail, 50, 4, 1, 1, 1); // all at one place
     detail.convert({});
     EXPECT_EQ(detail.primitive(1)->vertexCount(), 50);
+}
+
+TEST(GeometryCurve, FitsStrokesWithinTheTolerance)
+{
+    reference::Random random(8);
+    UT_Vector4Array circle, stroke, noisy, square, zigzag, line;
+    for (int i = 0; i < 2000; ++i) {
+        const double t = i / 2000.0, noise = random.between(-0.01, 0.01);
+        const auto place = [](double x, double y) {
+            return UT_Vector4{static_cast<float>(x), static_cast<float>(y), 0, 1};
+        };
+        circle.append(place(std::cos(2 * M_PI * t), std::sin(2 * M_PI * t)));
+        stroke.append(place(3 * t, std::sin(9 * t) + 0.3 * std::cos(31 * t)));
+        noisy.append(place(3 * t + noise, std::sin(6 * t) + random.between(-0.01, 0.01)));
+        const double side = 4 * t - std::floor(4 * t), along[] = {side, 1, 1 - side, 0};
+        const auto k = static_cast<size_t>(4 * t);
+        square.append(place(along[k], along[(k + 3) % 4]));
+        if (i % 40 == 0)
+            zigzag.append(place(t, i % 80 == 0 ? 0 : 1));
+        line.append(place(t, 2 * t));
+    }
+    expectFit(circle, true, 1e-3f, 0, 8);
+    expectFit(circle, false, 1e-5f, 0, 16);
+    expectFit(stroke, false, 1e-3f, 0, 40);
+    expectFit(noisy, false, 0.03f, 0, 40);
+    expectFit(noisy, false, 0.001f, 0, 2000);
+    expectFit(square, true, 1e-3f, 0, 40);
+    expectFit(square, true, 1e-3f, 1, 4);
+    expectFit(square, false, 1e-3f, 1, 4);
+    expectFit(zigzag, false, 1e-4f, 0, 49);
+    expectFit(zigzag, true, 1e-4f, 1, 50);
+    expectFit(line, false, 1e-4f, 1, 1);
+    expectFit(line, true, 1e-4f, 0, 20);
+    expectFit(line, false, 0.0f, 0, 2000);
+
+    GU_Detail detail;
+    UT_Vector4Array few;
+    for (const UT_Vector4& p : {UT_Vector4{1, 1, 0, 1}, {1, 1, 0, 1}, {NAN, 2, 0, 1}, {1, 1, 0, 1}}) {
+        few.append(p);
+        EXPECT_EQ(detail.approxCurveGlobal(few, 4, 4, 0, 0.1f, 0, 1), nullptr);
+        EXPECT_EQ(detail.approxCurveGlobal(few, 4, 4, 1, NAN, 1, 1), nullptr);
+    }
+    EXPECT_EQ(detail.pointCount() + detail.primitiveCount(), 0);
+    few.append({3e38f, -3e38f, 0, 1});
+    for (const int closed : {0, 1})
+        for (const float tolerance : {-1.0f, 0.1f, HUGE_VALF})
+            EXPECT_NE(detail.approxCurveGlobal(few, 4, 4, closed, tolerance, HUGE_VALF, 1), nullptr);
 }
