@@ -46,20 +46,6 @@ void appendPolygon(GU_Detail& detail, const std::vector<UT_Vector4>& places, int
         polygon->setVertexPoint(static_cast<int64_t>(i), detail.appendPoint(places[i]));
 }
 
-double areaOf(const GEO_Detail& detail)
-{
-    double area = 0.0;
-    for (int64_t i = detail.primitiveCount() - 1; i >= 0; --i) {
-        const GEO_Primitive& polygon = *detail.primitive(i);
-        for (int64_t k = 0; k < polygon.vertexCount(); ++k) {
-            const UT_Vector4& a = detail.position(polygon.vertexPoint(k));
-            const UT_Vector4& b = detail.position(polygon.vertexPoint((k + 1) % polygon.vertexCount()));
-            area += 0.5 * (double(a.x) * b.y - double(b.x) * a.y);
-        }
-    }
-    return area;
-}
-
 } // namespace
 
 TEST(Geometry, CopiesOwnWhatTheyHold)
@@ -171,8 +157,4 @@ TEST(Geometry, CutsPolygonsIntoTriangles)
             EXPECT_FLOAT_EQ(detail.alpha(point), detail.position(point).y / 4.0f);
             EXPECT_FLOAT_EQ(detail.position(point).z, detail.position(point).y + 1.0f);
         }
-    GB_PrimitiveGroup* const cut = detail.addPrimitiveGroup("cut");
-    for (const int64_t i : {1, 2, 4, 5, 6, 7})
-        cut->append(i);
-    EXPECT_NEAR(std::abs(areaOf(GU_Detail(&detail, cut))), 18.0, 1e-5);
 }
