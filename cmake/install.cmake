@@ -6,7 +6,7 @@ set(headers ${CMAKE_INSTALL_INCLUDEDIR}/kreiluge)
 set(package ${CMAKE_INSTALL_LIBDIR}/cmake/kreiluge)
 
 install(TARGETS kreiluge kreiluge_platform EXPORT kreilugeTargets)
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/platform/ DESTINATION ${headers} FILES_MATCHING PATTERN "*.h")
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/platform/ DESTINATION ${headers} FILES_MATCHING REGEX "/[A-Z]+_[A-Za-z0-9]+\\.h$")
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/RU DESTINATION ${headers} FILES_MATCHING PATTERN "RU_*.h")
 set_property(TARGET kreiluge PROPERTY INSTALL_RPATH "$ORIGIN")
 

@@ -136,8 +136,8 @@ std::vector<Piece> GU_PrimNURBCurve::pieces(const GEO_Detail& detail) const
         const double period = knots_.back() - knots_.front();
         for (size_t i = 0; i <= n + 2 * degree; ++i) {
             const size_t unwrapped = i + n * degree - degree;
-            const double turns = static_cast<double>(unwrapped / n) - static_cast<double>(degree);
-            knots.push_back(knots_[unwrapped % n] + turns * period);
+            const auto turns = static_cast<int64_t>(unwrapped / n) - static_cast<int64_t>(degree);
+            knots.push_back(knots_[unwrapped % n] + static_cast<double>(turns) * period);
         }
     }
     const size_t shift = isClosed() ? (degree - 1) / 2 : 0;
