@@ -84,6 +84,7 @@ Operation noiseRow()
              "storage format (default: what is usual for the file format of the output; half in a script)")},
         noise,
         nullptr,
+        true,
         true};
 }
 
