@@ -311,8 +311,8 @@ TEST_F(Resample, ErrorsNameTheOption)
         {{"degrain", in, "--size", "1.5"}, "--size: '1.5' is no whole number from 0 to 1000"},
         {{"feather", in, "--radius", "-1"}, "--radius: '-1' is not from 0 to 1000"},
     };
-    for (const auto& [words, wanted] : cases)
-        EXPECT_TRUE(says(errorOf([&] { runOperation(words, dir.file("out.exr")); }), wanted));
+    for (const auto& known : cases)
+        EXPECT_TRUE(says(errorOf([&] { runOperation(known.first, dir.file("out.exr")); }), known.second));
     EXPECT_EQ(dir.names(), Words{"in.exr"});
 }
 
