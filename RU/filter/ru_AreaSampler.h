@@ -14,7 +14,6 @@ struct ru_AreaTaps
     std::vector<int64_t> start;
 
     void clear();
-    int64_t count() const { return static_cast<int64_t>(start.size()) - 1; }
 };
 
 /// Appends the window of the interval u0 <= u1, tap by tap as RU_FilterArea describes it; with NaN, none.

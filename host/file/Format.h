@@ -13,6 +13,12 @@ const char* formatName(unsigned char format);
 /// The format of a name; throws a usage error for an unknown one.
 unsigned char formatOfName(const std::string& name);
 
+/// Float or half: values are not limited to 0 to 1.
+inline bool isFloat(unsigned char format)
+{
+    return format == PXL_FORMAT_float32 || format == PXL_FORMAT_half;
+}
+
 /// The one of two formats to compute in: uint8, uint16, uint32, half, float, the later the better.
 unsigned char widerFormat(unsigned char a, unsigned char b);
 

@@ -30,7 +30,7 @@ int MorphologyOp<T, FullRange>::filter(TIL_TileList* out, const TIL_Region* in, 
     const RU_Border border = filter.border();
     const int width = in->width(), height = in->height();
     const auto size = static_cast<size_t>(width) * static_cast<size_t>(height);
-    std::vector<T> results[2] = {std::vector<T>(size), std::vector<T>(size)};
+    std::vector<std::vector<T>> results(filter.passes().size(), std::vector<T>(size));
     for (int c = 0; c < 4; ++c) {
         const T* from = static_cast<const T*>(in->getImageData(c));
         T* to = nullptr;
@@ -41,7 +41,7 @@ int MorphologyOp<T, FullRange>::filter(TIL_TileList* out, const TIL_Region* in, 
         for (size_t pass = 0; pass < filter.passes().size(); ++pass) {
             if (RU_Algorithm::interruptCheck(thread))
                 return 1;
-            T* result = results[pass % 2].data();
+            T* result = results[pass].data();
             const int sign = filter.passes()[pass] == MorphologyFilter::Pass::Dilate ? 1 : -1;
             RU_Morphology::dilateErode(from, result, result, width, height, sign * filter.width(),
                                        sign * filter.height());

@@ -126,7 +126,7 @@ void divideByAlpha(float* values, const float* alpha, int64_t count)
 
 void limitAlpha(float* alpha, int64_t count, unsigned char format)
 {
-    if (format != PXL_FORMAT_float32 && format != PXL_FORMAT_half)
+    if (!isFloat(format))
         for (int64_t i = 0; i < count; ++i)
             alpha[i] = alpha[i] > 0.0f ? std::min(alpha[i], 1.0f) : 0.0f;
 }

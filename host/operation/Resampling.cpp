@@ -42,14 +42,15 @@ struct Corners
     std::vector<float> begin, end;
 };
 
-Corners cornersOf(const std::vector<double>& centre, const std::vector<double>& size, int first)
+void setCorners(Corners& corners, const std::vector<double>& centre, const std::vector<double>& size,
+                int first)
 {
-    Corners corners;
+    corners.begin.clear();
+    corners.end.clear();
     for (size_t k = 0; k < centre.size(); ++k) {
         corners.begin.push_back(static_cast<float>(centre[k] - 0.5 * size[k] - first));
         corners.end.push_back(static_cast<float>(centre[k] + 0.5 * size[k] - first));
     }
-    return corners;
 }
 
 void divide(std::vector<UT_Vector4>& samples)
@@ -105,6 +106,20 @@ const std::vector<std::string>& resamplingWraps()
     return names;
 }
 
+struct ResamplingNode::Workspace
+{
+    RU_FilterArea area;
+    Footprints prints;
+    Corners u, v;
+    std::vector<UT_Vector4> samples;
+};
+
+ResamplingNode::ResamplingNode(const Resampling& resampling)
+    : resampling_(resampling), type_(typeOf(resampling.filter)),
+      support_(UT_Filter::getFilter(type_)->getSupport())
+{
+}
+
 Picture ResamplingNode::planFloats(const Planes& in, size_t input, const PlaneSettings& settings)
 {
     Picture output = planPlanes(in, input, settings);
@@ -123,8 +138,7 @@ void ResamplingNode::setSpan(double pixels)
 
 double ResamplingNode::reachOf(double size) const
 {
-    const double support = UT_Filter::getFilter(typeOf(resampling_.filter))->getSupport();
-    return std::min(std::max(size, 1.0) * 0.5 * support, mostReach);
+    return std::min(std::max(size, 1.0) * 0.5 * support_, mostReach);
 }
 
 Window ResamplingNode::readOf(const Window& window, double lowU, double lowV, double highU,
@@ -156,7 +170,7 @@ Window ResamplingNode::readOf(const Window& window, double lowU, double lowV, do
 /// Rounds places, and moves those beyond the edges so near that they are read no further than they reach.
 void ResamplingNode::keepInReach(const Window& window, Footprints& prints) const
 {
-    const double most = 2.0 * mostReach / UT_Filter::getFilter(typeOf(resampling_.filter))->getSupport();
+    const double most = 2.0 * mostReach / support_;
     const auto rounded = [this](double place) {
         return std::floor(place * placesPerPixel_ + 0.5) / placesPerPixel_;
     };
@@ -189,19 +203,24 @@ Block ResamplingNode::resample(size_t plane, const Window& rect, const Places& p
 {
     const PlaneWork& work = works_[plane];
     Block out = feed.blank(rect, PXL_FORMAT_float32, work.present);
+    Workspace workspace;
+    workspace.area.setFilter(type_, 1.0f, type_, 1.0f);
     for (int y = rect.y; y < rect.y + rect.height; y += pieceSide)
         for (int x = rect.x; x < rect.x + rect.width; x += pieceSide) {
-            samplePiece(plane, intersection(rect, {x, y, pieceSide, pieceSide}), places, feed, out);
+            samplePiece(plane, intersection(rect, {x, y, pieceSide, pieceSide}), places, feed, workspace,
+                        out);
             feed.check();
         }
     return out;
 }
 
 void ResamplingNode::samplePiece(size_t plane, const Window& rect, const Places& places, Feed& feed,
-                                 Block& out) const
+                                 Workspace& workspace, Block& out) const
 {
     const PlaneWork& work = works_[plane];
-    Footprints prints;
+    Footprints& prints = workspace.prints;
+    for (std::vector<double>* values : {&prints.u, &prints.v, &prints.width, &prints.height})
+        values->clear();
     places(rect, prints);
     keepInReach(work.window, prints);
     const auto boundsOf = [this](const std::vector<double>& place, const std::vector<double>& size) {
@@ -223,15 +242,15 @@ void ResamplingNode::samplePiece(size_t plane, const Window& rect, const Places&
         (beside ? first.width : first.height) /= 2;
         (beside ? second.x : second.y) += beside ? first.width : first.height;
         (beside ? second.width : second.height) -= beside ? first.width : first.height;
-        samplePiece(plane, first, places, feed, out);
-        samplePiece(plane, second, places, feed, out);
+        samplePiece(plane, first, places, feed, workspace, out);
+        samplePiece(plane, second, places, feed, workspace, out);
         return;
     }
-    const Corners u = cornersOf(prints.u, prints.width, x.first),
-                  v = cornersOf(prints.v, prints.height, y.first);
-    RU_FilterArea area;
-    const UT_FilterType type = typeOf(resampling_.filter);
-    area.setFilter(type, 1.0f, type, 1.0f);
+    RU_FilterArea& area = workspace.area;
+    Corners &u = workspace.u, &v = workspace.v;
+    std::vector<UT_Vector4>& samples = workspace.samples;
+    setCorners(u, prints.u, prints.width, x.first);
+    setCorners(v, prints.v, prints.height, y.first);
     area.setFourCornerCoords(u.begin.data(), v.begin.data(), u.end.data(), v.end.data(), rect.height,
                              rect.width, boundless, boundless, nullptr);
     int x0 = 0, x1 = 0, y0 = 0, y1 = 0;
@@ -241,7 +260,7 @@ void ResamplingNode::samplePiece(size_t plane, const Window& rect, const Places&
         in = loadMultiplied(
             plane, {work.window.x + x.first + x0, work.window.y + y.first + y0, x1 - x0 + 1, y1 - y0 + 1},
             outside(), [&](const Feed::Wish& wish) { return loadWrapped(wish, work.window, feed); });
-    std::vector<UT_Vector4> samples(static_cast<size_t>(rect.pixels()));
+    samples.assign(static_cast<size_t>(rect.pixels()), {});
     area.sample4(samples.data(), in.values<float>(0), in.values<float>(1), in.values<float>(2),
                  in.values<float>(3));
     feed.give(std::move(in));

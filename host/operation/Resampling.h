@@ -34,7 +34,7 @@ const std::vector<std::string>& resamplingWraps();   ///< in the order of RU_FIL
 class ResamplingNode : public MultipliedNode
 {
 protected:
-    explicit ResamplingNode(const Resampling& resampling) : resampling_(resampling) {}
+    explicit ResamplingNode(const Resampling& resampling);
 
     /// Footprints for a rectangle of the output.
     using Places = std::function<void(const Window& rect, Footprints& out)>;
@@ -56,12 +56,17 @@ protected:
     Block resample(size_t plane, const Window& rect, const Places& places, Feed& feed) const;
 
 private:
-    void samplePiece(size_t plane, const Window& rect, const Places& places, Feed& feed, Block& out) const;
+    /// The library's sampler and memory for pieces.
+    struct Workspace;
+    void samplePiece(size_t plane, const Window& rect, const Places& places, Feed& feed, Workspace& workspace,
+                     Block& out) const;
     void keepInReach(const Window& window, Footprints& prints) const;
     Outside outside() const;
     Block loadWrapped(const Feed::Wish& wish, const Window& window, Feed& feed) const;
 
     Resampling resampling_;
+    UT_FilterType type_;
+    double support_;
     double placesPerPixel_ = 4096.0; ///< a power of 2
 };
 

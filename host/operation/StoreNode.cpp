@@ -8,11 +8,6 @@ namespace host {
 
 namespace {
 
-bool isFloat(unsigned char format)
-{
-    return format == PXL_FORMAT_float32 || format == PXL_FORMAT_half;
-}
-
 /// An alpha above 1 becomes 1: the colours take what is lost of it.
 void multiplyByExcess(float* values, const float* alpha, int64_t count)
 {

@@ -213,7 +213,7 @@ void writePicture(const std::string& path, const Canvas& canvas)
 {
     const int side = canvas.side();
     const unsigned char usual = usualFormat(path);
-    const bool isLinear = usual == PXL_FORMAT_half || usual == PXL_FORMAT_float32;
+    const bool isLinear = isFloat(usual);
     const unsigned char format = isLinear ? usual : static_cast<unsigned char>(PXL_FORMAT_uint8);
     const Image image = newImage(side, side, 3, format, "colour curves");
     Band band;
