@@ -66,6 +66,7 @@ struct ru_KernelTable
     X(ru_ExtremeKernels, ru_extremeRows)                                                                     \
     X(ru_SubPixelKernels, ru_subPixelRows)                                                                   \
     X(ru_FeatherKernels, ru_featherRows)                                                                     \
+    X(ru_FillKernels, ru_fillRows)                                                                           \
     X(ru_NoiseKernels, ru_noiseRows)                                                                         \
     X(ru_CompositeKernels, ru_compositeRows)                                                                 \
     X(ru_BlendKernels, ru_blendRows)                                                                         \

@@ -12,6 +12,7 @@
 #include <RU/pixelfunc/ru_LineRows.h>
 #include <RU/pixelfunc/ru_LookUpRows.h>
 #include <RU/pixelfunc/ru_VectorExpressions.h>
+#include <RU/shape/ru_FillRows.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -1,0 +1,319 @@
+#include <RU/shape/RU_PolyFill.h>
+
+#include <RU/framework/ru_Tiles.h>
+#include <RU/shape/ru_FillShapes.h>
+#include <RU/shape/ru_FillWriter.h>
+#include <UT/UT_Lock.h>
+
+#include <algorithm>
+#include <atomic>
+#include <bit>
+#include <mutex>
+#include <new>
+
+namespace {
+
+constexpr int mostSamples = 64;
+
+/// Blocks are what is drawn at once; larger buckets are cut into several.
+constexpr int64_t blockWidth = 512, blockHeight = 128;
+static_assert(blockWidth * mostSamples <= ru_mostColumns);
+
+/// What one thread draws with.
+struct Workspace
+{
+    void begin(const ru_FillBlock& block, int nx, int ny)
+    {
+        const int64_t words = (block.width + 63) / 64;
+        masks.resize(static_cast<size_t>(words * 64 * block.height + 1));
+        touched.assign(static_cast<size_t>(words * block.height + 1), 0);
+        full.assign(touched.size(), 0);
+        coverage = {masks.data(), touched.data(), full.data(), words, nx, ny};
+    }
+    bool isEmpty() const
+    {
+        const auto any = [](uint64_t word) { return word != 0; };
+        return std::none_of(touched.begin(), touched.end(), any) &&
+               std::none_of(full.begin(), full.end(), any);
+    }
+    uint64_t maskAt(int64_t row, int64_t column) const
+    {
+        const auto word = static_cast<size_t>(row * coverage.words + column / 64);
+        const uint64_t bit = uint64_t{1} << (column % 64);
+        if ((full[word] & bit) != 0)
+            return ~uint64_t{0} >> (64 - coverage.nx * coverage.ny);
+        return (touched[word] & bit) != 0 ? masks[word * 64 + static_cast<size_t>(column % 64)] : 0;
+    }
+
+    std::vector<uint64_t> masks, touched, full;
+    ru_Coverage coverage = {};
+    std::vector<float> corners; ///< of the feather, with one more in each direction than pixels
+    bool feathered = false;
+    ru_TriangleSpans spans;
+    ru_FillOutlines::Scratch outlines;
+    std::vector<float> values;
+};
+
+/// Which part of a tile list a block is, and of what values.
+struct Drawing
+{
+    const Workspace& work;
+    const ru_FillBlock& block;
+    int64_t left, top; ///< of the block in the tiles
+    RU_FeatherDropoff dropoff;
+    bool shaped; ///< by the drop-off
+};
+
+/// Calls run(from, to) for each run of bits that are set.
+template <class Run>
+void eachRun(uint64_t bits, Run run)
+{
+    while (bits != 0) {
+        const int from = std::countr_zero(bits);
+        const int count = std::countr_one(bits >> from);
+        run(from, from + count);
+        bits &= from + count == 64 ? 0 : ~uint64_t{0} << (from + count);
+    }
+}
+
+/// Pixels that feathers do not reach: there are as many values as counts of samples.
+template <class T, bool FullRange>
+void drawCovered(const ru_FillWriter<T, FullRange>& writer, const Drawing& drawing, float colour, T* data,
+                 int64_t stride)
+{
+    const ru_Coverage& coverage = drawing.work.coverage;
+    const int samples = coverage.nx * coverage.ny;
+    float values[mostSamples + 1];
+    T codes[mostSamples + 1];
+    for (int n = 0; n <= samples; ++n) {
+        const float covered =
+            n == samples ? 1.0f : static_cast<float>(n) * (1.0f / static_cast<float>(samples));
+        values[n] = (drawing.shaped ? RUfeatherDropoff(drawing.dropoff, covered) : covered) * colour;
+    }
+    writer.convert(values, codes, samples + 1);
+    const auto last = writer.lastBelow(values[samples]);
+    for (int64_t row = 0; row < drawing.block.height; ++row)
+        for (int64_t word = 0; word < coverage.words; ++word) {
+            const int64_t index = row * coverage.words + word;
+            const uint64_t full = coverage.full[index];
+            T* const out = data + row * stride + 64 * word;
+            const uint64_t* const masks = coverage.masks + 64 * index;
+            for (uint64_t part = coverage.touched[index] & ~full; part != 0; part &= part - 1) {
+                const int column = std::countr_zero(part);
+                const int n = std::popcount(masks[column]);
+                if (n != 0 && writer.isBelow(out[column], values[n]))
+                    out[column] = codes[n];
+            }
+            if (last)
+                eachRun(full, [&](int from, int to) {
+                    writer.raiseRow(out + from, to - from, *last, codes[samples]);
+                });
+        }
+}
+
+/// Pixels with ramps.
+template <class T, bool FullRange>
+void drawFeathered(const ru_FillWriter<T, FullRange>& writer, const Drawing& drawing, float colour, T* data,
+                   int64_t stride)
+{
+    const Workspace& work = drawing.work;
+    const int samples = work.coverage.nx * work.coverage.ny;
+    const float share = 1.0f / static_cast<float>(samples), whole = RUfeatherDropoff(drawing.dropoff, 1.0f);
+    std::array<float, blockWidth> values;
+    std::array<T, blockWidth> codes;
+    for (int64_t row = 0; row < drawing.block.height; ++row) {
+        const float* const above = work.corners.data() + row * (drawing.block.width + 1);
+        const float* const below = above + drawing.block.width + 1;
+        for (int64_t x = 0; x < drawing.block.width; ++x) {
+            const int n = std::popcount(work.maskAt(row, x));
+            const float sum = above[x] + above[x + 1] + below[x] + below[x + 1];
+            const float covered = n == samples ? 1.0f : static_cast<float>(n) * share;
+            const float value = (1.0f - covered) * (sum * 0.25f) + covered;
+            values[static_cast<size_t>(x)] = n == 0 && sum == 0.0f ? std::numeric_limits<float>::quiet_NaN()
+                                             : value >= 1.0f
+                                                 ? whole * colour
+                                                 : RUfeatherDropoff(drawing.dropoff, value) * colour;
+        }
+        writer.convert(values.data(), codes.data(), drawing.block.width);
+        T* const out = data + row * stride;
+        for (int64_t x = 0; x < drawing.block.width; ++x)
+            if (writer.isBelow(out[x], values[static_cast<size_t>(x)]))
+                out[x] = codes[static_cast<size_t>(x)];
+    }
+}
+
+template <class T, bool FullRange>
+void draw(TIL_TileList& tiles, const Drawing& drawing, const UT_Vector4& colour)
+{
+    const ru_FillWriter<T, FullRange> writer(tiles);
+    const float components[4] = {colour.x, colour.y, colour.z, colour.w};
+    const int64_t stride = tiles.width();
+    for (int c = 0; c < 4; ++c) {
+        T* const data = ru_outputData<T>(tiles, c);
+        if (data == nullptr)
+            continue;
+        T* const first = data + drawing.top * stride + drawing.left;
+        if (drawing.work.feathered)
+            drawFeathered(writer, drawing, components[c], first, stride);
+        else
+            drawCovered(writer, drawing, components[c], first, stride);
+    }
+}
+
+} // namespace
+
+/// All that a fill has.
+class RU_PolyFill::Fill
+{
+public:
+    Fill(RU_PolyFillMethod method, int threads)
+        : shapes(method != RU_POLYFILL_NORMAL), workspaces_(threadsOf(threads))
+    {
+    }
+
+    void setDropoff(RU_FeatherDropoff dropoff) { dropoff_ = dropoff; }
+
+    void scan(TIL_TileList& tiles, int64_t bx, int64_t by, const UT_Vector4& colour, int thread)
+    {
+        const ru_FillBuckets& buckets = shapes.buckets();
+        if (bx < 0 || by < 0 || bx >= buckets.across || by >= buckets.down) {
+            tiles.clearToBlack(true);
+            return;
+        }
+        Workspace own;
+        const bool known = thread >= 0 && static_cast<size_t>(thread) < workspaces_.size();
+        Workspace& work = known ? workspaces_[static_cast<size_t>(thread)] : own;
+        const int64_t left = bx * buckets.width, top = by * buckets.height;
+        const int64_t width = std::min({buckets.width, shapes.width() - left, int64_t{tiles.width()}});
+        const int64_t height = std::min({buckets.height, shapes.height() - top, int64_t{tiles.height()}});
+        for (int64_t y = 0; y < height; y += blockHeight)
+            for (int64_t x = 0; x < width; x += blockWidth) {
+                const ru_FillBlock block(shapes.samples(), left + x, top + y, std::min(blockWidth, width - x),
+                                         std::min(blockHeight, height - y));
+                scan(block, by * buckets.across + bx, work);
+                if (work.feathered || !work.isEmpty())
+                    write(tiles, {work, block, x, y, dropoff_, shapes.areFeathered()}, colour);
+            }
+    }
+
+    /// The pattern of samples, if nobody has set one yet.
+    void ensureSampling()
+    {
+        const std::lock_guard guard(lock_);
+        if (!shapes.isSampled())
+            shapes.setSampling(8, 8);
+    }
+
+    ru_FillShapes shapes;
+
+private:
+    static size_t threadsOf(int threads) { return static_cast<size_t>(std::max(threads, 1)); }
+
+    void scan(const ru_FillBlock& block, int64_t bucket, Workspace& work) const
+    {
+        const ru_FillGrid& grid = shapes.samples();
+        work.begin(block, grid.nx, grid.ny);
+        for (const int32_t index : shapes.trianglesIn(bucket))
+            if (work.spans.find(grid, block, shapes.triangle(index)))
+                ru_fillRows().cover(work.coverage, work.spans.firstRow(), work.spans.pixelRows(),
+                                    work.spans.begin(), work.spans.end());
+        shapes.outlines().cover(grid, block, bucket, work.coverage, work.outlines);
+        work.feathered = shapes.areFeathered() && !shapes.feathersIn(bucket).empty();
+        if (work.feathered)
+            shapes.ramps(block, bucket, work.spans, work.corners);
+    }
+
+    static void write(TIL_TileList& tiles, const Drawing& drawing, const UT_Vector4& colour)
+    {
+        const bool full =
+            !tiles.blackWhitePoints ||
+            (tiles.blackPoint == 0 && tiles.whitePoint == PXLfullWhite(tiles.plane->formatCode));
+        PXLwithElement(tiles.plane->formatCode, [&]<class T>() {
+            if (std::is_integral_v<T> && !full)
+                draw<T, false>(tiles, drawing, colour);
+            else
+                draw<T, true>(tiles, drawing, colour);
+        });
+    }
+
+    RU_FeatherDropoff dropoff_ = RU_DROPOFF_LINEAR;
+    UT_Lock lock_;
+    std::vector<Workspace> workspaces_; ///< by thread
+};
+
+RU_PolyFill::RU_PolyFill(RU_PolyFillMethod method, int threads)
+    : fill_(std::make_unique<Fill>(method, threads))
+{
+}
+
+RU_PolyFill::~RU_PolyFill() = default;
+
+void RU_PolyFill::initialize(const GEO_Detail* detail)
+{
+    clearGeometry();
+    append(detail);
+}
+
+void RU_PolyFill::append(const GEO_Detail* detail)
+{
+    if (detail != nullptr)
+        fill_->shapes.append(*detail);
+}
+
+void RU_PolyFill::initializeFeather(const GEO_Detail* detail)
+{
+    if (detail != nullptr)
+        fill_->shapes.appendFeather(*detail);
+}
+
+void RU_PolyFill::addTriangle(float x0, float x1, float x2, float y0, float y1, float y2)
+{
+    fill_->shapes.add({{{{x0, y0}, {x1, y1}, {x2, y2}}}});
+}
+
+void RU_PolyFill::addFeatherTriangle(float x0, float x1, float x2, float y0, float y1, float y2, int quad)
+{
+    fill_->shapes.addFeather({{{{x0, y0}, {x1, y1}, {x2, y2}}}, quad});
+}
+
+void RU_PolyFill::clearGeometry()
+{
+    fill_->shapes.clear();
+}
+
+void RU_PolyFill::setSampling(int nx, int ny)
+{
+    fill_->shapes.setSampling(nx, ny);
+}
+
+void RU_PolyFill::setDropoff(RU_FeatherDropoff dropoff)
+{
+    fill_->setDropoff(dropoff);
+}
+
+void RU_PolyFill::setDropoff(int n, float (*dropoff)(float))
+{
+    for (int i = 0; i < n && dropoff != nullptr; ++i)
+        dropoff(static_cast<float>(i) / static_cast<float>(n));
+    fill_->shapes.setMargin(std::max(n, 0));
+}
+
+void RU_PolyFill::setResolution(int width, int height, int tileWidth, int tileHeight)
+{
+    fill_->shapes.setResolution(width, height, tileWidth, tileHeight);
+}
+
+void RU_PolyFill::doSorting()
+{
+    fill_->shapes.sort();
+}
+
+void RU_PolyFill::scanConvert(TIL_TileList* tiles, int bx, int by, const UT_Vector4& colour, int thread)
+try {
+    if (tiles == nullptr || tiles->plane == nullptr)
+        return;
+    fill_->ensureSampling();
+    fill_->scan(*tiles, bx, by, colour, thread);
+} catch (const std::bad_alloc&) {
+    return; // what is missing is not drawn
+}
