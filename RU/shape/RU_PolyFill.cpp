@@ -10,6 +10,7 @@
 #include <bit>
 #include <mutex>
 #include <new>
+#include <utility>
 
 namespace {
 
@@ -64,16 +65,30 @@ struct Drawing
     bool shaped; ///< by the drop-off
 };
 
-/// Calls run(from, to) for each run of bits that are set.
+/// Calls run(from, to) for each run of bits that are set in a row of words.
 template <class Run>
-void eachRun(uint64_t bits, Run run)
+void eachRun(const uint64_t* words, int64_t count, Run run)
 {
-    while (bits != 0) {
-        const int from = std::countr_zero(bits);
-        const int count = std::countr_one(bits >> from);
-        run(from, from + count);
-        bits &= from + count == 64 ? 0 : ~uint64_t{0} << (from + count);
+    int64_t from = -1; // of a run that has begun
+    for (int64_t w = 0; w < count; ++w) {
+        int bit = 0;
+        while (bit < 64) {
+            const uint64_t rest = words[w] >> bit;
+            if (from < 0) {
+                if (rest == 0)
+                    break;
+                bit += std::countr_zero(rest);
+                from = 64 * w + bit;
+            } else {
+                bit += std::countr_one(rest);
+                if (bit >= 64)
+                    break;
+                run(std::exchange(from, -1), 64 * w + bit);
+            }
+        }
     }
+    if (from >= 0)
+        run(from, 64 * count);
 }
 
 /// Pixels that feathers do not reach: there are as many values as counts of samples.
@@ -92,23 +107,24 @@ void drawCovered(const ru_FillWriter<T, FullRange>& writer, const Drawing& drawi
     }
     writer.convert(values, codes, samples + 1);
     const auto last = writer.lastBelow(values[samples]);
-    for (int64_t row = 0; row < drawing.block.height; ++row)
+    for (int64_t row = 0; row < drawing.block.height; ++row) {
+        T* const out = data + row * stride;
+        const uint64_t* const full = coverage.full + row * coverage.words;
         for (int64_t word = 0; word < coverage.words; ++word) {
             const int64_t index = row * coverage.words + word;
-            const uint64_t full = coverage.full[index];
-            T* const out = data + row * stride + 64 * word;
-            const uint64_t* const masks = coverage.masks + 64 * index;
-            for (uint64_t part = coverage.touched[index] & ~full; part != 0; part &= part - 1) {
-                const int column = std::countr_zero(part);
-                const int n = std::popcount(masks[column]);
-                if (n != 0 && writer.isBelow(out[column], values[n]))
-                    out[column] = codes[n];
+            for (uint64_t part = coverage.touched[index] & ~full[word]; part != 0; part &= part - 1) {
+                const int bit = std::countr_zero(part);
+                const int n = std::popcount(coverage.masks[64 * index + bit]);
+                T& code = out[64 * word + bit];
+                if (n != 0 && writer.isBelow(code, values[n]))
+                    code = codes[n];
             }
-            if (last)
-                eachRun(full, [&](int from, int to) {
-                    writer.raiseRow(out + from, to - from, *last, codes[samples]);
-                });
         }
+        if (last)
+            eachRun(full, coverage.words, [&](int64_t from, int64_t to) {
+                writer.raiseRow(out + from, to - from, *last, codes[samples]);
+            });
+    }
 }
 
 /// Pixels with ramps.
@@ -173,6 +189,21 @@ public:
 
     void setDropoff(RU_FeatherDropoff dropoff) { dropoff_ = dropoff; }
 
+    /// Changes what is drawn; nothing is any more, until the geometry is cleared, if there is no memory.
+    template <class Change>
+    void change(Change change)
+    try {
+        change();
+    } catch (const std::bad_alloc&) {
+        complete_ = false;
+    }
+
+    void clear()
+    {
+        shapes.clear();
+        complete_ = true;
+    }
+
     void scan(TIL_TileList& tiles, int64_t bx, int64_t by, const UT_Vector4& colour, int thread)
     {
         const ru_FillBuckets& buckets = shapes.buckets();
@@ -180,6 +211,8 @@ public:
             tiles.clearToBlack(true);
             return;
         }
+        if (!complete_)
+            return;
         Workspace own;
         const bool known = thread >= 0 && static_cast<size_t>(thread) < workspaces_.size();
         Workspace& work = known ? workspaces_[static_cast<size_t>(thread)] : own;
@@ -201,7 +234,7 @@ public:
     {
         const std::lock_guard guard(lock_);
         if (!shapes.isSampled())
-            shapes.setSampling(8, 8);
+            change([&] { shapes.setSampling(8, 8); });
     }
 
     ru_FillShapes shapes;
@@ -237,6 +270,7 @@ private:
     }
 
     RU_FeatherDropoff dropoff_ = RU_DROPOFF_LINEAR;
+    bool complete_ = true;
     UT_Lock lock_;
     std::vector<Workspace> workspaces_; ///< by thread
 };
@@ -257,33 +291,33 @@ void RU_PolyFill::initialize(const GEO_Detail* detail)
 void RU_PolyFill::append(const GEO_Detail* detail)
 {
     if (detail != nullptr)
-        fill_->shapes.append(*detail);
+        fill_->change([&] { fill_->shapes.append(*detail); });
 }
 
 void RU_PolyFill::initializeFeather(const GEO_Detail* detail)
 {
     if (detail != nullptr)
-        fill_->shapes.appendFeather(*detail);
+        fill_->change([&] { fill_->shapes.appendFeather(*detail); });
 }
 
 void RU_PolyFill::addTriangle(float x0, float x1, float x2, float y0, float y1, float y2)
 {
-    fill_->shapes.add({{{{x0, y0}, {x1, y1}, {x2, y2}}}});
+    fill_->change([&] { fill_->shapes.add({{{{x0, y0}, {x1, y1}, {x2, y2}}}}); });
 }
 
 void RU_PolyFill::addFeatherTriangle(float x0, float x1, float x2, float y0, float y1, float y2, int quad)
 {
-    fill_->shapes.addFeather({{{{x0, y0}, {x1, y1}, {x2, y2}}}, quad});
+    fill_->change([&] { fill_->shapes.addFeather({{{{x0, y0}, {x1, y1}, {x2, y2}}}, quad}); });
 }
 
 void RU_PolyFill::clearGeometry()
 {
-    fill_->shapes.clear();
+    fill_->clear();
 }
 
 void RU_PolyFill::setSampling(int nx, int ny)
 {
-    fill_->shapes.setSampling(nx, ny);
+    fill_->change([&] { fill_->shapes.setSampling(nx, ny); });
 }
 
 void RU_PolyFill::setDropoff(RU_FeatherDropoff dropoff)
@@ -300,12 +334,12 @@ void RU_PolyFill::setDropoff(int n, float (*dropoff)(float))
 
 void RU_PolyFill::setResolution(int width, int height, int tileWidth, int tileHeight)
 {
-    fill_->shapes.setResolution(width, height, tileWidth, tileHeight);
+    fill_->change([&] { fill_->shapes.setResolution(width, height, tileWidth, tileHeight); });
 }
 
 void RU_PolyFill::doSorting()
 {
-    fill_->shapes.sort();
+    fill_->change([&] { fill_->shapes.sort(); });
 }
 
 void RU_PolyFill::scanConvert(TIL_TileList* tiles, int bx, int by, const UT_Vector4& colour, int thread)

@@ -36,7 +36,7 @@ enum RU_PolyFillMethod : int {
 /// of the image count for nothing. Triangles without area or with a place that is not finite are left out.
 /// Order of use: geometry; setResolution(), again after the geometry changed; then scanConvert() for each bucket.
 /// Sampling and drop-off may be set at any time in between, but not during a scan.
-/// Result: nothing is reported. Without memory nothing is drawn.
+/// Result: nothing is reported. Without memory nothing is drawn any more, until clearGeometry() or initialize().
 /// Ownership: what is drawn is copied out of the details.
 /// Threads: scanConvert() may run for different buckets at once, each call with an index of its own, from 0 to one
 /// less than the number of threads. No other call may run meanwhile.

@@ -40,6 +40,15 @@ void sortCrossings(uint32_t* crossings, int64_t count)
     }
 }
 
+/// The most crossings of a line.
+int32_t mostOf(const int32_t* first, const int32_t* last, int64_t lines)
+{
+    int32_t most = 0;
+    for (int64_t k = 0; k < lines; ++k)
+        most = std::max(most, last[k] - first[k]);
+    return most;
+}
+
 /// Goes through a line from the left, from one covered span to the next.
 class Line
 {
@@ -76,6 +85,17 @@ private:
     int32_t winding_;
     bool done_ = false;
 };
+
+void coverAll(const ru_Coverage& coverage, const ru_FillBlock& block)
+{
+    const int rest = static_cast<int>(block.width % 64);
+    for (int64_t row = 0; row < block.height; ++row) {
+        uint64_t* const words = coverage.full + row * coverage.words;
+        std::fill_n(words, coverage.words, ~uint64_t{0});
+        if (rest != 0)
+            words[coverage.words - 1] = ~(~uint64_t{0} << rest);
+    }
+}
 
 /// Pixels that a part of an edge touches, and one more at each side.
 std::pair<int64_t, int64_t> pixelsOf(const ru_MeshEdge& edge, double top, double bottom, int64_t width)
@@ -196,9 +216,15 @@ void ru_FillOutlines::cover(const ru_FillGrid& grid, const ru_FillBlock& block, 
         return;
     const int64_t firstLine = lineOf(grid.ny * block.y);
     const int64_t lines = lineOf(grid.ny * (block.y + block.height)) - firstLine;
+    const std::vector<Change>& before = beforeBucket_[at(bucket)];
+    if (inBucket_[at(bucket)].empty() && before.size() == 1 && before.front().line <= firstLine) {
+        if (before.front().by > 0)
+            coverAll(coverage, block);
+        return;
+    }
     auto& winding = scratch.winding;
     winding.assign(at(lines + 1), 0);
-    for (const Change& change : beforeBucket_[at(bucket)])
+    for (const Change& change : before)
         winding[at(std::clamp<int64_t>(change.line - firstLine, 0, lines))] += change.by;
     for (int64_t line = 1; line <= lines; ++line)
         winding[at(line)] += winding[at(line - 1)];
@@ -273,6 +299,21 @@ void ru_FillOutlines::coverRow(const ru_FillBlock& block, int64_t pixelRow, int6
     const int32_t* const first = scratch.first.data() + firstLine;
     const int32_t* const last = scratch.last.data() + firstLine;
     const int32_t* const winding = scratch.winding.data() + firstLine;
+    const int32_t most = mostOf(first, last, lines);
+    if (most == 0 && lines == coverage.ny) {
+        for (int64_t k = 0; k < lines; ++k)
+            end[k] = winding[k] > 0 ? columns : 0;
+        return;
+    }
+    if (most == 1 && lines == coverage.ny && last[lines - 1] - first[0] == lines) {
+        const uint32_t* const crossings = scratch.crossings.data() + first[0];
+        for (int64_t k = 0; k < lines; ++k) {
+            const bool before = winding[k] > 0, behind = winding[k] + changeOf(crossings[k]) > 0;
+            begin[k] = before ? uint16_t{0} : columnOf(crossings[k]);
+            end[k] = behind ? columns : before ? columnOf(crossings[k]) : uint16_t{0};
+        }
+        return;
+    }
     const double* const lineY = lineY_.data() + lineOf(coverage.ny * block.y) + firstLine;
     std::vector<std::pair<int, Line>> more; // lines that have other spans
     int j = 0;
