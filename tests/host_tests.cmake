@@ -4,6 +4,7 @@ find_package(Python3 QUIET REQUIRED COMPONENTS Interpreter)
 
 file(GLOB sources CONFIGURE_DEPENDS host/*.cpp)
 add_executable(kreiluge_host_tests ${sources})
+kreiluge_test_options(kreiluge_host_tests)
 target_include_directories(kreiluge_host_tests PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
 target_link_libraries(kreiluge_host_tests PRIVATE
   kreiluge_host kreiluge_flags OpenImageIO::OpenImageIO GTest::gtest_main)
