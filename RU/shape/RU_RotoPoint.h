@@ -1,6 +1,6 @@
 #pragma once
 
-/// A control point of a RU_RotoSpline. Handles are places, not offsets; only Bezier curves use them.
+/// A control point of a RU_RotoSpline, of nine floats. Handles are places, not offsets; only Bezier curves use them.
 struct RU_RotoPoint
 {
     RU_RotoPoint(float pointIndex, float px, float py, float pointAlpha, float inX, float inY, float outX,
@@ -11,9 +11,9 @@ struct RU_RotoPoint
     }
 
     float x, y;
-    float alpha;
-    float inHandleX, outHandleX;
+    float alpha;                 ///< carried along into what is built
+    float inHandleX, outHandleX; ///< in: towards the point before; out: towards the next one
     float inHandleY, outHandleY;
     float index;   ///< points go by it, from the lowest
-    float feather; ///< how far the soft edge reaches here, beyond what is common to all
+    float feather; ///< how far the soft edge reaches here, beyond what is common to all; below 0 inwards
 };

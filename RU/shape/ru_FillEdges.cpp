@@ -29,7 +29,7 @@ ru_FillEdge::ru_FillEdge(const ru_FillPoint& from, const ru_FillPoint& to, bool 
     }
 }
 
-ru_Boundary ru_FillEdge::boundary(const ru_FillGrid& grid, const ru_FillBlock& block) const
+ru_FillBoundary ru_FillEdge::boundary(const ru_FillGrid& grid, const ru_FillBlock& block) const
 {
     const double scale = -static_cast<double>(grid.nx * grid.width) / a;
     return {b * scale, c * scale + (2.0 - grid.lead - static_cast<double>(grid.nx * block.x))};
@@ -84,12 +84,12 @@ bool ru_TriangleSpans::find(const ru_FillGrid& grid, const ru_FillBlock& block,
     limit(grid, block, triangle);
     if (count_ <= 0)
         return false;
-    ru_Boundary boundaries[3];
+    ru_FillBoundary boundaries[3];
     slack_ = 0.0;
     for (size_t e = 0; e < 3; ++e) {
         const ru_FillEdge& edge = triangle.edges[e];
         boundaries[e] =
-            edge.isLevel() ? ru_Boundary{0.0, edge.left ? far : -far} : edge.boundary(grid, block);
+            edge.isLevel() ? ru_FillBoundary{0.0, edge.left ? far : -far} : edge.boundary(grid, block);
         if (!edge.isLevel())
             slack_ = std::max(slack_, edge.slack(grid));
     }
@@ -130,7 +130,7 @@ void ru_TriangleSpans::limit(const ru_FillGrid& grid, const ru_FillBlock& block,
     for (const ru_FillEdge& edge : triangle.edges) {
         if (edge.isLevel() || edge.slack(grid) >= vague)
             continue;
-        const ru_Boundary line = edge.boundary(grid, block);
+        const ru_FillBoundary line = edge.boundary(grid, block);
         const double bound = edge.left ? static_cast<double>(low_ - 1) : static_cast<double>(high_ + 3);
         const double row = (bound - line.bias) / line.slope * static_cast<double>(grid.height) -
                            static_cast<double>(block.y);
@@ -154,7 +154,7 @@ void ru_TriangleSpans::repair(const ru_FillGrid& grid, const ru_FillBlock& block
     for (const ru_FillEdge& edge : triangle.edges) {
         double guess = 0.0;
         if (!edge.isLevel()) {
-            const ru_Boundary line = edge.boundary(grid, block);
+            const ru_FillBoundary line = edge.boundary(grid, block);
             guess = std::clamp(y * line.slope + line.bias - 1.0, 0.0, static_cast<double>(block.columns));
         }
         const int64_t column = edge.firstColumn(block, y, static_cast<int64_t>(guess), slack_);

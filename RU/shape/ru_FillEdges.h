@@ -29,7 +29,7 @@ struct ru_FillEdge
     bool isLevel() const { return a == 0.0; }
     bool contains(double x, double y) const { return (a * x + b * y) + c <= 0.0; }
     /// The boundary in columns of a block, and how near to a sample it is in doubt. Not for level edges.
-    ru_Boundary boundary(const ru_FillGrid& grid, const ru_FillBlock& block) const;
+    ru_FillBoundary boundary(const ru_FillGrid& grid, const ru_FillBlock& block) const;
     double slack(const ru_FillGrid& grid) const;
     /// The first column that is inside, or where the inside is on the left the first one that is not; `guess` is
     /// near it where slack() is less than a quarter of a column.

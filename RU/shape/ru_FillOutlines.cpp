@@ -272,7 +272,7 @@ void ru_FillOutlines::gather(const ru_FillGrid& grid, const ru_FillBlock& block,
         const auto [from, to] = linesOf(edge);
         if (from >= to)
             continue;
-        const ru_Boundary boundary = {edge.boundary.slope, edge.boundary.bias - offset};
+        const ru_FillBoundary boundary = {edge.boundary.slope, edge.boundary.bias - offset};
         const double* y = lineY_.data() + firstLine + from;
         uint16_t* columns = scratch.columns.data();
         if (ru_fillRows().cross(boundary,

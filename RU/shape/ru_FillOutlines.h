@@ -42,7 +42,7 @@ private:
     struct Edge
     {
         ru_FillEdge side;
-        ru_Boundary boundary; ///< in columns of the image
+        ru_FillBoundary boundary; ///< in columns of the image
         double slack;
         int64_t firstLine, lastLine; ///< and the one behind the last
         int32_t change;

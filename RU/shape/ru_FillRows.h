@@ -6,7 +6,7 @@
 #include <cstdint>
 
 /// An edge along rows of samples: it crosses the one at y in front of column y slope + bias - 1, rounded down.
-struct ru_Boundary
+struct ru_FillBoundary
 {
     double slope, bias;
 };
@@ -49,11 +49,11 @@ struct ru_FillKernels : ru_RaiseRow<unsigned char>,
 {
     /// The columns in front of which an edge crosses rows at `y`, and for each group of rows a bit for each that is
     /// in doubt. The result is 0 when none is.
-    int (*cross)(const ru_Boundary& edge, const ru_ColumnLimits& limits, const double* y, int64_t count,
+    int (*cross)(const ru_FillBoundary& edge, const ru_ColumnLimits& limits, const double* y, int64_t count,
                  uint16_t* columns, uint8_t* doubts);
     /// The columns of a triangle in rows at `y`, from `begin` to before `end`, between the first and third boundary
     /// and the second one, which is its end or its beginning. Else as cross().
-    int (*span)(const ru_Boundary (&edges)[3], bool secondIsEnd, const ru_ColumnLimits& limits,
+    int (*span)(const ru_FillBoundary (&edges)[3], bool secondIsEnd, const ru_ColumnLimits& limits,
                 const double* y, int64_t count, uint16_t* begin, uint16_t* end, uint8_t* doubts);
     /// Adds the columns from `begin` to before `end` of `count` * ny rows of samples, from pixel row `row` on.
     void (*cover)(const ru_Coverage& coverage, int64_t row, int64_t count, const uint16_t* begin,

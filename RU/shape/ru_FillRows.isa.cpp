@@ -18,7 +18,7 @@ struct Rows
 
     RU_INLINE Rows at(const double* y) { return {_mm256_loadu_pd(y), _mm256_loadu_pd(y + 4)}; }
     RU_INLINE Rows of(double x) { return {_mm256_set1_pd(x), _mm256_set1_pd(x)}; }
-    RU_INLINE Rows crossing(const Rows& y, const ru_Boundary& edge)
+    RU_INLINE Rows crossing(const Rows& y, const ru_FillBoundary& edge)
     {
         const __m256d slope = _mm256_set1_pd(edge.slope), bias = _mm256_set1_pd(edge.bias);
         return {y.v * slope + bias, y.w * slope + bias};
@@ -72,7 +72,7 @@ struct Rows
     {
         return each([=](int) { return x; });
     }
-    RU_INLINE Rows crossing(const Rows& y, const ru_Boundary& edge)
+    RU_INLINE Rows crossing(const Rows& y, const ru_FillBoundary& edge)
     {
         return each([&](int k) { return y.v[k] * edge.slope + edge.bias; });
     }
@@ -107,7 +107,7 @@ RU_INLINE Rows limited(const Rows& x, const ru_ColumnLimits& limits)
     return Rows::least(Rows::most(x, Rows::of(limits.low + 1.5)), Rows::of(limits.high + 1.5));
 }
 
-int cross(const ru_Boundary& edge, const ru_ColumnLimits& limits, const double* y, int64_t count,
+int cross(const ru_FillBoundary& edge, const ru_ColumnLimits& limits, const double* y, int64_t count,
           uint16_t* columns, uint8_t* doubts)
 {
     const double sure = 0.5 - limits.slack;
@@ -122,7 +122,7 @@ int cross(const ru_Boundary& edge, const ru_ColumnLimits& limits, const double* 
     return any;
 }
 
-int span(const ru_Boundary (&edges)[3], bool secondIsEnd, const ru_ColumnLimits& limits, const double* y,
+int span(const ru_FillBoundary (&edges)[3], bool secondIsEnd, const ru_ColumnLimits& limits, const double* y,
          int64_t count, uint16_t* begin, uint16_t* end, uint8_t* doubts)
 {
     const double sure = 0.5 - limits.slack;
