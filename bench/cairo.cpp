@@ -1,4 +1,4 @@
-#include <bench/bench.h>
+#include <bench/fills.h>
 
 #include <cairo.h>
 
@@ -55,12 +55,42 @@ Work mask(Planes& planes)
     };
 }
 
+/// All outlines as one path, which is built each time.
+template <Shape Of, cairo_antialias_t Antialias>
+Work fill(Planes& planes)
+{
+    const std::shared_ptr<cairo_t> context(
+        cairo_create(surface(planes, planes.output, CAIRO_FORMAT_A8).get()), cairo_destroy);
+    cairo_set_antialias(context.get(), Antialias);
+    cairo_set_source_rgba(context.get(), 1.0, 1.0, 1.0, 1.0);
+    return [context, outlines = outlinesOf(Of, planes.out)] {
+        for (const Outline& outline : outlines) {
+            for (const UT_Vector2& p : outline) // the first one moves there
+                cairo_line_to(context.get(), p.x, p.y);
+            cairo_close_path(context.get());
+            cairo_new_sub_path(context.get());
+        }
+        cairo_fill(context.get());
+    };
+}
+
+constexpr Agreement none = Agreement::none;
+
 const bool added = addPeers({
     {"over/uint8", "cairo OVER", paint<CAIRO_OPERATOR_OVER>},
     {"screen/uint8", "cairo SCREEN", paint<CAIRO_OPERATOR_SCREEN>},
     {"add/uint8", "cairo ADD", paint<CAIRO_OPERATOR_ADD>},
     {"blend_mask/uint8", "cairo OVER, mask", mask, Agreement::allButAlpha},
     {"blend/uint8", "cairo OVER, alpha", paintWithAlpha, Agreement::allButAlpha},
+    {"fill_blob/uint8", "cairo fast", fill<Shape::blob, CAIRO_ANTIALIAS_FAST>, none},
+    {"fill_blob/uint8", "cairo default", fill<Shape::blob, CAIRO_ANTIALIAS_DEFAULT>, none},
+    {"fill_blob/uint8", "cairo best", fill<Shape::blob, CAIRO_ANTIALIAS_BEST>, none},
+    {"fill_star/uint8", "cairo fast", fill<Shape::star, CAIRO_ANTIALIAS_FAST>, none},
+    {"fill_star/uint8", "cairo default", fill<Shape::star, CAIRO_ANTIALIAS_DEFAULT>, none},
+    {"fill_star/uint8", "cairo best", fill<Shape::star, CAIRO_ANTIALIAS_BEST>, none},
+    {"fill_triangles/uint8", "cairo fast", fill<Shape::triangles, CAIRO_ANTIALIAS_FAST>, none},
+    {"fill_triangles/uint8", "cairo default", fill<Shape::triangles, CAIRO_ANTIALIAS_DEFAULT>, none},
+    {"fill_triangles/uint8", "cairo best", fill<Shape::triangles, CAIRO_ANTIALIAS_BEST>, none},
 });
 
 } // namespace bench::cairo

@@ -1,5 +1,5 @@
-// Times the library beside a plain copy and beside others that do the same work, on one thread, and prints
-// one table. Takes the options of Google Benchmark; names are operation/format/size/contender.
+// Times the library beside a plain copy and beside others that do the same work, on one thread where a row does
+// not say otherwise, and prints one table. Takes the options of Google Benchmark; names are operation/format/size/contender.
 #include <bench/bench.h>
 
 #include <PXL/PXL_Caps.h>
@@ -12,6 +12,7 @@
 #include <fstream>
 #include <map>
 #include <tuple>
+#include <utility>
 
 namespace bench {
 
@@ -45,6 +46,27 @@ double difference(const Row& row, const Peer& peer, const Work& theirs, Planes& 
     return most;
 }
 
+/// How far a picture is from what would be right: the root of the mean square over all pixels, and at most.
+struct Error
+{
+    double rms = 0.0, most = 0.0;
+};
+
+Error errorOf(const Row& row, const Work& work, Planes& planes)
+{
+    std::memset(planes.output, 0, planes.bytes());
+    work();
+    const std::vector<double> exact = row.exact(planes.out), actual = planes.bareResult();
+    Error error;
+    for (size_t i = 0; i < actual.size(); ++i) {
+        const double apart = std::abs(actual[i] - exact[i]);
+        error.rms += apart * apart;
+        error.most = std::max(error.most, apart);
+    }
+    error.rms = std::sqrt(error.rms / static_cast<double>(actual.size()));
+    return error;
+}
+
 /// One code or half; for wider formats what an approximation of powers may cost.
 double tolerance(PXL_Format format)
 {
@@ -76,6 +98,7 @@ struct Line
     {
         std::string contender; ///< with ~ if it comes to another end
         std::vector<double> times;
+        Error error = {};
 
         double median()
         {
@@ -113,15 +136,19 @@ public:
             } else if (run.run_type == Run::RT_Iteration)
                 for (Line& line : lines)
                     for (Line::Entry& entry : line.entries)
-                        if (name == line.row + '/' + entry.contender)
+                        if (name == line.row + '/' + entry.contender) {
                             entry.times.push_back(1e9 / run.counters.at("items_per_second"));
+                            if (run.counters.contains("rms"))
+                                entry.error = {run.counters.at("rms"), run.counters.at("most")};
+                        }
         }
     }
 
     void Finalize() override
     {
-        std::printf("CPU time in ns per component, medians; ratio: peer / ours, of the medians and of the "
-                    "minima; ~: the same kind of work, to another end\n\n");
+        std::printf(
+            "CPU time, or time where several threads work, in ns per component, medians; ratio: peer / "
+            "ours, of the medians and of the minima; ~: the same kind of work, to another end\n\n");
         std::printf("%-29s %7s %7s %7s   %-30s %7s %7s %7s\n", "", "ours", "copy", "x copy", "peer", "",
                     "ratio", "minima");
         for (Line& line : lines) {
@@ -139,6 +166,12 @@ public:
             }
             std::printf("\n");
         }
+        const char* heading = "\nErrors: the root of the mean square of all, and the largest\n";
+        for (const Line& line : lines)
+            for (const Line::Entry& entry : line.entries)
+                if (entry.error.most > 0.0)
+                    std::printf("%s%-29s %-30s %.5f %.3f\n", std::exchange(heading, ""), line.row.c_str(),
+                                entry.contender.c_str(), entry.error.rms, entry.error.most);
     }
 };
 
@@ -154,11 +187,14 @@ Line registerRow(const Row& row, const Size& size)
         const bool otherResult = contender.agreement == Agreement::none;
         const bool compare = line.entries.size() >= 2 && !otherResult;
         const std::string name = std::string(otherResult ? "~ " : "") + contender.name;
+        const bool hasError = row.exact != nullptr && line.entries.size() != 1; // which is the copy
         line.entries.push_back({name, {}});
-        const auto run = [=, work = Work()](benchmark::State& state) mutable {
+        const auto run = [=, work = Work(), error = Error()](benchmark::State& state) mutable {
             Planes& planes = planesOf(row, size);
             if (work == nullptr) {
                 work = contender.make(planes);
+                if (hasError)
+                    error = errorOf(row, work, planes);
                 const double apart = compare ? difference(row, contender, work, planes) : 0.0;
                 if (!(apart <= tolerance(row.format)))
                     state.SkipWithError(("differs from ours by up to " + std::to_string(apart)).c_str());
@@ -167,8 +203,15 @@ Line registerRow(const Row& row, const Size& size)
             for (auto _ : state)
                 work();
             state.SetItemsProcessed(state.iterations() * planes.values());
+            if (hasError) {
+                state.counters["rms"] = error.rms;
+                state.counters["most"] = error.most;
+            }
         };
-        benchmark::RegisterBenchmark((line.row + '/' + name).c_str(), run)->MeasureProcessCPUTime();
+        auto* added =
+            benchmark::RegisterBenchmark((line.row + '/' + name).c_str(), run)->MeasureProcessCPUTime();
+        if (row.onTheClock)
+            added->UseRealTime();
     }
     return line;
 }

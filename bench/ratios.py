@@ -20,7 +20,7 @@ def ratios_of(run):
     least, failed = {}, []
     with open(file, encoding="utf-8") as text:
         for result in sorted(json.load(text)["benchmarks"], key=lambda entry: entry["family_index"]):
-            name = result["run_name"].removesuffix("/process_time")
+            name = result["run_name"].removesuffix("/real_time").removesuffix("/process_time")
             if result.get("error_occurred"):
                 failed.append(f"{level}: {name} {result['error_message']}")
             elif result["run_type"] == "iteration":
@@ -76,7 +76,8 @@ def record(file, measured):
         out.writelines(head)
         for (level, name), ratio in recorded.items():
             aim = aims.get((level, name))
-            out.write(f"{level:8} {ratio:8.2f} {'-' if aim is None else format(aim, '.2f'):>5} {name}\n")
+            digits = 4 if ratio < 0.1 else 2  # little is left of a copy beside slow work
+            out.write(f"{level:8} {ratio:8.{digits}f} {'-' if aim is None else format(aim, '.2f'):>5} {name}\n")
     markdown(recorded)
 
 
@@ -90,7 +91,7 @@ def markdown(ratios):
     print("| --- |" + " ---: |" * len(levels) + " --- |")
     for row, contenders in rows.items():
         copy = contenders.pop("copy", {})
-        cells = [f"{1 / copy[level]:.1f}" if level in copy else "" for level in levels]
+        cells = [f"{1 / copy[level]:.1f}" if copy.get(level) else "" for level in levels]
         peers = [f"{name} " + "; ".join(f"{at[level]:.1f}" if level in at else "-" for level in levels)
                  for name, at in contenders.items()]
         print(f"| {row} | " + " | ".join(cells) + " | " + ". ".join(peers) + " |")

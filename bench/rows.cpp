@@ -1,5 +1,6 @@
 // The rows of the table.
 #include <bench/areas.h>
+#include <bench/fills.h>
 
 #include <RU/composite/RU_Blend.h>
 #include <RU/composite/RU_Composite.h>
@@ -199,6 +200,18 @@ Work blendWeighted(Planes& planes)
 
 const std::vector<Size> allSizes = {hd, uhd, small};
 
+Row onTheClock(Row row)
+{
+    row.onTheClock = true;
+    return row;
+}
+
+Row withErrors(Row row, std::vector<double> (*exact)(const TIL_TileList& image))
+{
+    row.exact = exact;
+    return row;
+}
+
 } // namespace
 
 const std::vector<Row> rows = {
@@ -254,6 +267,27 @@ const std::vector<Row> rows = {
     {"noise_perlin_4/float", PXL_FORMAT_float32, noise<UT_NOISE_PERLIN, 4>, {hd, small}},
     {"noise_sparse/float", PXL_FORMAT_float32, noise<UT_NOISE_SPARSE, 1>},
     {"noise_cellular/float", PXL_FORMAT_float32, noise<UT_NOISE_CELLULAR, 1>},
+    withErrors({"fill_blob/uint8", PXL_FORMAT_uint8, fill<Shape::blob, 8>}, coverageOf<Shape::blob>),
+    withErrors({"fill_blob/float", PXL_FORMAT_float32, fill<Shape::blob, 8>}, coverageOf<Shape::blob>),
+    withErrors({"fill_blob_4x4/uint8", PXL_FORMAT_uint8, fill<Shape::blob, 4>}, coverageOf<Shape::blob>),
+    withErrors({"fill_blob_4x4/float", PXL_FORMAT_float32, fill<Shape::blob, 4>}, coverageOf<Shape::blob>),
+    onTheClock({"fill_blob_2_threads/uint8", PXL_FORMAT_uint8, fill<Shape::blob, 8, 2>}),
+    onTheClock({"fill_blob_2_threads/float", PXL_FORMAT_float32, fill<Shape::blob, 8, 2>}),
+    {"prepare_blob/float", PXL_FORMAT_float32, prepareFill<Shape::blob>},
+    withErrors({"fill_star/uint8", PXL_FORMAT_uint8, fill<Shape::star, 8>}, coverageOf<Shape::star>),
+    withErrors({"fill_star/float", PXL_FORMAT_float32, fill<Shape::star, 8>}, coverageOf<Shape::star>),
+    withErrors({"fill_star_4x4/uint8", PXL_FORMAT_uint8, fill<Shape::star, 4>}, coverageOf<Shape::star>),
+    withErrors({"fill_star_4x4/float", PXL_FORMAT_float32, fill<Shape::star, 4>}, coverageOf<Shape::star>),
+    onTheClock({"fill_star_2_threads/uint8", PXL_FORMAT_uint8, fill<Shape::star, 8, 2>}),
+    onTheClock({"fill_star_2_threads/float", PXL_FORMAT_float32, fill<Shape::star, 8, 2>}),
+    {"prepare_star/float", PXL_FORMAT_float32, prepareFill<Shape::star>},
+    {"fill_triangles/uint8", PXL_FORMAT_uint8, fill<Shape::triangles, 8>},
+    {"fill_triangles/float", PXL_FORMAT_float32, fill<Shape::triangles, 8>},
+    {"fill_triangles_4x4/uint8", PXL_FORMAT_uint8, fill<Shape::triangles, 4>},
+    {"fill_triangles_4x4/float", PXL_FORMAT_float32, fill<Shape::triangles, 4>},
+    onTheClock({"fill_triangles_2_threads/uint8", PXL_FORMAT_uint8, fill<Shape::triangles, 8, 2>}),
+    onTheClock({"fill_triangles_2_threads/float", PXL_FORMAT_float32, fill<Shape::triangles, 8, 2>}),
+    {"prepare_triangles/float", PXL_FORMAT_float32, prepareFill<Shape::triangles>},
     {"over/uint8", PXL_FORMAT_uint8, over<uint8_t>, allSizes, 4, moveWithAlpha},
     {"over/uint16", PXL_FORMAT_uint16, over<uint16_t>, allSizes, 4, moveWithAlpha},
     {"over/float", PXL_FORMAT_float32, over<float>, allSizes, 4, moveWithAlpha},

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <limits>
 #include <numeric>
 
 namespace {
@@ -135,10 +136,13 @@ ru_FillMesh::ru_FillMesh(const std::vector<ru_FillTriangle>& triangles, int64_t 
     for (size_t i = 0; i < triangles.size(); ++i)
         if (const auto part = static_cast<size_t>(parts.of(static_cast<int32_t>(i))); part != i)
             saved[part] += saved[i];
-    for (const auto& entry : edges.entries())
-        if (entry.change != 0)
-            saved[static_cast<size_t>(parts.of(entry.triangle))] -=
-                costOfEdge(rowsBetween(entry.from.y, entry.to.y, height), samples);
+    for (const auto& entry : edges.entries()) {
+        double& gain = saved[static_cast<size_t>(parts.of(entry.triangle))];
+        if (std::abs(entry.change) > ru_MeshEdge::mostChange)
+            gain = -std::numeric_limits<double>::infinity();
+        else if (entry.change != 0)
+            gain -= costOfEdge(rowsBetween(entry.from.y, entry.to.y, height), samples);
+    }
     const auto byOutline = [&](int32_t triangle) {
         return saved[static_cast<size_t>(parts.of(triangle))] > 0.0;
     };

@@ -9,6 +9,8 @@
 /// its right.
 struct ru_MeshEdge
 {
+    static constexpr int32_t mostChange = 32767;
+
     ru_FillPoint from, to;
     int32_t change;
 };

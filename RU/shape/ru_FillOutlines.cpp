@@ -5,7 +5,7 @@
 
 namespace {
 
-constexpr int32_t changeBias = 32768;
+constexpr int32_t changeBias = ru_MeshEdge::mostChange + 1;
 
 size_t at(int64_t index)
 {
@@ -128,9 +128,8 @@ void ru_FillOutlines::sort(const std::vector<ru_MeshEdge>& edges, const ru_FillG
     const ru_FillBlock image(grid, 0, 0, grid.width, grid.height);
     for (const ru_MeshEdge& edge : edges) {
         const ru_FillEdge side(edge.from, edge.to, edge.change < 0);
-        const int32_t change = std::clamp(edge.change, 1 - changeBias, changeBias - 1);
         edges_.push_back({side, side.boundary(grid, image), side.slack(grid), lineFrom(grid, edge.from.y),
-                          lineFrom(grid, edge.to.y), change});
+                          lineFrom(grid, edge.to.y), edge.change});
     }
     inBucket_.resize(at(buckets.count()));
     beforeBucket_.resize(at(buckets.count()));
