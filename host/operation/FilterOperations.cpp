@@ -109,20 +109,14 @@ Operation degrainRow()
 
 Operation featherRow()
 {
-    Parameter dropOff = text("--drop-off", "how the edge falls off", "CURVE", "linear");
-#define RU_CHOICE(VALUE, NAME, FORMULA)                                                                      \
-    dropOff.argument.choices.emplace_back(NAME);                                                             \
-    dropOff.argument.meanings.emplace_back(FORMULA);
-    RU_FOR_EACH_FEATHER_DROPOFF(RU_CHOICE)
-#undef RU_CHOICE
     return {"feather", "Let the bright areas of an image or a matte grow a soft edge",
             "Examples:\n"
             "  kreiluge feather matte.exr -o soft.exr --radius 12 --drop-off smooth\n"
             "  kreiluge feather key.png -o key.png --radius 20,4 --scope a\n"
             "Nothing becomes darker. To soften inwards, feather the inverted matte.",
             withPlanes({image("INPUT", "image"),
-                        text("--radius", "pixels, or one number for each axis", "N|X,Y", "5"), dropOff,
-                        scope("rgba")},
+                        text("--radius", "pixels, or one number for each axis", "N|X,Y", "5"),
+                        dropOff("how the edge falls off", "linear"), scope("rgba")},
                        true),
             feather};
 }

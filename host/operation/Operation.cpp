@@ -17,8 +17,8 @@ const std::vector<Operation>& operations()
 {
     static const std::vector<Operation> rows = [] {
         std::vector<Operation> all;
-        for (auto* subject :
-             {colourOperations, filterOperations, resampleOperations, combineOperations, generateOperations})
+        for (auto* subject : {colourOperations, filterOperations, resampleOperations, combineOperations,
+                              generateOperations, shapeOperations})
             for (Operation& operation : subject())
                 all.push_back(std::move(operation));
         for (Operation& operation : all) // an argument's messages name it as the parameter does

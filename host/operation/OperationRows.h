@@ -3,6 +3,8 @@
 #include <host/file/Format.h>
 #include <host/operation/Operation.h>
 
+#include <RU/shape/RU_FeatherDropoff.h>
+
 // The rows of operations(), by subject, and what their sources share.
 
 namespace host {
@@ -12,6 +14,7 @@ std::vector<Operation> filterOperations();
 std::vector<Operation> combineOperations();
 std::vector<Operation> generateOperations();
 std::vector<Operation> resampleOperations();
+std::vector<Operation> shapeOperations();
 
 inline Parameter image(const char* name, const char* help, bool required = true)
 {
@@ -61,6 +64,17 @@ inline Parameter component(const char* name, const char* help)
 {
     Parameter parameter = text(name, help, "C");
     parameter.argument.choices = {"r", "g", "b", "a"};
+    return parameter;
+}
+
+inline Parameter dropOff(const char* help, const char* preset)
+{
+    Parameter parameter = text("--drop-off", help, "CURVE", preset);
+#define RU_CHOICE(VALUE, NAME, FORMULA)                                                                      \
+    parameter.argument.choices.emplace_back(NAME);                                                           \
+    parameter.argument.meanings.emplace_back(FORMULA);
+    RU_FOR_EACH_FEATHER_DROPOFF(RU_CHOICE)
+#undef RU_CHOICE
     return parameter;
 }
 

@@ -55,7 +55,8 @@ Script Script::single(Call call, const OutputSettings& settings)
     Output& output = script.outputs.emplace_back();
     output.settings = settings;
     output.settings.asIs = settings.asIs || call.storesAlphaAsIs();
-    if (!call.images().empty() && call.has("depth")) { // rounds once, behind what the file does to alpha
+    const bool converts = !call.images().empty() || call.operation().usualDepth;
+    if (converts && call.has("depth")) { // rounds once, behind what the file does to alpha
         output.settings.depth = call.planeSettings().depth;
         call = call.widened();
     }

@@ -18,6 +18,7 @@ import unittest
 
 KREILUGE = os.path.abspath(sys.argv.pop(1))
 DOCUMENT = pathlib.Path(sys.argv.pop(1)).resolve()
+EXAMPLE = DOCUMENT.with_name("astronaut.json")
 
 
 class ToolTest(unittest.TestCase):
@@ -182,11 +183,29 @@ class ToolTest(unittest.TestCase):
             ("corners b.png 0,0 320,0 320,180 0,180", 'grade b.png ""'),
             ("warp a.exr --map a.exr --filter nearest", "warp a.exr --map a.exr --filter nearest --wrap clamp"),
             ("noise --size 64x64", "noise --size 64x64 --type perlin --period 32,32"),
+            (f"roto {EXAMPLE} --like a.exr", f"roto {EXAMPLE} --size 320x180 --depth float --motion 9 --shutter 0"),
         ]:
             for name, script in [("one", one), ("other", other)]:
                 self.run_tool("run", "-e", script, "-o", name + (".png" if "b.png" in one else ".exr"))
             difference = self.run_tool("diff", *(["one.png", "other.png"] if "b.png" in one else ["one.exr", "other.exr"]), code=None)
             self.assertEqual(difference.returncode, 0, f"{one}: {difference.stdout}")
+
+    def test_the_schema_has_the_members_of_shapes(self):
+        schema = json.loads(DOCUMENT.with_name("shapes.schema.json").read_text())
+        shape = schema["$defs"]["shape"]
+        for level, text in [
+            (schema, '{"?": 0}'),
+            (shape, '{"shapes": [{"?": 0}]}'),
+            (shape["properties"]["keys"]["items"], '{"shapes": [{"keys": [{"?": 0}]}]}'),
+            (schema["$defs"]["points"]["items"], '{"shapes": [{"points": [{"?": 0}]}]}'),
+        ]:
+            (self.path / "a.json").write_text(text)
+            error = self.run_tool("roto", "a.json", "-o", "a.exr", code=2).stderr
+            self.assertEqual(error.split("known: ")[-1].strip(), ", ".join(level["properties"]))
+        for name in ["kind", "fill", "drop-off"]:
+            (self.path / "a.json").write_text('{"shapes": [{"points": [], "%s": 0}]}' % name)
+            error = self.run_tool("roto", "a.json", "-o", "a.exr", code=2).stderr
+            self.assertEqual(error.split("expected ")[-1].strip(), ", ".join(shape["properties"][name]["enum"]))
 
     def test_a_long_script_needs_no_deep_stack(self):
         self.plate("in.png")
@@ -321,7 +340,7 @@ class ToolTest(unittest.TestCase):
         operations = json.loads(self.run_tool("operations", "--json").stdout)
         self.assertEqual(commands[: len(operations)], [operation["name"] for operation in operations])
         self.assertEqual(self.completed("operations", ""), [operation["name"] for operation in operations])
-        self.assertEqual((len(commands), len(operations)), (26, 18))
+        self.assertEqual((len(commands), len(operations)), (27, 19))
         count = 0
         for command in commands:
             helped = re.findall(r"^  (-[\w,-]+)", self.run_tool(command, "--help").stdout, re.MULTILINE)
@@ -333,7 +352,7 @@ class ToolTest(unittest.TestCase):
         for operation in operations:
             options = {argument["option"] for argument in operation["inputs"] + operation["arguments"]} - {None}
             self.assertLessEqual(options, set(self.completed(operation["name"], "-")))
-        self.assertEqual(count, 335)
+        self.assertEqual(count, 357)
 
     def test_the_documents_list_operations_and_functions(self):
         subprocess.run([sys.executable, DOCUMENT.with_name("tables.py"), "--check", KREILUGE], check=True)
