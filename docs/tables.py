@@ -1,7 +1,7 @@
-"""Writes those tables of the documents anew that the command prints: docs/tables.py [--check] KREILUGE
+"""Writes those tables of the documents anew that a program prints: docs/tables.py [--check] PROGRAM...
 
-A comment such as <!-- kreiluge functions --markdown --> stands before each. With --check nothing is written, and
-the exit code is 1 when a table is not what the command prints.
+A comment such as <!-- kreiluge functions --markdown --> stands before each; tables of programs that are not named here
+stay. With --check nothing is written, and the exit code is 1 when a table is not what its program prints.
 """
 
 import pathlib
@@ -9,15 +9,17 @@ import re
 import subprocess
 import sys
 
-TABLE = re.compile(r"^(<!-- kreiluge (.+) -->\n)((?:\|.*\n)*)", re.MULTILINE)
+TABLE = re.compile(r"^(<!-- (kreiluge\w*) (.+) -->\n)((?:\|.*\n)*)", re.MULTILINE)
 
 
 def main(arguments):
     check = "--check" in arguments
-    kreiluge = arguments[-1]
+    programs = {pathlib.Path(path).name: path for path in arguments if path != "--check"}
 
     def table(match):
-        printed = subprocess.run([kreiluge, *match[2].split()], capture_output=True, text=True, check=True)
+        if match[2] not in programs:
+            return match[0]
+        printed = subprocess.run([programs[match[2]], *match[3].split()], capture_output=True, text=True, check=True)
         return match[1] + printed.stdout
 
     differ = []

@@ -1,4 +1,6 @@
-// Runs the tests; with --digest prints what identifies all outputs of the library instead.
+// Runs the tests. Instead, --digest prints what identifies all outputs of the library, --shaders DIRECTORY writes
+// programs made of all pieces of GLSL, and --shader-table prints the table of these.
+#include <gpgpu/ShaderPrograms.h>
 #include <reference/Digest.h>
 
 #include <gtest/gtest.h>
@@ -9,6 +11,12 @@ int main(int argc, char** argv)
 {
     if (argc > 1 && std::strcmp(argv[1], "--digest") == 0) {
         reference::printDigests();
+        return 0;
+    }
+    if (argc > 2 && std::strcmp(argv[1], "--shaders") == 0)
+        return shaders::writePrograms(argv[2]);
+    if (argc > 1 && std::strcmp(argv[1], "--shader-table") == 0) {
+        shaders::printTable();
         return 0;
     }
     ::testing::InitGoogleTest(&argc, argv);

@@ -1,13 +1,16 @@
 #include <RU/gpgpu/RU_ShaderSources.h>
 #include <RU/gpgpu/ru_ShaderFile.h>
 #include <UT/UT_PathSearch.h>
+#include <gpgpu/ShaderPrograms.h>
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>
 
+#include <climits>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -102,29 +105,70 @@ TEST_F(ShaderSources, AreTriedAgainUntilTheyCanBeReadAndThenKept)
     EXPECT_EQ(textOf(file), text);
 }
 
-TEST_F(ShaderSources, ReplaceEveryMarkerInOrder)
+TEST_F(ShaderSources, ReplaceEveryMarkerOfTheFileAndNoneOfWhatWasPutIn)
 {
-    put("first", "gpgpu_marked", "%1 %2(%1 %11) %3");
-    EXPECT_EQ(textOf("gpgpu_marked", {{"%1", "<%1%2>"}, {"%2", ""}, {"", "never"}, {"%4", "absent"}}),
-              "<%1> (<%1> <%1>1) %3");
-    EXPECT_EQ(textOf("gpgpu_marked"), "%1 %2(%1 %11) %3") << "the kept text stays";
+    put("first", "gpgpu_marked", "%1 %2(%1 %11) %3%points%");
+    EXPECT_EQ(
+        textOf("gpgpu_marked", {{"%points", "%p"}, {"%1", "<%1%2>"}, {"%2", ""}, {"", "never"}, {"%p", "x"}}),
+        "<%1%2> (<%1%2> <%1%2>1) %3%p%");
+    EXPECT_EQ(textOf("gpgpu_marked", {{"%1", nullptr}, {"%2", "two"}}), "%1 two(%1 %11) %3%points%");
+    EXPECT_EQ(textOf("gpgpu_marked"), "%1 %2(%1 %11) %3%points%") << "the kept text stays";
+    EXPECT_EQ(textOf(""), "");
 }
 
-/// A getter with any arguments but the output.
-template <class... Arguments>
-std::string textOf(void (*getter)(Arguments..., UT_String&))
+TEST(ShaderSourceList, PutsArgumentsWhereTheyBelong)
 {
     UT_String text;
-    getter(Arguments()..., text);
-    return text.buffer();
+    const auto has = [&](const char* part) { return text.view().find(part) != std::string_view::npos; };
+    RUgetTextureSampleGPU("in%n", 1, text);
+    EXPECT_TRUE(has("\nFLOAT in%n1(VEC2 at)") && has("return in%n1(at);") && has("SIZE_in%n)"))
+        << text.buffer();
+    RUgetTextureSampleGPU("in", 3, text);
+    EXPECT_TRUE(has("\nVEC3 in3(VEC2 at)") && has("return in3(at).x;")) << text.buffer();
+    RUgetTransformDeformBlur(2, "%3", "b", "%t", text);
+    EXPECT_TRUE(has("\nVEC2 deformBlur_%32(VEC2 at") && has("scale * b2(at)") && has("scale * %t2(at)") &&
+                has("VEC2 sum"))
+        << text.buffer();
+    RUget3DLightFrontend(text, "P", "%points");
+    EXPECT_TRUE(has("ABS_P(x, y)") && has("ABS_%points(x, y)")) << text.buffer();
+    for (const int n : {INT_MIN, -1, 0, 5, INT_MAX}) {
+        RUgetTransformBlur(n, "s", text);
+        EXPECT_TRUE(has(("\n%1 transformBlur_s" + std::to_string(n) + "(").c_str()) && has("%t sum")) << n;
+        RUgetDeform("s", n, text);
+        EXPECT_TRUE(has("\n%1 deform_s%3(")) << n;
+        text = "before";
+        RUgetSoftDropoff(n == 0 ? 5 : n == 5 ? 6 : n, text);
+        EXPECT_TRUE(text.isEmpty()) << n;
+        text = "before";
+        RUgetLuminanceFunc(static_cast<PXL_LumFunction>(n == 0 || n == 5 ? 9 : n), text);
+        EXPECT_TRUE(text.isEmpty()) << n;
+    }
 }
 
-TEST(ShaderSourceList, NamesFilesThatAreInstalled)
+TEST(ShaderSourceList, NamesAllFilesAndTheirMarkers)
 {
-#define EXPECT_TEXT(FUNCTION, PARAMETERS, FILE, ...)                                                         \
-    EXPECT_NE(textOf(static_cast<void(*) PARAMETERS>(FUNCTION)), "") << #FUNCTION << ": " << FILE;
-    RU_FOR_EACH_SHADER_SOURCE(EXPECT_TEXT)
-#undef EXPECT_TEXT
+    const char *name = "a", *open = "b", *close = "c", *points = "d", *normals = "e";
+    const int n = 1, type = 0;
+    const PXL_LumFunction function = PXL_LUM_STANDARD;
+    size_t rows = 0;
+#define EXPECT_MARKERS(FUNCTION, PARAMETERS, FILE, WHAT, ...)                                                \
+    ++rows;                                                                                                  \
+    for (const ru_Substitution& made : std::initializer_list<ru_Substitution>{__VA_ARGS__}) {                \
+        UT_String text;                                                                                      \
+        ru_writeShaderFile(text, FILE, {});                                                                  \
+        EXPECT_NE(text.view().find(made.marker), std::string_view::npos) << FILE << ": " << made.marker;     \
+    }
+    RU_FOR_EACH_SHADER_SOURCE(EXPECT_MARKERS)
+#undef EXPECT_MARKERS
+    EXPECT_EQ(rows, 65u);
+
+    std::set<std::string> files;
+    const fs::path one =
+        UT_PathSearch::getInstance(UT_PATH_RESOURCES)->findFile("ogl2/gpgpu/gpgpu_toHSV").buffer();
+    for (const auto& entry : fs::directory_iterator(one.parent_path()))
+        files.insert(entry.path().filename());
+    EXPECT_EQ(shaders::listedFiles(), files);
+    EXPECT_EQ(shaders::usedFiles(), files) << "in programs that are compiled";
 }
 
 TEST_F(ShaderSources, AreReadOnceByManyThreads)
