@@ -182,10 +182,7 @@ void draw(TIL_TileList& tiles, const Drawing& drawing, const UT_Vector4& colour)
 class RU_PolyFill::Fill
 {
 public:
-    Fill(RU_PolyFillMethod method, int threads)
-        : shapes(method != RU_POLYFILL_NORMAL), workspaces_(threadsOf(threads))
-    {
-    }
+    explicit Fill(RU_PolyFillMethod method) : shapes(method != RU_POLYFILL_NORMAL) {}
 
     void setDropoff(RU_FeatherDropoff dropoff) { dropoff_ = dropoff; }
 
@@ -204,7 +201,7 @@ public:
         complete_ = true;
     }
 
-    void scan(TIL_TileList& tiles, int64_t bx, int64_t by, const UT_Vector4& colour, int thread)
+    void scan(TIL_TileList& tiles, int64_t bx, int64_t by, const UT_Vector4& colour)
     {
         const ru_FillBuckets& buckets = shapes.buckets();
         if (bx < 0 || by < 0 || bx >= buckets.across || by >= buckets.down) {
@@ -213,9 +210,7 @@ public:
         }
         if (!complete_)
             return;
-        Workspace own;
-        const bool known = thread >= 0 && static_cast<size_t>(thread) < workspaces_.size();
-        Workspace& work = known ? workspaces_[static_cast<size_t>(thread)] : own;
+        static thread_local Workspace work; // of all fills: a picture may need many at a time
         const int64_t left = bx * buckets.width, top = by * buckets.height;
         const int64_t width = std::min({buckets.width, shapes.width() - left, int64_t{tiles.width()}});
         const int64_t height = std::min({buckets.height, shapes.height() - top, int64_t{tiles.height()}});
@@ -240,14 +235,12 @@ public:
     ru_FillShapes shapes;
 
 private:
-    static size_t threadsOf(int threads) { return static_cast<size_t>(std::max(threads, 1)); }
-
     void scan(const ru_FillBlock& block, int64_t bucket, Workspace& work) const
     {
         const ru_FillGrid& grid = shapes.samples();
         work.begin(block, grid.nx, grid.ny);
         for (const int32_t index : shapes.trianglesIn(bucket))
-            if (work.spans.find(grid, block, shapes.triangle(index)))
+            if (work.spans.find(grid, block, ru_TriangleEdges(shapes.triangle(index))))
                 ru_fillRows().cover(work.coverage, work.spans.firstRow(), work.spans.pixelRows(),
                                     work.spans.begin(), work.spans.end());
         shapes.outlines().cover(grid, block, bucket, work.coverage, work.outlines);
@@ -272,13 +265,9 @@ private:
     RU_FeatherDropoff dropoff_ = RU_DROPOFF_LINEAR;
     bool complete_ = true;
     UT_Lock lock_;
-    std::vector<Workspace> workspaces_; ///< by thread
 };
 
-RU_PolyFill::RU_PolyFill(RU_PolyFillMethod method, int threads)
-    : fill_(std::make_unique<Fill>(method, threads))
-{
-}
+RU_PolyFill::RU_PolyFill(RU_PolyFillMethod method, int) : fill_(std::make_unique<Fill>(method)) {}
 
 RU_PolyFill::~RU_PolyFill() = default;
 
@@ -342,12 +331,12 @@ void RU_PolyFill::doSorting()
     fill_->change([&] { fill_->shapes.sort(); });
 }
 
-void RU_PolyFill::scanConvert(TIL_TileList* tiles, int bx, int by, const UT_Vector4& colour, int thread)
+void RU_PolyFill::scanConvert(TIL_TileList* tiles, int bx, int by, const UT_Vector4& colour, int)
 try {
     if (tiles == nullptr || tiles->plane == nullptr)
         return;
     fill_->ensureSampling();
-    fill_->scan(*tiles, bx, by, colour, thread);
+    fill_->scan(*tiles, bx, by, colour);
 } catch (const std::bad_alloc&) {
     return; // what is missing is not drawn
 }

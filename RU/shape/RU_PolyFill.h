@@ -39,7 +39,7 @@ enum RU_PolyFillMethod : int {
 /// Result: nothing is reported. Without memory nothing is drawn any more, until clearGeometry() or initialize().
 /// Ownership: what is drawn is copied out of the details.
 /// Threads: scanConvert() may run for different buckets at once, each call with an index of its own, from 0 to one
-/// less than the number of threads. No other call may run meanwhile.
+/// less than the number of threads. No other call may run meanwhile. What a thread draws with it keeps for all fills.
 /// Cost: by the pixels along edges, in triangles on their own, or along the outline where triangles share edges; and
 /// a pass over what is covered whole.
 class RU_API RU_PolyFill

@@ -1,8 +1,12 @@
 #include <RU/shape/ru_FillGrid.h>
 
 #include <RU/shape/ru_FillRows.h>
+#include <UT/UT_Lock.h>
 
 #include <algorithm>
+#include <array>
+#include <map>
+#include <mutex>
 
 namespace {
 
@@ -39,9 +43,7 @@ void pad(std::vector<double>& rows)
     rows.resize(rows.size() + static_cast<size_t>(ru_rowGroup), 2.0);
 }
 
-} // namespace
-
-ru_FillGrid ru_FillGrid::samples(int64_t width, int64_t height, int nx, int ny)
+ru_FillGrid makeSamples(int64_t width, int64_t height, int nx, int ny)
 {
     ru_FillGrid grid{
         width, height, nx, ny, 0.5, driftOf(nx * width), centres(width, nx), centres(height, ny)};
@@ -49,11 +51,40 @@ ru_FillGrid ru_FillGrid::samples(int64_t width, int64_t height, int nx, int ny)
     return grid;
 }
 
-ru_FillGrid ru_FillGrid::corners(int64_t width, int64_t height)
+ru_FillGrid makeCorners(int64_t width, int64_t height)
 {
     ru_FillGrid grid{width, height, 1, 1, 0.0, driftOf(width), borders(width), borders(height)};
     pad(grid.y);
     return grid;
+}
+
+/// The grid of a key, made when nobody has it: many shapes of a picture need the same.
+template <class Make>
+std::shared_ptr<const ru_FillGrid> shared(const std::array<int64_t, 4>& key, Make make)
+{
+    static UT_Lock lock;
+    static std::map<std::array<int64_t, 4>, std::weak_ptr<const ru_FillGrid>> grids;
+    const std::lock_guard guard(lock);
+    std::erase_if(grids, [](const auto& entry) { return entry.second.expired(); });
+    std::weak_ptr<const ru_FillGrid>& known = grids[key];
+    std::shared_ptr<const ru_FillGrid> grid = known.lock();
+    if (!grid) {
+        grid = std::make_shared<const ru_FillGrid>(make());
+        known = grid;
+    }
+    return grid;
+}
+
+} // namespace
+
+std::shared_ptr<const ru_FillGrid> ru_FillGrid::samples(int64_t width, int64_t height, int nx, int ny)
+{
+    return shared({width, height, nx, ny}, [=] { return makeSamples(width, height, nx, ny); });
+}
+
+std::shared_ptr<const ru_FillGrid> ru_FillGrid::corners(int64_t width, int64_t height)
+{
+    return shared({width, height, 0, 0}, [=] { return makeCorners(width, height); });
 }
 
 int64_t ru_FillGrid::firstRowFrom(double place) const

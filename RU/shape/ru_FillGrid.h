@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 /// Where the columns and rows of samples of an image lie, as they are compared with edges. Places are sums of floats,
@@ -14,10 +15,10 @@ struct ru_FillGrid
     double drift = 0.0;            ///< the most that a sample is off, in samples
     std::vector<double> x, y;      ///< and a group of rows more in y
 
-    /// nx x ny samples inside each pixel.
-    static ru_FillGrid samples(int64_t width, int64_t height, int nx, int ny);
+    /// nx x ny samples inside each pixel. All who need one at a time share it.
+    static std::shared_ptr<const ru_FillGrid> samples(int64_t width, int64_t height, int nx, int ny);
     /// The corners of pixels: one more than pixels in each direction.
-    static ru_FillGrid corners(int64_t width, int64_t height);
+    static std::shared_ptr<const ru_FillGrid> corners(int64_t width, int64_t height);
 
     int64_t rows() const { return ny * height + (lead == 0.0 ? 1 : 0); }
     /// The first row that lies at `place` or behind it.

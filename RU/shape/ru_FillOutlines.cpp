@@ -131,10 +131,10 @@ void ru_FillOutlines::sort(const std::vector<ru_MeshEdge>& edges, const ru_FillG
         edges_.push_back({side, side.boundary(grid, image), side.slack(grid), lineFrom(grid, edge.from.y),
                           lineFrom(grid, edge.to.y), edge.change});
     }
-    inBucket_.resize(at(buckets.count()));
-    beforeBucket_.resize(at(buckets.count()));
     for (int64_t row = 0; row < buckets.down; ++row)
         sortRow(edges, grid, buckets, row);
+    inBucket_.layOut(buckets.count());
+    beforeBucket_.layOut(buckets.count());
 }
 
 void ru_FillOutlines::makeLines(const std::vector<ru_MeshEdge>& edges, const ru_FillGrid& grid)
@@ -146,6 +146,8 @@ void ru_FillOutlines::makeLines(const std::vector<ru_MeshEdge>& edges, const ru_
                 twice_.push_back(row);
     std::sort(twice_.begin(), twice_.end());
     twice_.erase(std::unique(twice_.begin(), twice_.end()), twice_.end());
+    if (twice_.empty())
+        return;
     lineY_.reserve(grid.y.size() + twice_.size());
     auto next = twice_.begin();
     for (int64_t row = 0; row < static_cast<int64_t>(grid.y.size()); ++row) {
@@ -155,6 +157,12 @@ void ru_FillOutlines::makeLines(const std::vector<ru_MeshEdge>& edges, const ru_
             ++next;
         }
     }
+}
+
+/// Where lines lie.
+const double* ru_FillOutlines::linesOf(const ru_FillGrid& grid) const
+{
+    return twice_.empty() ? grid.y.data() : lineY_.data();
 }
 
 int64_t ru_FillOutlines::lineOf(int64_t row) const
@@ -175,6 +183,7 @@ int64_t ru_FillOutlines::lineFrom(const ru_FillGrid& grid, float place) const
 void ru_FillOutlines::sortRow(const std::vector<ru_MeshEdge>& edges, const ru_FillGrid& grid,
                               const ru_FillBuckets& buckets, int64_t row)
 {
+    const double* const lines = linesOf(grid);
     const int64_t top = lineOf(grid.ny * row * buckets.height);
     const int64_t bottom = lineOf(grid.ny * std::min((row + 1) * buckets.height, grid.height));
     std::vector<std::vector<Change>> ending(
@@ -184,10 +193,10 @@ void ru_FillOutlines::sortRow(const std::vector<ru_MeshEdge>& edges, const ru_Fi
         const int64_t first = std::max(edge.firstLine, top), last = std::min(edge.lastLine, bottom);
         if (first >= last)
             continue;
-        const auto [from, to] = pixelsOf(edges[i], lineY_[at(first)], lineY_[at(last - 1)], grid.width);
+        const auto [from, to] = pixelsOf(edges[i], lines[first], lines[last - 1], grid.width);
         const int64_t behind = to < 0 ? 0 : std::min(to / buckets.width + 1, buckets.across);
         for (int64_t column = std::max<int64_t>(from, 0) / buckets.width; column < behind; ++column)
-            inBucket_[at(row * buckets.across + column)].push_back(static_cast<int32_t>(i));
+            inBucket_.add(row * buckets.across + column, static_cast<int32_t>(i));
         ending[at(behind)].push_back({first, edge.change});
         ending[at(behind)].push_back({last, -edge.change});
     }
@@ -204,19 +213,21 @@ void ru_FillOutlines::sortRow(const std::vector<ru_MeshEdge>& edges, const ru_Fi
                 changes[kept++] = change;
         changes.resize(kept);
         std::erase_if(changes, [](const Change& change) { return change.by == 0; });
-        beforeBucket_[at(row * buckets.across + column)] = changes;
+        for (const Change& change : changes)
+            beforeBucket_.add(row * buckets.across + column, change);
     }
 }
 
 void ru_FillOutlines::cover(const ru_FillGrid& grid, const ru_FillBlock& block, int64_t bucket,
                             const ru_Coverage& coverage, Scratch& scratch) const
 {
-    if (edges_.empty() || (inBucket_[at(bucket)].empty() && beforeBucket_[at(bucket)].empty()))
+    const std::span<const int32_t> inside = inBucket_[bucket];
+    const std::span<const Change> before = beforeBucket_[bucket];
+    if (inside.empty() && before.empty())
         return;
     const int64_t firstLine = lineOf(grid.ny * block.y);
     const int64_t lines = lineOf(grid.ny * (block.y + block.height)) - firstLine;
-    const std::vector<Change>& before = beforeBucket_[at(bucket)];
-    if (inBucket_[at(bucket)].empty() && before.size() == 1 && before.front().line <= firstLine) {
+    if (inside.empty() && before.size() == 1 && before.front().line <= firstLine) {
         if (before.front().by > 0)
             coverAll(coverage, block);
         return;
@@ -227,31 +238,32 @@ void ru_FillOutlines::cover(const ru_FillGrid& grid, const ru_FillBlock& block, 
         winding[at(std::clamp<int64_t>(change.line - firstLine, 0, lines))] += change.by;
     for (int64_t line = 1; line <= lines; ++line)
         winding[at(line)] += winding[at(line - 1)];
-    gather(grid, block, inBucket_[at(bucket)], firstLine, scratch);
+    gather(grid, block, inside, firstLine, scratch);
 
     const int64_t rows = block.height * grid.ny;
     scratch.begin.assign(at(rows), 0);
     scratch.end.assign(at(rows), 0);
     for (int64_t y = 0; y < block.height; ++y) {
         const int64_t line = lineOf(grid.ny * (block.y + y)) - firstLine;
-        coverRow(block, y, line, lineOf(grid.ny * (block.y + y + 1)) - firstLine - line, coverage, scratch);
+        coverRow(grid, block, y, line, lineOf(grid.ny * (block.y + y + 1)) - firstLine - line, coverage,
+                 scratch);
     }
     ru_fillRows().cover(coverage, 0, block.height, scratch.begin.data(), scratch.end.data());
 }
 
 /// Where edges cross the lines of a block: those of a line lie in `crossings` from `first` to before `last`.
 void ru_FillOutlines::gather(const ru_FillGrid& grid, const ru_FillBlock& block,
-                             const std::vector<int32_t>& edges, int64_t firstLine, Scratch& scratch) const
+                             std::span<const int32_t> edges, int64_t firstLine, Scratch& scratch) const
 {
     const auto lines = static_cast<int64_t>(scratch.winding.size()) - 1;
-    const auto linesOf = [&](const Edge& edge) {
+    const auto rangeOf = [&](const Edge& edge) {
         return std::pair(std::max<int64_t>(edge.firstLine - firstLine, 0),
                          std::min(edge.lastLine - firstLine, lines));
     };
     auto& first = scratch.first;
     first.assign(at(lines + 1), 0);
     for (const int32_t index : edges)
-        if (const auto [from, to] = linesOf(edges_[at(index)]); from < to) {
+        if (const auto [from, to] = rangeOf(edges_[at(index)]); from < to) {
             ++first[at(from)];
             --first[at(to)];
         }
@@ -268,11 +280,11 @@ void ru_FillOutlines::gather(const ru_FillGrid& grid, const ru_FillBlock& block,
     const auto offset = static_cast<double>(grid.nx * block.x);
     for (const int32_t index : edges) {
         const Edge& edge = edges_[at(index)];
-        const auto [from, to] = linesOf(edge);
+        const auto [from, to] = rangeOf(edge);
         if (from >= to)
             continue;
         const ru_FillBoundary boundary = {edge.boundary.slope, edge.boundary.bias - offset};
-        const double* y = lineY_.data() + firstLine + from;
+        const double* y = linesOf(grid) + firstLine + from;
         uint16_t* columns = scratch.columns.data();
         if (ru_fillRows().cross(boundary,
                                 {0.0, static_cast<double>(block.columns), std::min(edge.slack, 0.5)}, y,
@@ -288,8 +300,9 @@ void ru_FillOutlines::gather(const ru_FillGrid& grid, const ru_FillBlock& block,
 
 /// The spans of a row of pixels. The first of each row of samples goes to `begin` and `end`, to be added with those
 /// of all rows; others are added here.
-void ru_FillOutlines::coverRow(const ru_FillBlock& block, int64_t pixelRow, int64_t firstLine, int64_t lines,
-                               const ru_Coverage& coverage, Scratch& scratch) const
+void ru_FillOutlines::coverRow(const ru_FillGrid& grid, const ru_FillBlock& block, int64_t pixelRow,
+                               int64_t firstLine, int64_t lines, const ru_Coverage& coverage,
+                               Scratch& scratch) const
 {
     const auto columns = static_cast<uint16_t>(block.columns);
     const int64_t row = pixelRow * coverage.ny;
@@ -313,7 +326,7 @@ void ru_FillOutlines::coverRow(const ru_FillBlock& block, int64_t pixelRow, int6
         }
         return;
     }
-    const double* const lineY = lineY_.data() + lineOf(coverage.ny * block.y) + firstLine;
+    const double* const lineY = linesOf(grid) + lineOf(coverage.ny * block.y) + firstLine;
     std::vector<std::pair<int, Line>> more; // lines that have other spans
     int j = 0;
     for (int64_t k = 0; k < lines; ++k) {

@@ -1,10 +1,11 @@
 #pragma once
 
+#include <RU/shape/ru_BucketLists.h>
 #include <RU/shape/ru_FillEdges.h>
 #include <RU/shape/ru_FillMesh.h>
 
 #include <cstdint>
-#include <utility>
+#include <span>
 #include <vector>
 
 /// Buckets of an image, row by row.
@@ -54,19 +55,19 @@ private:
     };
 
     void makeLines(const std::vector<ru_MeshEdge>& edges, const ru_FillGrid& grid);
+    const double* linesOf(const ru_FillGrid& grid) const;
     int64_t lineOf(int64_t row) const; ///< the first of a row
     int64_t lineFrom(const ru_FillGrid& grid, float place) const;
     void sortRow(const std::vector<ru_MeshEdge>& edges, const ru_FillGrid& grid,
                  const ru_FillBuckets& buckets, int64_t row);
-    void gather(const ru_FillGrid& grid, const ru_FillBlock& block, const std::vector<int32_t>& edges,
+    void gather(const ru_FillGrid& grid, const ru_FillBlock& block, std::span<const int32_t> edges,
                 int64_t firstLine, Scratch& scratch) const;
-    void coverRow(const ru_FillBlock& block, int64_t pixelRow, int64_t firstLine, int64_t lines,
-                  const ru_Coverage& coverage, Scratch& scratch) const;
+    void coverRow(const ru_FillGrid& grid, const ru_FillBlock& block, int64_t pixelRow, int64_t firstLine,
+                  int64_t lines, const ru_Coverage& coverage, Scratch& scratch) const;
 
     std::vector<Edge> edges_;
-    std::vector<int64_t> twice_;                 ///< rows that have two lines, ascending
-    std::vector<double> lineY_;                  ///< and a group of rows more
-    std::vector<std::vector<int32_t>> inBucket_; ///< edges that cross it
-    std::vector<std::vector<Change>>
-        beforeBucket_; ///< winding numbers at its left, as changes from line to line
+    std::vector<int64_t> twice_;          ///< rows that have two lines, ascending
+    std::vector<double> lineY_;           ///< and a group of rows more; empty where lines are rows
+    ru_BucketLists<int32_t> inBucket_;    ///< edges that cross it
+    ru_BucketLists<Change> beforeBucket_; ///< winding numbers at its left, as changes from line to line
 };

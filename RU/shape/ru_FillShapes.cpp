@@ -111,19 +111,20 @@ void ru_FillShapes::sort()
 {
     sorted_.clear();
     sortedFeathers_.clear();
-    quadOf_.clear();
     outlines_.clear();
-    inBucket_.assign(static_cast<size_t>(buckets_.count()), {});
-    feathersInBucket_.assign(feathered_ ? inBucket_.size() : 0, {});
+    inBucket_.clear();
+    feathersInBucket_.clear();
     if (!isSampled() || buckets_.count() == 0)
         return;
     samples_ = ru_FillGrid::samples(width_, height_, nx_, ny_);
     const ru_FillMesh mesh(triangles_, height_, ny_);
     for (const int32_t index : mesh.alone) {
-        sorted_.emplace_back(triangles_[static_cast<size_t>(index)]);
-        sortInto(inBucket_, sorted_.back(), static_cast<int32_t>(sorted_.size()) - 1, margin_, margin_);
+        sorted_.push_back(triangles_[static_cast<size_t>(index)]);
+        sortInto(inBucket_, ru_TriangleEdges(sorted_.back()), static_cast<int32_t>(sorted_.size()) - 1,
+                 margin_, margin_);
     }
-    outlines_.sort(mesh.outline, samples_, buckets_);
+    inBucket_.layOut(buckets_.count());
+    outlines_.sort(mesh.outline, *samples_, buckets_);
     if (!feathered_)
         return;
     corners_ = ru_FillGrid::corners(width_, height_);
@@ -131,11 +132,12 @@ void ru_FillShapes::sort()
         const ru_TriangleEdges triangle(feather);
         if (!triangle.valid || feather.quad < 0 || static_cast<size_t>(feather.quad) >= quads_.size())
             continue;
-        sortedFeathers_.push_back(triangle);
-        quadOf_.push_back(feather.quad);
+        sortedFeathers_.push_back(feather);
         // A corner belongs to the pixels to its left and above it too.
-        sortInto(feathersInBucket_, triangle, static_cast<int32_t>(quadOf_.size()) - 1, margin_, margin_ + 1);
+        sortInto(feathersInBucket_, triangle, static_cast<int32_t>(sortedFeathers_.size()) - 1, margin_,
+                 margin_ + 1);
     }
+    feathersInBucket_.layOut(buckets_.count());
 }
 
 void ru_FillShapes::sortInto(Buckets& into, const ru_TriangleEdges& triangle, int32_t index, int64_t around,
@@ -151,19 +153,20 @@ void ru_FillShapes::sortInto(Buckets& into, const ru_TriangleEdges& triangle, in
     const int64_t lastRow = std::min(bottom, height_ - 1) / buckets_.height;
     for (int64_t row = std::max<int64_t>(top, 0) / buckets_.height; row <= lastRow; ++row)
         for (int64_t column = std::max<int64_t>(left, 0) / buckets_.width; column <= lastColumn; ++column)
-            into[static_cast<size_t>(row * buckets_.across + column)].push_back(index);
+            into.add(row * buckets_.across + column, index);
 }
 
 void ru_FillShapes::ramps(const ru_FillBlock& block, int64_t bucket, ru_TriangleSpans& spans,
                           std::vector<float>& corners) const
 {
-    const ru_FillBlock at(corners_, block.x, block.y, block.width, block.height);
+    const ru_FillBlock at(*corners_, block.x, block.y, block.width, block.height);
     corners.assign(static_cast<size_t>(at.columns * at.rows), 0.0f);
-    for (const int32_t index : feathersInBucket_[static_cast<size_t>(bucket)]) {
-        if (!spans.find(corners_, at, sortedFeathers_[static_cast<size_t>(index)]))
+    for (const int32_t index : feathersInBucket_[bucket]) {
+        const ru_FillTriangle& triangle = sortedFeathers_[static_cast<size_t>(index)];
+        if (static_cast<size_t>(triangle.quad) >= quads_.size() ||
+            !spans.find(*corners_, at, ru_TriangleEdges(triangle)))
             continue;
-        const UT_BilinearSampleQuad2D& quad =
-            quads_[static_cast<size_t>(quadOf_[static_cast<size_t>(index)])];
+        const UT_BilinearSampleQuad2D& quad = quads_[static_cast<size_t>(triangle.quad)];
         for (int64_t k = 0; k < spans.pixelRows(); ++k) {
             const int64_t row = spans.firstRow() + k;
             float* const ramp = corners.data() + row * at.columns;

@@ -6,6 +6,8 @@
 #include <UT/UT_BilinearSampleQuad2D.h>
 
 #include <cstdint>
+#include <memory>
+#include <span>
 #include <vector>
 
 /// What a fill draws, and in which buckets it lies.
@@ -32,24 +34,18 @@ public:
     int64_t width() const { return width_; }
     int64_t height() const { return height_; }
     const ru_FillBuckets& buckets() const { return buckets_; }
-    const ru_FillGrid& samples() const { return samples_; }
+    const ru_FillGrid& samples() const { return *samples_; }
 
-    const std::vector<int32_t>& trianglesIn(int64_t bucket) const
-    {
-        return inBucket_[static_cast<size_t>(bucket)];
-    }
-    const ru_TriangleEdges& triangle(int32_t index) const { return sorted_[static_cast<size_t>(index)]; }
+    std::span<const int32_t> trianglesIn(int64_t bucket) const { return inBucket_[bucket]; }
+    const ru_FillTriangle& triangle(int32_t index) const { return sorted_[static_cast<size_t>(index)]; }
     const ru_FillOutlines& outlines() const { return outlines_; }
-    const std::vector<int32_t>& feathersIn(int64_t bucket) const
-    {
-        return feathersInBucket_[static_cast<size_t>(bucket)];
-    }
+    std::span<const int32_t> feathersIn(int64_t bucket) const { return feathersInBucket_[bucket]; }
     /// The largest ramp at each corner of the block's pixels.
     void ramps(const ru_FillBlock& block, int64_t bucket, ru_TriangleSpans& spans,
                std::vector<float>& corners) const;
 
 private:
-    using Buckets = std::vector<std::vector<int32_t>>;
+    using Buckets = ru_BucketLists<int32_t>;
     void sortInto(Buckets& into, const ru_TriangleEdges& triangle, int32_t index, int64_t around,
                   int64_t before) const;
 
@@ -59,9 +55,8 @@ private:
     int nx_ = 0, ny_ = 0;
     int64_t width_ = 0, height_ = 0, margin_ = 0;
     ru_FillBuckets buckets_;
-    ru_FillGrid samples_, corners_;
-    std::vector<ru_TriangleEdges> sorted_, sortedFeathers_;
-    std::vector<int> quadOf_; ///< by sorted feather
+    std::shared_ptr<const ru_FillGrid> samples_, corners_;
+    std::vector<ru_FillTriangle> sorted_, sortedFeathers_;
     Buckets inBucket_, feathersInBucket_;
     ru_FillOutlines outlines_;
 };

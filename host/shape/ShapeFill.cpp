@@ -53,7 +53,7 @@ UT_Vector4 colourOf(const Shape& shape, const ShapePoints& points, const Canvas&
 int Canvas::side() const
 {
     constexpr int64_t most = 1 << 16;
-    int side = 50;
+    int side = 100;
     while (window.pixels() / side / side > most)
         side *= 2;
     return side;
