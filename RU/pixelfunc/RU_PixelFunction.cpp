@@ -206,6 +206,28 @@ void RU_PixelFunction::pixelByPixel(RU_PixelFunction* function, const float* con
     }
 }
 
+void RU_PixelFunction::buildShader(RE_OGLComputeGPU* gpu, int numComps, UT_String& functions,
+                                   UT_String& statements)
+{
+    const std::lock_guard guard(shaderLock_);
+    setNumComps(numComps);
+    buildShaderEngine(gpu);
+    functions = getFunctionCode();
+    statements = getShaderCode();
+}
+
+void RU_PixelFunction::buildShaderEngine(RE_OGLComputeGPU* gpu)
+{
+    shader_.beginProgram();
+    int index = 0;
+    for (RU_PixelFunction* f = this; f != nullptr; f = f->next_) {
+        UT_String body;
+        f->declareShader(*this, gpu, ++index, body);
+        shader_.defineAndCall(body, f->scope_);
+    }
+    shader_.endProgram();
+}
+
 void RU_PixelFunction::declareShader(RU_PixelFunction& head, RE_OGLComputeGPU* gpu, int index,
                                      UT_String& body)
 {
@@ -246,4 +268,9 @@ void RU_PixelFunction::addFunction(const char* name, const char* code)
 void RU_PixelFunction::usesGlobal(const char* name)
 {
     builder_->usesGlobal(name);
+}
+
+void RU_PixelFunction::skipFunction()
+{
+    builder_->skipFunction();
 }

@@ -43,7 +43,8 @@ using RU_VectorRowForm = void (*)(RU_PixelFunction* function, const float* const
 /// Ownership: functions are made with new and linked with setNext(); deleting the head deletes the chain.
 /// Parameters are fixed at construction; a chain must not change once one of its engines was built.
 /// Threads: the build calls lock; process calls only read, and may run on many threads after building.
-/// Building a shader writes into the head and is for one thread per chain.
+/// Building a shader writes into the head: buildShader() does it under a lock, the calls that it consists of do
+/// not.
 class RU_API RU_PixelFunction
 {
 public:
@@ -108,6 +109,12 @@ public:
     const UT_String& getLocals() const { return shader_.locals(); }
     const RU_ShaderBuilder& shader() const { return shader_; }
 
+    /// The chain's shader for `numComps` components, as two texts: functions, and statements that take the
+    /// variable `value` through the chain. Constants and arrays are handed to `gpu`. For any number of threads.
+    void buildShader(RE_OGLComputeGPU* gpu, int numComps, UT_String& functions, UT_String& statements);
+    /// The same without the lock, for the components that setNumComps() said; the head keeps the texts.
+    void buildShaderEngine(RE_OGLComputeGPU* gpu);
+
     /// getPixelShader() of function number `index` of a shader that `head` collects for `gpu`.
     void declareShader(RU_PixelFunction& head, RE_OGLComputeGPU* gpu, int index, UT_String& body);
 
@@ -141,6 +148,8 @@ protected:
     void addFunction(const char* name, const char* code);
     /// A variable of the program that the function reads. Known: "num_comps"; others are ignored.
     void usesGlobal(const char* name);
+    /// Leaves the function out of this shader, whatever its body is.
+    void skipFunction();
 
 private:
     void rememberScalarFunction() const;
@@ -156,6 +165,7 @@ private:
 
     RU_ShaderBuilder* builder_ = nullptr; ///< the head's, while this function declares its shader
     RU_ShaderBuilder shader_;             ///< of the chain that starts here
+    UT_Lock shaderLock_;                  ///< held while it builds and its texts are copied
 
     std::shared_ptr<const ru_ComponentSteps> rowSteps_; ///< made along with the pixel engine
     std::shared_ptr<const ru_PixelSteps> pixelSteps_;   ///< made along with the vector engine

@@ -15,9 +15,16 @@
 class RU_API RU_ShaderBuilder
 {
 public:
+    /// Drops what was collected for the last program.
+    void beginProgram();
     /// What follows is declared by function number `index` of a shader for `gpu`.
     void begin(RE_OGLComputeGPU* gpu, int index);
     int functionIndex() const { return functionIndex_; }
+    /// Defines the function with that body and calls it, for the components in scope. Nothing for an empty
+    /// body.
+    void defineAndCall(const UT_String& body, const bool* scope);
+    /// Puts the texts together and forgets the GPU.
+    void endProgram();
 
     void setNumComps(int count) { numComps_ = count; }
     int numComps() const { return numComps_; }
@@ -31,6 +38,7 @@ public:
                   const void* d1, const void* d2, const void* d3);
     void addFunction(const char* name, const char* code);
     void usesGlobal(const char* name);
+    void skipFunction() { skipped_ = true; }
 
     /// In the GLSL signature of the function, and in its call.
     const UT_String& parameterDeclarations() const { return parameterDeclarations_; }
@@ -40,9 +48,9 @@ public:
     /// The texts of the shared functions.
     const UT_String& addedFunctionCode() const { return addedFunctionCode_; }
 
-    // The assembled program.
-    const UT_String& shaderCode() const { return shaderCode_; }
+    // The assembled program: shared functions and the chain's, and the locals with the calls behind them.
     const UT_String& functionCode() const { return functionCode_; }
+    const UT_String& shaderCode() const { return shaderCode_; }
     const UT_String& locals() const { return locals_; }
 
 private:
@@ -61,4 +69,5 @@ private:
     int functionIndex_ = 0;
     int numComps_ = 0;
     bool usesNumComps_ = false;
+    bool skipped_ = false; ///< the function being declared is to be left out
 };

@@ -37,6 +37,11 @@ public:
             writeValues(type, plane ? 1 : 0, plane);
     }
 
+    void setOutputArray2D(const char*, RE_GPUType, int, int, int, void*) override {}
+    bool setProgram(const char*, const char*, bool) override { return false; }
+    bool compute(UT_String&, bool) override { return false; }
+    void getResults() override {}
+
     std::ostringstream text;
 
 private:

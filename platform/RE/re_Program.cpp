@@ -1,0 +1,278 @@
+#include <RE/re_Program.h>
+
+#include <RE/RE_ShaderType.h>
+#include <RE/re_Join.h>
+#include <RE/re_ShaderText.h>
+#include <UT/UT_String.h>
+
+#include <algorithm>
+#include <initializer_list>
+#include <utility>
+
+namespace {
+
+constexpr const char* prelude = R"(#version 430
+#define FLOAT float
+#define VEC2 vec2
+#define VEC3 vec3
+#define VEC4 vec4
+#define INT int
+#define IVEC2 ivec2
+#define IVEC3 ivec3
+#define IVEC4 ivec4
+#define MATRIX2 mat2
+#define MATRIX3 mat3
+#define MATRIX4 mat4
+#define TRANSFORM_POINT(M, P) ((M) * (P))
+
+uniform uint RE_width;
+uniform uint RE_count;
+uint RE_index = 0u;
+int RE_x = 0;
+int RE_y = 0;
+
+vec2 RE_splat2(float v) { return vec2(v); }
+vec2 RE_splat2(vec2 v) { return v; }
+vec3 RE_splat3(float v) { return vec3(v); }
+vec3 RE_splat3(vec3 v) { return v; }
+vec4 RE_splat4(float v) { return vec4(v); }
+vec4 RE_splat4(vec4 v) { return v; }
+
+// A mask of exactly 0 or 1 selects: what is masked out may be infinite.
+float RE_mix(float a, float b, float m)
+{
+    precise float r = a * (1.0 - m) + b * m;
+    return m == 0.0 ? a : m == 1.0 ? b : r;
+}
+vec2 RE_mix(vec2 a, vec2 b, vec2 m) { return vec2(RE_mix(a.x, b.x, m.x), RE_mix(a.y, b.y, m.y)); }
+vec3 RE_mix(vec3 a, vec3 b, vec3 m) { return vec3(RE_mix(a.xy, b.xy, m.xy), RE_mix(a.z, b.z, m.z)); }
+vec4 RE_mix(vec4 a, vec4 b, vec4 m) { return vec4(RE_mix(a.xy, b.xy, m.xy), RE_mix(a.zw, b.zw, m.zw)); }
+vec2 RE_mix(vec2 a, vec2 b, float m) { return RE_mix(a, b, vec2(m)); }
+vec3 RE_mix(vec3 a, vec3 b, float m) { return RE_mix(a, b, vec3(m)); }
+vec4 RE_mix(vec4 a, vec4 b, float m) { return RE_mix(a, b, vec4(m)); }
+float RE_mix(float a, float b, bool m) { return m ? b : a; }
+vec2 RE_mix(vec2 a, vec2 b, bvec2 m) { return RE_mix(a, b, vec2(m)); }
+vec3 RE_mix(vec3 a, vec3 b, bvec3 m) { return RE_mix(a, b, vec3(m)); }
+vec4 RE_mix(vec4 a, vec4 b, bvec4 m) { return RE_mix(a, b, vec4(m)); }
+#define mix RE_mix
+
+// Codes to values, by the bits of 1 / 255 and 1 / 65535.
+float RE_read2(uint code) { precise float v = float(code) * uintBitsToFloat(0x3B808081u); return v; }
+float RE_read3(uint code) { precise float v = float(code) * uintBitsToFloat(0x37800080u); return v; }
+float RE_read4(uint code) { precise double v = double(code) * (1.0LF / 4294967295.0LF); return float(v); }
+float RE_read8(uint code)
+{
+    uint sign = (code & 0x8000u) << 16, exponent = (code >> 10) & 31u, mantissa = code & 0x3FFu;
+    if (exponent == 31u)
+        return uintBitsToFloat(sign | 0x7F800000u | (mantissa << 13) | (mantissa != 0u ? 0x400000u : 0u));
+    if (exponent != 0u)
+        return uintBitsToFloat(sign | ((exponent + 112u) << 23) | (mantissa << 13));
+    precise float small = float(mantissa) * uintBitsToFloat(0x33800000u);
+    return uintBitsToFloat(sign | floatBitsToUint(small));
+}
+float RE_read10(uint code) { return uintBitsToFloat(code); }
+
+// Values to codes. NaN is not above 0.
+uint RE_write2(float v)
+{
+    precise float code = floor(v * 255.0 + 0.5);
+    return code > 0.0 ? uint(min(code, 255.0)) : 0u;
+}
+uint RE_write3(float v)
+{
+    precise float code = floor(v * 65535.0 + 0.5);
+    return code > 0.0 ? uint(min(code, 65535.0)) : 0u;
+}
+uint RE_write4(float v)
+{
+    precise double code = floor(double(v) * 4294967295.0LF + 0.5LF);
+    return code > 0.0LF ? uint(min(code, 4294967295.0LF)) : 0u;
+}
+uint RE_write8(float v)
+{
+    uint bits = floatBitsToUint(v), sign = (bits >> 16) & 0x8000u, magnitude = bits & 0x7FFFFFFFu;
+    if (magnitude > 0x7F800000u)
+        return sign | 0x7E00u | ((magnitude >> 13) & 0x3FFu);
+    if (magnitude >= 0x477FF000u)
+        return sign | 0x7C00u;
+    if (magnitude >= 0x38800000u)
+        return sign | ((magnitude - 0x38000000u + 0xFFFu + ((magnitude >> 13) & 1u)) >> 13);
+    precise float aligned = uintBitsToFloat(magnitude) + 0.5;
+    return sign | (floatBitsToUint(aligned) - 0x3F000000u);
+}
+uint RE_write10(float v) { return floatBitsToUint(v); }
+)";
+
+constexpr const char* mainBegin = R"(layout(local_size_x = GROUP_SIZE) in;
+void main()
+{
+    uint row = gl_NumWorkGroups.x * gl_WorkGroupSize.x;
+    uint first = (gl_GlobalInvocationID.y * row + gl_GlobalInvocationID.x) * PIXELSu;
+    uint end = min(first + PIXELSu, RE_count);
+    for (RE_index = first; RE_index < end; ++RE_index) {
+        RE_x = int(RE_index % RE_width);
+        RE_y = int(RE_index / RE_width);
+)";
+
+bool isSigned(RE_GPUType type)
+{
+    return type == RE_GPU_INT8 || type == RE_GPU_INT16 || type == RE_GPU_INT32;
+}
+
+bool isFloat(RE_GPUType type)
+{
+    return type == RE_GPU_FLOAT16 || type == RE_GPU_FLOAT32;
+}
+
+/// The pieces of an array's part in a program, with its markers replaced: NAME; TYPE of a pixel; SIZE of its
+/// vectors; BITS, LAST and SHIFT of elements in words; BUFFER.
+class ArrayText
+{
+public:
+    ArrayText(const re_Array& array, bool normalize, size_t buffer)
+        : array_(array), isValue_(isFloat(array.type) || (normalize && !isSigned(array.type))),
+          buffer_(buffer)
+    {
+    }
+
+    std::string input() const
+    {
+        std::string values;
+        for (int k = 0; k < array_.vectorSize; ++k)
+            values += re_join(k == 0 ? "" : ", ", element(std::to_string(k)));
+        return replaced(R"(
+layout(std430, binding = BUFFER) readonly buffer RE_in_NAME { uint RE_data_NAME[]; };
+uniform uvec2 RE_size_NAME;
+TYPE ABS_NAME(int x, int y)
+{
+    ivec2 last = ivec2(RE_size_NAME) - 1;
+    uint e = (uint(clamp(y, 0, last.y)) * RE_size_NAME.x + uint(clamp(x, 0, last.x))) * SIZEu;
+    return TYPE()" + values +
+                        R"();
+}
+#define IN_NAME ABS_NAME(RE_x, RE_y)
+)");
+    }
+
+    std::string output() const
+    {
+        return replaced(R"(
+layout(std430, binding = BUFFER) writeonly buffer RE_out_NAME { uint RE_codes_NAME[]; };
+precise TYPE RE_value_NAME = TYPE(0);
+uint RE_word_NAME = 0u;
+void OUT_NAME(TYPE value) { RE_value_NAME = value; }
+void RE_put_NAME(uint e, uint code)
+{
+    uint lane = e & LASTu;
+    RE_word_NAME = lane == 0u ? code : RE_word_NAME | (code << (lane * BITSu));
+    if (lane == LASTu || e + 1u == RE_count * SIZEu)
+        RE_codes_NAME[e >> SHIFTu] = RE_word_NAME;
+}
+)");
+    }
+
+    std::string clear() const { return replaced("        RE_value_NAME = TYPE(0);\n"); }
+
+    std::string store() const
+    {
+        static constexpr const char* components[] = {".x", ".y", ".z", ".w"};
+        std::string text;
+        for (int k = 0; k < array_.vectorSize; ++k) {
+            const std::string value = re_join("RE_value_NAME", array_.vectorSize > 1 ? components[k] : "");
+            const std::string code =
+                isValue_ ? re_join("RE_writeCODE(", value, ")") : re_join("uint(", value, ") & MASKu");
+            text +=
+                re_join("        RE_put_NAME(RE_index * SIZEu + ", std::to_string(k), "u, ", code, ");\n");
+        }
+        return replaced(text);
+    }
+
+private:
+    std::string element(const std::string& k) const
+    {
+        const std::string at = re_join("(e + ", k, "u)");
+        const std::string word = re_join("RE_data_NAME[", at, " >> SHIFTu]");
+        const std::string shift = re_join("(", at, " & LASTu) * BITSu");
+        if (isSigned(array_.type))
+            return re_join("bitfieldExtract(int(", word, "), int(", shift, "), BITS)");
+        const std::string code = re_join("(", word, " >> (", shift, ")) & MASKu");
+        return re_join(isValue_ ? "RE_readCODE(" : "int(", code, ")");
+    }
+
+    std::string replaced(std::string_view text) const
+    {
+        const uint32_t bits = re_Layout(array_.type).bits;
+        const std::string size = std::to_string(array_.vectorSize);
+        const char* type = REshaderType(isValue_ ? RE_GPU_FLOAT32 : RE_GPU_INT32, array_.vectorSize);
+        UT_String result(text);
+        for (const auto& [marker, value] : std::initializer_list<std::pair<const char*, std::string>>{
+                 {"NAME", array_.name},
+                 {"TYPE", type},
+                 {"SIZE", size},
+                 {"BITS", std::to_string(bits)},
+                 {"LAST", std::to_string(32 / bits - 1)},
+                 {"SHIFT", bits == 8    ? "2"
+                           : bits == 16 ? "1"
+                                        : "0"},
+                 {"MASK", std::to_string(bits == 32 ? 0xFFFFFFFFu : (1u << bits) - 1)},
+                 {"CODE", std::to_string(array_.type)},
+                 {"BUFFER", std::to_string(buffer_)}})
+            result.substitute(marker, value);
+        return std::string(result.view());
+    }
+
+    const re_Array& array_;
+    bool isValue_; ///< read and written as floats
+    size_t buffer_;
+};
+
+std::string constantText(const re_Constant& constant)
+{
+    const RE_GPUType type =
+        !constant.floats.empty() && constant.type < RE_GPU_FLOAT16 ? RE_GPU_FLOAT32 : constant.type;
+    const std::string many = constant.count > 1 ? re_join("[", std::to_string(constant.count), "]") : "";
+    return re_join("uniform ", REshaderType(type, constant.vectorSize), " ", constant.name, many, ";\n");
+}
+
+} // namespace
+
+re_Layout::re_Layout(RE_GPUType type)
+{
+    if (type == RE_GPU_UINT8 || type == RE_GPU_INT8)
+        bits = 8;
+    else if (type == RE_GPU_UINT16 || type == RE_GPU_INT16 || type == RE_GPU_FLOAT16)
+        bits = 16;
+    else
+        bits = 32;
+}
+
+uint32_t re_Declared::pixelsPerInvocation() const
+{
+    uint32_t pixels = 1;
+    for (const re_Array& output : outputs)
+        pixels = std::max(pixels, re_Layout(output.type).perWord());
+    return pixels;
+}
+
+std::string re_program(const re_Declared& declared, std::string_view text, bool normalize)
+{
+    const re_ShaderText cut(text);
+    std::string program = prelude;
+    std::string clear, store;
+    for (const re_Constant& constant : declared.constants)
+        program += constantText(constant);
+    size_t buffer = 0;
+    for (const re_Array& input : declared.inputs)
+        program += ArrayText(input, normalize, buffer++).input();
+    for (const re_Array& output : declared.outputs) {
+        const ArrayText array(output, normalize, buffer++);
+        program += array.output();
+        clear += array.clear();
+        store += array.store();
+    }
+    program += re_join(cut.outside, "\nvoid RE_pixel()\n{\n", cut.statements, "}\n\n#line 1 2\n");
+    UT_String main(mainBegin);
+    main.substitute("GROUP_SIZE", std::to_string(re_groupSize));
+    main.substitute("PIXELS", std::to_string(declared.pixelsPerInvocation()));
+    return program + re_join(main.view(), clear, "        RE_pixel();\n", store, "    }\n}\n");
+}

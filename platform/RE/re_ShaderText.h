@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+/// A shader text that mixes declarations, functions and statements, cut into what stands outside of functions
+/// and what runs once per pixel. Lines keep their numbers, as those of source string 1.
+///
+/// In function number N, named functionN, a parameter whose name ends in N also goes by the name without it.
+/// The results of functions are computed as they are written, without contraction.
+/// Variables without a value, functions, structures, constants and directives stand outside.
+struct re_ShaderText
+{
+    explicit re_ShaderText(std::string_view text);
+
+    std::string outside;
+    std::string statements;
+};
