@@ -18,6 +18,8 @@ UT_Vector2Array samplesOf(const std::string& path)
     const std::vector<std::string> lines = splitText(readTextFile(path, "stroke"), '\n');
     for (size_t i = 0; i < lines.size(); ++i) {
         std::string line = splitText(lines[i], '#').front();
+        if (i == 0 && line.starts_with("\xEF\xBB\xBF")) // spreadsheets mark UTF-8
+            line.erase(0, 3);
         if (isBlank(line))
             continue;
         std::replace(line.begin(), line.end(), ',', ' ');
@@ -58,9 +60,11 @@ Shapes readFreehand(const std::string& path, const FreehandSettings& settings)
     UT_Vector2Array points, ins, outs;
     RU_RotoSpline::buildFreehand(dense(samples, settings), points, ins, outs,
                                  static_cast<float>(settings.tolerance), !settings.open, false);
-    if (points.entries() < 2)
-        refuse("'" + path + "': " + std::to_string(samples.entries()) +
-               " samples; expected two at least, at different places");
+    const int64_t least = settings.open ? 2 : 3;
+    if (points.entries() < 2 || samples.entries() < least)
+        refuse("'" + path + "': " + std::to_string(samples.entries()) + " samples; expected " +
+               (settings.open ? "two" : "three (two with --open)") +
+               " at least, further apart than the tolerance");
     Shape shape;
     shape.fill = settings.open ? RU_ROTO_OPEN : RU_ROTO_FILLED;
     shape.width = settings.width;

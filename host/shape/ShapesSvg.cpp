@@ -9,6 +9,7 @@
 #include <host/text/Text.h>
 
 #include <algorithm>
+#include <cmath>
 
 namespace host {
 
@@ -46,6 +47,16 @@ SvgStyle::Properties propertiesOf(const pugi::xml_node& element)
             properties[name.front()] = declaration.substr(colon + 1);
     }
     return properties;
+}
+
+/// The point, if it lies where a picture may have it.
+ShapePoint within(const ShapePoint& point, const std::string& where)
+{
+    constexpr double most = 1e6;
+    for (const Place& place : {point.at, point.in, point.out})
+        if (!(std::abs(place[0]) <= most && std::abs(place[1]) <= most))
+            refuse(where + "lies too far out; expected places up to 1000000, after transforms");
+    return point;
 }
 
 class SvgReader
@@ -174,7 +185,8 @@ private:
             return;
         for (SubPath& path : *paths)
             for (ShapePoint& point : path.points)
-                point = {style.matrix(point.at), style.matrix(point.in), style.matrix(point.out)};
+                point =
+                    within({style.matrix(point.at), style.matrix(point.in), style.matrix(point.out)}, where);
         std::erase_if(*paths, [](const SubPath& path) { return path.points.size() < 2; });
         if (style.fill)
             fill(id, *paths, style);

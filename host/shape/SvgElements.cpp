@@ -16,6 +16,14 @@ double attributeOf(const pugi::xml_node& element, const char* name, const std::s
     return numbers->empty() ? 0.0 : numbers->front();
 }
 
+double sizeOf(const pugi::xml_node& element, const char* name, const std::string& where)
+{
+    const double size = attributeOf(element, name, where);
+    if (size < 0.0)
+        refuse(where + name + " is below 0; expected a size in units of the drawing");
+    return size;
+}
+
 SubPath lineOf(const std::vector<Place>& places, bool closed)
 {
     SubPath path{{}, closed};
@@ -55,6 +63,7 @@ std::optional<std::vector<SubPath>> subPathsOf(const pugi::xml_node& element, co
 {
     const std::string name = element.name();
     const auto number = [&](const char* attribute) { return attributeOf(element, attribute, where); };
+    const auto size = [&](const char* attribute) { return sizeOf(element, attribute, where); };
     if (name == "path")
         return readPathData(element.attribute("d").value(), where);
     if (name == "polygon" || name == "polyline")
@@ -62,14 +71,14 @@ std::optional<std::vector<SubPath>> subPathsOf(const pugi::xml_node& element, co
     if (name == "line")
         return {{lineOf({{number("x1"), number("y1")}, {number("x2"), number("y2")}}, false)}};
     if (name == "rect" && !element.attribute("rx") && !element.attribute("ry")) {
-        const double left = number("x"), top = number("y"), right = left + number("width"),
-                     bottom = top + number("height");
+        const double left = number("x"), top = number("y"), right = left + size("width"),
+                     bottom = top + size("height");
         return {{lineOf({{left, top}, {right, top}, {right, bottom}, {left, bottom}}, true)}};
     }
     if (name == "circle")
-        return {{ellipseOf(number("cx"), number("cy"), number("r"), number("r"))}};
+        return {{ellipseOf(number("cx"), number("cy"), size("r"), size("r"))}};
     if (name == "ellipse")
-        return {{ellipseOf(number("cx"), number("cy"), number("rx"), number("ry"))}};
+        return {{ellipseOf(number("cx"), number("cy"), size("rx"), size("ry"))}};
     return {};
 }
 

@@ -117,6 +117,8 @@ SvgMatrix matrixOf(const Property& property)
 {
     constexpr const char* expected = "matrix(...), translate(...), scale(...) and rotate(...)";
     SvgMatrix matrix;
+    if (!property.text.empty() && !property.text.ends_with(')'))
+        property.fail(expected);
     for (const std::string& part : splitText(property.text, ')')) {
         std::string call = trimmed(part);
         if (call.starts_with(','))

@@ -197,7 +197,7 @@ TEST_F(Roto, FollowsAFreehandStroke)
         says(error("1, 2\n# no\n3; 4\n"), "bad.csv', line 3: '3; 4' is no sample; expected x, y in pixels"));
     EXPECT_TRUE(says(error("1, 2, 3"), "line 1"));
     EXPECT_TRUE(says(error("1, inf"), "line 1"));
-    EXPECT_TRUE(says(error("1, 2\n1, 2\n"), "2 samples; expected two at least, at different places"));
+    EXPECT_TRUE(says(error("1, 2\n1, 2\n"), "2 samples; expected three (two with --open) at least"));
     EXPECT_TRUE(
         says(errorOf([&] { runOperation({"roto"}, dir_.file("out.exr")); }), "roto: nothing to draw"));
 }
