@@ -58,7 +58,8 @@ private:
             float* to[4];
             for (int c = 0; c < 4; ++c) {
                 const int source = expression.source(c, present);
-                from[c] = source < 4 ? in[source] + start : zeros;
+                const float* const values = source < 4 ? in[source] : nullptr;
+                from[c] = values != nullptr ? values + start : zeros;
                 to[c] = (written >> c & 1) != 0 ? out[c] + start : spare;
             }
             kernel.run(expression, from, to, std::min(ru_chunk, count - start));
