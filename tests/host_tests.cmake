@@ -9,7 +9,6 @@ target_include_directories(kreiluge_host_tests PRIVATE ${CMAKE_CURRENT_SOURCE_DI
 target_link_libraries(kreiluge_host_tests PRIVATE
   kreiluge_host kreiluge_flags OpenImageIO::OpenImageIO GTest::gtest_main)
 add_dependencies(kreiluge_host_tests kreiluge_files)
-set(quiet "TSAN_OPTIONS=suppressions=${CMAKE_CURRENT_SOURCE_DIR}/tsan.supp") # read by the thread sanitizer only
 gtest_discover_tests(kreiluge_host_tests DISCOVERY_TIMEOUT 60 PROPERTIES ENVIRONMENT "${quiet}")
 
 add_test(NAME tool COMMAND Python3::Interpreter ${CMAKE_CURRENT_SOURCE_DIR}/host/tool_test.py
