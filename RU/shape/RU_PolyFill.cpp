@@ -14,11 +14,9 @@
 
 namespace {
 
-constexpr int mostSamples = 64;
-
 /// Blocks are what is drawn at once; larger buckets are cut into several.
 constexpr int64_t blockWidth = 512, blockHeight = 128;
-static_assert(blockWidth * mostSamples <= ru_mostColumns);
+static_assert(blockWidth * ru_mostSamples <= ru_mostColumns);
 
 /// What one thread draws with.
 struct Workspace
@@ -52,7 +50,6 @@ struct Workspace
     bool feathered = false;
     ru_TriangleSpans spans;
     ru_FillOutlines::Scratch outlines;
-    std::vector<float> values;
 };
 
 /// Which part of a tile list a block is, and of what values.
@@ -98,8 +95,8 @@ void drawCovered(const ru_FillWriter<T, FullRange>& writer, const Drawing& drawi
 {
     const ru_Coverage& coverage = drawing.work.coverage;
     const int samples = coverage.nx * coverage.ny;
-    float values[mostSamples + 1];
-    T codes[mostSamples + 1];
+    float values[ru_mostSamples + 1];
+    T codes[ru_mostSamples + 1];
     for (int n = 0; n <= samples; ++n) {
         const float covered =
             n == samples ? 1.0f : static_cast<float>(n) * (1.0f / static_cast<float>(samples));
@@ -238,11 +235,12 @@ private:
     void scan(const ru_FillBlock& block, int64_t bucket, Workspace& work) const
     {
         const ru_FillGrid& grid = shapes.samples();
+        const ru_FillKernels& kernels = ru_fillRows();
         work.begin(block, grid.nx, grid.ny);
         for (const int32_t index : shapes.trianglesIn(bucket))
             if (work.spans.find(grid, block, ru_TriangleEdges(shapes.triangle(index))))
-                ru_fillRows().cover(work.coverage, work.spans.firstRow(), work.spans.pixelRows(),
-                                    work.spans.begin(), work.spans.end());
+                kernels.cover(work.coverage, work.spans.firstRow(), work.spans.pixelRows(),
+                              work.spans.begin(), work.spans.end());
         shapes.outlines().cover(grid, block, bucket, work.coverage, work.outlines);
         work.feathered = shapes.areFeathered() && !shapes.feathersIn(bucket).empty();
         if (work.feathered)

@@ -41,9 +41,9 @@ void sortCrossings(uint32_t* crossings, int64_t count)
 }
 
 /// The most crossings of a line.
-int32_t mostOf(const int32_t* first, const int32_t* last, int64_t lines)
+int64_t mostOf(const int64_t* first, const int64_t* last, int64_t lines)
 {
-    int32_t most = 0;
+    int64_t most = 0;
     for (int64_t k = 0; k < lines; ++k)
         most = std::max(most, last[k] - first[k]);
     return most;
@@ -267,8 +267,8 @@ void ru_FillOutlines::gather(const ru_FillGrid& grid, const ru_FillBlock& block,
             ++first[at(from)];
             --first[at(to)];
         }
-    int32_t total = 0, perLine = 0;
-    for (int32_t& line : first) {
+    int64_t total = 0, perLine = 0;
+    for (int64_t& line : first) {
         perLine += line;
         line = total;
         total += perLine;
@@ -277,6 +277,7 @@ void ru_FillOutlines::gather(const ru_FillGrid& grid, const ru_FillBlock& block,
     scratch.crossings.resize(at(total));
     scratch.columns.resize(at(lines + ru_rowGroup));
     scratch.doubts.resize(at(lines + ru_rowGroup));
+    const ru_FillKernels& kernels = ru_fillRows();
     const auto offset = static_cast<double>(grid.nx * block.x);
     for (const int32_t index : edges) {
         const Edge& edge = edges_[at(index)];
@@ -286,9 +287,8 @@ void ru_FillOutlines::gather(const ru_FillGrid& grid, const ru_FillBlock& block,
         const ru_FillBoundary boundary = {edge.boundary.slope, edge.boundary.bias - offset};
         const double* y = linesOf(grid) + firstLine + from;
         uint16_t* columns = scratch.columns.data();
-        if (ru_fillRows().cross(boundary,
-                                {0.0, static_cast<double>(block.columns), std::min(edge.slack, 0.5)}, y,
-                                to - from, columns, scratch.doubts.data()) != 0)
+        if (kernels.cross(boundary, {0.0, static_cast<double>(block.columns), std::min(edge.slack, 0.5)}, y,
+                          to - from, columns, scratch.doubts.data()) != 0)
             for (int64_t k = 0; k < to - from; ++k)
                 if ((scratch.doubts[at(k / ru_rowGroup)] >> (k % ru_rowGroup) & 1) != 0)
                     columns[k] =
@@ -308,10 +308,10 @@ void ru_FillOutlines::coverRow(const ru_FillGrid& grid, const ru_FillBlock& bloc
     const int64_t row = pixelRow * coverage.ny;
     uint16_t* const begin = scratch.begin.data() + row;
     uint16_t* const end = scratch.end.data() + row;
-    const int32_t* const first = scratch.first.data() + firstLine;
-    const int32_t* const last = scratch.last.data() + firstLine;
+    const int64_t* const first = scratch.first.data() + firstLine;
+    const int64_t* const last = scratch.last.data() + firstLine;
     const int32_t* const winding = scratch.winding.data() + firstLine;
-    const int32_t most = mostOf(first, last, lines);
+    const int64_t most = mostOf(first, last, lines);
     if (most == 0 && lines == coverage.ny) {
         for (int64_t k = 0; k < lines; ++k)
             end[k] = winding[k] > 0 ? columns : 0;

@@ -28,8 +28,9 @@ public:
     /// What one thread needs.
     struct Scratch
     {
-        std::vector<int32_t> winding, first, last; ///< by line of the block
-        std::vector<uint32_t> crossings; ///< by line: a column, and how the winding number changes there
+        std::vector<int32_t> winding;     ///< by line of the block
+        std::vector<int64_t> first, last; ///< crossings of a line
+        std::vector<uint32_t> crossings;  ///< by line: a column, and how the winding number changes there
         std::vector<uint16_t> columns, begin, end;
         std::vector<uint8_t> doubts;
     };

@@ -17,6 +17,8 @@ struct ru_ColumnLimits
     double slack; ///< an edge so near to a sample, in columns, has to be compared with it itself; at most 0.5
 };
 
+/// The most samples of a pixel: a mask has a bit for each.
+inline constexpr int ru_mostSamples = 64;
 /// The most columns of a block.
 inline constexpr int64_t ru_mostColumns = 32768;
 /// Rows are crossed so many at a time; arrays reach up to one group less 1 over their end.

@@ -10,8 +10,6 @@
 
 namespace {
 
-constexpr int mostSamples = 64;
-
 /// A closed polygon whose vertices all have points.
 bool isShape(const GEO_Primitive& primitive)
 {
@@ -89,7 +87,7 @@ void ru_FillShapes::setSampling(int nx, int ny)
 {
     nx_ = std::max(nx, 1);
     ny_ = std::max(ny, 1);
-    if (int64_t{nx_} * ny_ > mostSamples)
+    if (int64_t{nx_} * ny_ > ru_mostSamples)
         nx_ = ny_ = 8;
     sort();
 }

@@ -65,7 +65,7 @@ public:
     /// All codes of a row up to `last`, which lastBelow() found.
     void raiseRow(T* codes, int64_t count, T last, T raised) const
     {
-        static_cast<const ru_RaiseRow<T>&>(ru_fillRows()).raise(codes, count, last, raised);
+        kernels_.raise(codes, count, last, raised);
     }
 
 private:
@@ -93,4 +93,5 @@ private:
 
     ru_Range<T> range_;
     ru_RowConverter<T, FullRange> convert_;
+    const ru_RaiseRow<T>& kernels_ = ru_fillRows();
 };
