@@ -13,7 +13,8 @@ enum ExitCode {
     exitSomeFailed = 1, ///< some frames of a sequence failed; diff: the images differ
     exitUsage = 2,      ///< bad arguments, or no such input
     exitCannotRead = 3,
-    exitCannotWrite = 4
+    exitCannotWrite = 4,
+    exitNoDevice = 6
 };
 
 using host::Command;

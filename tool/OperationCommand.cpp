@@ -11,6 +11,9 @@
 #include <host/text/Names.h>
 #include <host/text/Text.h>
 
+#include <RE/RE_OpenGL.h>
+#include <RU/pixelfunc/RU_GPUTiming.h>
+
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
@@ -80,6 +83,34 @@ std::vector<int64_t> framesThatExist(const host::Script& script)
     host::refuse("--frames all: no input has a place for the frame number; write #### or %04d there");
 }
 
+/// What the GPU did since the command began; null where it was not asked.
+nlohmann::ordered_json gpuJson()
+{
+    const RE_GPUTimes times = REgpuTimes();
+    if (times.computations == 0)
+        return nullptr;
+    return {{"name", REfindGPU().name.buffer()},
+            {"computations", times.computations},
+            {"programs", times.programs},
+            {"build", RU_GPUTiming::buildShader().total()},
+            {"compile", times.compile},
+            {"upload", times.upload},
+            {"run", times.run},
+            {"read", times.readBack}};
+}
+
+void printGPU()
+{
+    const RE_GPUTimes times = REgpuTimes();
+    if (times.computations > 0)
+        std::printf(
+            "  GPU so far: %lld computations, %lld programs; text %.3f s, compile %.3f s, upload %.3f s, "
+            "run %.3f s, read back %.3f s (%s)\n",
+            static_cast<long long>(times.computations), static_cast<long long>(times.programs),
+            RU_GPUTiming::buildShader().total(), times.compile, times.upload, times.run, times.readBack,
+            REfindGPU().name.buffer());
+}
+
 nlohmann::ordered_json statsJson(const host::FrameReport& report)
 {
     int64_t pixels = 0;
@@ -91,7 +122,8 @@ nlohmann::ordered_json statsJson(const host::FrameReport& report)
             {"read", report.readSeconds},
             {"work", report.workSeconds},
             {"write", report.writeSeconds},
-            {"instructions", host::instructionSet()}};
+            {"instructions", host::instructionSet()},
+            {"gpu", gpuJson()}};
 }
 
 void printStats(const host::FrameReport& report)
@@ -107,6 +139,7 @@ void printStats(const host::FrameReport& report)
         "  %.3f s, %.1f megapixels a second; read %.3f s, work %.3f s over all threads (%s), write %.3f s\n",
         report.seconds, static_cast<double>(pixels) * 1e-6 / report.seconds, report.readSeconds,
         report.workSeconds, host::instructionSet(), report.writeSeconds);
+    printGPU();
 }
 
 void tellDone(const host::FrameReport& report, const RunOptions& o, Progress& progress)
@@ -123,7 +156,8 @@ void tellDone(const host::FrameReport& report, const RunOptions& o, Progress& pr
 bool endsSequence(const Error& error)
 {
     using Kind = Error::Kind;
-    return error.kind() == Kind::Usage || error.kind() == Kind::Output || error.kind() == Kind::Cancelled;
+    return error.kind() == Kind::Usage || error.kind() == Kind::Output || error.kind() == Kind::Device ||
+           error.kind() == Kind::Cancelled;
 }
 
 std::string outputOf(const host::Script& script, const Frame& frame)

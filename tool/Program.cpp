@@ -15,6 +15,7 @@ host::Program program()
             {std::to_string(exitUsage), "bad arguments, or no such input"},
             {std::to_string(exitCannotRead), "an input cannot be read"},
             {std::to_string(exitCannotWrite), "an output cannot be written"},
+            {std::to_string(exitNoDevice), "there is no GPU, or it failed"},
             {"129 and above", "stopped by a signal, whose number is the code less 128"}}};
     for (const host::Operation& operation : host::operations())
         program.commands.push_back(operationCommand(operation));

@@ -20,6 +20,8 @@ int exitCodeOf(const host::Error& error)
     case host::Error::Kind::Write:
     case host::Error::Kind::Output:
         return tool::exitCannotWrite;
+    case host::Error::Kind::Device:
+        return tool::exitNoDevice;
     case host::Error::Kind::Cancelled:
         return 128 + tool::caughtSignal();
     default:

@@ -341,6 +341,15 @@ Made Chain::make(const Step& step) const
     });
 }
 
+std::vector<std::string> Chain::differencesOnGPU() const
+{
+    std::vector<std::string> all;
+    for (const Step& step : steps_)
+        if (step.function->onGPU != nullptr)
+            all.push_back(step.function->name + ": " + step.function->onGPU);
+    return all;
+}
+
 std::optional<std::string> Chain::colourSpace() const
 {
     std::optional<std::string> space;

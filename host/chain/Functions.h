@@ -110,7 +110,8 @@ struct Function
     /// What becomes of the colour space that an image is tagged with: nothing, the values still mean colours
     /// of that space; or the one of this name; or, where the name is empty, none that is known.
     std::optional<std::string> colourSpace;
-    bool leavesAlpha = false; ///< alone, whatever the arguments are
+    bool leavesAlpha = false;    ///< alone, whatever the arguments are
+    const char* onGPU = nullptr; ///< what it does there that it does not do here
 
     /// "gamma GAMMA", "log [BASE=10] [REPLACEMENT=none]"
     std::string usage() const;

@@ -40,6 +40,9 @@ public:
     /// A plane's pixels in a rectangle, in any format; any number of threads may ask.
     virtual Block pixels(size_t plane, const Window& rect, Feed& feed) const = 0;
 
+    /// Whether few large rectangles are less work than many small ones.
+    virtual bool likesStrips() const { return false; }
+
     /// What got lost or was converted on the way, one line each.
     const std::vector<std::string>& notes() const { return notes_; }
 

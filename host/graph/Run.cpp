@@ -94,7 +94,7 @@ class Pass
 {
 public:
     Pass(const Graph& graph, size_t part, int tile, int threads, StopToken& stop)
-        : graph_(graph), part_(part), stop_(stop), schedule_(graph, part), grid_(graph, part, tile),
+        : graph_(graph), part_(part), stop_(stop), schedule_(graph, part), grid_(graph, part, tile, threads),
           reading_(graph, schedule_, grid_), workspaces_(static_cast<size_t>(threads))
     {
         for (Workspace& workspace : workspaces_)
@@ -193,7 +193,7 @@ Run::Run(const Graph& graph, const RunSettings& settings)
     for (const Graph::Output& output : graph.outputs())
         parts_ = std::max(parts_, graph.picture(output.node).parts.size());
     for (size_t p = 0; p < parts_; ++p)
-        rows_ += Grid(graph, p, settings.tile).rows();
+        rows_ += Grid(graph, p, settings.tile, settings.threads).rows();
 }
 
 RunReport Run::all()

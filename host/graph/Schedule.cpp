@@ -107,7 +107,7 @@ void Schedule::windows(const std::vector<Window>& outputs, std::vector<Window>& 
     }
 }
 
-Grid::Grid(const Graph& graph, size_t part, int tile) : side_(tile)
+Grid::Grid(const Graph& graph, size_t part, int tile, int threads)
 {
     int64_t rowBytes = 1;
     for (const Graph::Output& output : graph.outputs()) {
@@ -138,10 +138,21 @@ Grid::Grid(const Graph& graph, size_t part, int tile) : side_(tile)
         ends_ = first ? end : Place{std::max(ends_.x, end.x), std::max(ends_.y, end.y)};
         first = false;
     }
+    cutTiles(graph, rowBytes, tile, threads);
+}
+
+void Grid::cutTiles(const Graph& graph, int64_t rowBytes, int tile, int threads)
+{
     // Narrow images take several rows of tiles, so that all threads find work in a band.
     constexpr int64_t bandBytes = 4 << 20;
     bandRows_ = static_cast<int>(tile * std::clamp<int64_t>(bandBytes / (rowBytes * tile), 1, 64));
-    columns_ = static_cast<int>(ceilingOf(ends_.x - begins_.x, tile));
+    tileWidth_ = tileRows_ = tile;
+    if (std::any_of(graph.entries().begin(), graph.entries().end(),
+                    [](const Graph::Entry& entry) { return entry.node->likesStrips(); })) {
+        tileWidth_ = std::max(1, ends_.x - begins_.x);
+        tileRows_ = static_cast<int>(std::max<int64_t>(1, ceilingOf(std::min(bandRows_, rows()), threads)));
+    }
+    columns_ = static_cast<int>(ceilingOf(ends_.x - begins_.x, tileWidth_));
     bands_ = ceilingOf(rows(), bandRows_);
 }
 
@@ -152,13 +163,15 @@ int Grid::bandEnd(int64_t band) const
 
 int Grid::pieces(int64_t band) const
 {
-    return columns_ * static_cast<int>(ceilingOf(bandEnd(band) - bandBegin(band), side_));
+    return columns_ * static_cast<int>(ceilingOf(bandEnd(band) - bandBegin(band), tileRows_));
 }
 
 void Grid::tile(int64_t band, int piece, std::vector<Window>& result) const
 {
-    const Place begin{begins_.x + piece % columns_ * side_, bandBegin(band) + piece / columns_ * side_};
-    cut(begin, {std::min(begin.x + side_, ends_.x), std::min(begin.y + side_, bandEnd(band))}, result);
+    const Place begin{begins_.x + piece % columns_ * tileWidth_,
+                      bandBegin(band) + piece / columns_ * tileRows_};
+    cut(begin, {std::min(begin.x + tileWidth_, ends_.x), std::min(begin.y + tileRows_, bandEnd(band))},
+        result);
 }
 
 void Grid::band(int64_t band, std::vector<Window>& result) const

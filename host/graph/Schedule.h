@@ -50,11 +50,12 @@ private:
 };
 
 /// The bands and tiles that a part of all outputs is cut into at once. Outputs of other sizes are cut in
-/// proportion to their display windows.
+/// proportion to their display windows. Where a node of the graph likes strips, tiles are as wide as the picture,
+/// and a band has one for each thread.
 class Grid
 {
 public:
-    Grid(const Graph& graph, size_t part, int tile);
+    Grid(const Graph& graph, size_t part, int tile, int threads);
 
     int64_t bands() const { return bands_; }
     int rows() const { return ends_.y - begins_.y; }
@@ -80,12 +81,13 @@ private:
 
     int bandBegin(int64_t band) const { return begins_.y + static_cast<int>(band * bandRows_); }
     int bandEnd(int64_t band) const;
+    void cutTiles(const Graph& graph, int64_t rowBytes, int tile, int threads);
     void cut(const Place& begin, const Place& end, std::vector<Window>& result) const;
 
     std::vector<Output> outputs_;
     Output largest_;
     Place begins_{}, ends_{}; ///< of all outputs, from the corner of the largest one's display window
-    int side_, columns_ = 0, bandRows_ = 0;
+    int tileWidth_ = 0, tileRows_ = 0, columns_ = 0, bandRows_ = 0;
     int64_t bands_ = 0;
 };
 

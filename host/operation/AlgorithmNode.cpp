@@ -4,7 +4,11 @@
 #include <host/text/Error.h>
 #include <host/text/Names.h>
 
+#include <RE/RE_OpenGL.h>
+#include <RU/pixelfunc/RU_GPUPixelEngine.h>
 #include <RU/pixelfunc/RU_PixelEngine.h>
+
+#include <algorithm>
 
 namespace host {
 
@@ -56,11 +60,24 @@ void AlgorithmNode::planWork(const Planes& in, size_t p, unsigned char stored, b
     work.codes = codesOf(work.format, settings_);
     work.codes.alpha = !in[p].colour && work.present[3];
     planes_.push_back(in[p].name);
+    planDevice(in, p);
     // The library's tables for 8-bit codes span the full range on purpose.
     if (settings_.hasPoints() && in[p].format == PXL_FORMAT_uint8 && work_.algorithm != nullptr &&
         !work_.isFilter && !work_.readsAll)
         notes_.push_back("'" + in.picture.path + "': plane " + in[p].name +
                          " is uint8 and graded over the full range, whatever the points are");
+}
+
+/// The GPU takes the components that are there for the first ones.
+void AlgorithmNode::planDevice(const Planes& in, size_t p)
+{
+    PlaneWork& work = planeWorks_[p];
+    const auto absent = std::find(work.present.begin(), work.present.end(), false);
+    const bool hasGap = std::find(absent, work.present.end(), true) != work.present.end();
+    work.isOnGPU = work_.onGPU != nullptr && !(hasGap && work_.readsAll);
+    if (work_.onGPU != nullptr && !work.isOnGPU && !work.isCopy)
+        notes_.push_back("'" + in.picture.path + "': plane " + in[p].name +
+                         " lacks components before others, and is computed on the CPU");
 }
 
 Recipe AlgorithmNode::recipe(size_t plane) const
@@ -89,6 +106,8 @@ Block AlgorithmNode::pixels(size_t plane, const Window& rect, Feed& feed) const
     const PlaneWork& work = planeWorks_[plane];
     if (!work.isCopy && work_.isFilter)
         return filter(work, plane, rect, feed);
+    if (!work.isCopy && work.isOnGPU)
+        return adjustOnGPU(work, plane, rect, feed);
     if (!work.isCopy)
         return adjust(work, plane, rect, feed);
     return feed.take({0, plane, rect, work.format, mappingOf(work.present), Outside::Edge});
@@ -105,6 +124,32 @@ Block AlgorithmNode::adjust(const PlaneWork& work, size_t plane, const Window& r
     feed.run([&](void* token, int thread) {
         return work_.algorithm->pixelAdjust(&out, &all.list, 0.0f, token, thread, nullptr);
     });
+    return block;
+}
+
+/// Its outputs take the components one after the other: those that are not to be written go elsewhere.
+Block AlgorithmNode::adjustOnGPU(const PlaneWork& work, size_t plane, const Window& rect, Feed& feed) const
+{
+    Block block = feed.take({0, plane, rect, work.format, mappingOf(work.present), Outside::Edge});
+    Block unused;
+    const auto last = std::find(work.written.rbegin(), work.written.rend(), true).base();
+    if (std::find(work.written.begin(), last, false) != last)
+        unused = feed.blank(rect, work.format, {true, false, false, false});
+    {
+        const LentTiles all(block, work.codes, work.present), spare(unused, work.codes);
+        TIL_TileList out = all.list;
+        for (size_t c = 0; c < 4; ++c)
+            if (!work.written[c])
+                out.tiles[c] = work.written.begin() + static_cast<std::ptrdiff_t>(c) < last
+                                   ? spare.list.tiles[0]
+                                   : nullptr;
+        feed.run([&](void* token, int thread) {
+            return work_.onGPU->pixelAdjust(&out, &all.list, 0.0f, token, thread, nullptr);
+        });
+    }
+    if (!RElastGPUError().isEmpty())
+        throw Error(Error::Kind::Device, RElastGPUError().buffer());
+    feed.give(std::move(unused));
     return block;
 }
 
@@ -131,7 +176,7 @@ Block AlgorithmNode::filter(const PlaneWork& work, size_t plane, const Window& r
     return out;
 }
 
-AlgorithmNode::Work gradeWork(const Chain& chain)
+AlgorithmNode::Work gradeWork(const Chain& chain, bool onGPU)
 {
     AlgorithmNode::Work work;
     if (chain.isEmpty())
@@ -141,6 +186,8 @@ AlgorithmNode::Work gradeWork(const Chain& chain)
     work.written = built->components;
     work.readsAll = built->head->areAllComponentsNeeded();
     work.algorithm = std::make_unique<RU_PixelEngine>(built->head.get());
+    if (onGPU)
+        work.onGPU = std::make_unique<RU_GPUPixelEngine>(built->head.get());
     work.parts = std::move(built);
     return work;
 }

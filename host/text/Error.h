@@ -16,6 +16,7 @@ public:
         Read,    ///< an input file cannot be read
         Write,   ///< an output file cannot be written
         Output, ///< nor could the other files of a sequence be: there is no directory, the format does not fit ...
+        Device,   ///< there is no GPU, or it failed
         Cancelled ///< told to stop
     };
 

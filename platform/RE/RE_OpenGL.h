@@ -4,6 +4,7 @@
 #include <SYS/SYS_API.h>
 #include <UT/UT_String.h>
 
+#include <cstdint>
 #include <memory>
 
 /// What was found to compute on.
@@ -18,6 +19,22 @@ struct RE_GPUReport
 /// Looks for OpenGL 4.3 on the first call, without a window system: on the devices of the machine, then in
 /// software. KREILUGE_GPU=off, software or auto in the environment narrows the search.
 PLATFORM_API const RE_GPUReport& REfindGPU();
+
+/// What computations cost so far: seconds of all threads together.
+struct RE_GPUTimes
+{
+    int64_t computations = 0;
+    int64_t programs = 0; ///< compiled; others were known by their text
+    double compile = 0.0; ///< and the search for OpenGL, once
+    double upload = 0.0;
+    double run = 0.0; ///< the first run of a program includes what the driver puts off to then
+    double readBack = 0.0;
+};
+
+PLATFORM_API RE_GPUTimes REgpuTimes();
+
+/// Why the calling thread's last computation was not done; empty where it was.
+PLATFORM_API const UT_String& RElastGPUError();
 
 /// A computation on what was found. Without anything its setProgram() returns false.
 std::unique_ptr<RE_OGLComputeGPU> REmakeOpenGLCompute();

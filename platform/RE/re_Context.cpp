@@ -1,6 +1,7 @@
 #include <RE/re_Context.h>
 
 #include <RE/re_Join.h>
+#include <RE/re_Times.h>
 
 #include <dlfcn.h>
 
@@ -40,7 +41,11 @@ struct Candidate
 class Search
 {
 public:
-    Search() { search(); }
+    Search()
+    {
+        const re_Timer timer(&RE_GPUTimes::compile);
+        search();
+    }
 
     RE_GPUReport report;
     std::array<std::unique_ptr<re_Context>, contextCount> contexts;
@@ -207,6 +212,7 @@ GLuint re_Context::program(const std::string& text, UT_String& error)
 {
     if (const auto known = programs_.find(text); known != programs_.end())
         return known->second;
+    const re_Timer timer(&RE_GPUTimes::compile);
     const GLuint program = compile(text, error);
     if (program == 0)
         return 0;
@@ -216,7 +222,33 @@ GLuint re_Context::program(const std::string& text, UT_String& error)
         programs_.clear();
     }
     programs_.emplace(text, program);
+    re_count(&RE_GPUTimes::programs);
     return program;
+}
+
+GLuint re_Context::takeBuffer(int64_t bytes)
+{
+    if (const auto known = buffers_.find(bytes); known != buffers_.end()) {
+        const GLuint buffer = known->second;
+        buffers_.erase(known);
+        bufferBytes_ -= bytes;
+        return buffer;
+    }
+    GLuint buffer = 0;
+    glGenBuffers(1, &buffer);
+    glBindBuffer(GL_SHADER_STORAGE_BUFFER, buffer);
+    glBufferData(GL_SHADER_STORAGE_BUFFER, bytes, nullptr, GL_DYNAMIC_COPY);
+    return buffer;
+}
+
+void re_Context::giveBuffer(GLuint buffer, int64_t bytes)
+{
+    if (bufferBytes_ + bytes > mostBufferBytes) {
+        glDeleteBuffers(1, &buffer);
+        return;
+    }
+    buffers_.emplace(bytes, buffer);
+    bufferBytes_ += bytes;
 }
 
 re_CurrentContext::re_CurrentContext(re_Context* given)

@@ -22,14 +22,22 @@ public:
     /// The program of this text, compiled when it is first seen; 0 and the log when it does not compile.
     GLuint program(const std::string& text, UT_String& error);
 
+    /// A storage buffer, which may have been in use before: making one costs more than filling it.
+    GLuint takeBuffer(int64_t bytes);
+    /// Takes it back, when the GPU is done with it.
+    void giveBuffer(GLuint buffer, int64_t bytes);
+
 private:
     friend class re_CurrentContext;
     static constexpr size_t mostPrograms = 256;
+    static constexpr int64_t mostBufferBytes = 256 << 20;
 
     EGLDisplay display_;
     EGLContext context_;
     std::mutex mutex_;
     std::map<std::string, GLuint> programs_;
+    std::multimap<int64_t, GLuint> buffers_; ///< that nobody uses, by size
+    int64_t bufferBytes_ = 0;
 };
 
 /// Holds a context for the calling thread, which has the context that it had before again afterwards.

@@ -31,6 +31,16 @@ const RE_GPUReport& REfindGPU()
     return report;
 }
 
+RE_GPUTimes REgpuTimes()
+{
+    return {};
+}
+
+const UT_String& RElastGPUError()
+{
+    return REfindGPU().refused;
+}
+
 std::unique_ptr<RE_OGLComputeGPU> REmakeOpenGLCompute()
 {
     return std::make_unique<Nothing>();

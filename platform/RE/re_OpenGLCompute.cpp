@@ -1,5 +1,6 @@
 #include <RE/re_Context.h>
 #include <RE/re_Program.h>
+#include <RE/re_Times.h>
 #include <SYS/SYS_Half.h>
 
 #include <algorithm>
@@ -7,6 +8,13 @@
 #include <vector>
 
 namespace {
+
+/// By thread, as a computation may be gone when somebody asks.
+UT_String& lastError()
+{
+    thread_local UT_String error;
+    return error;
+}
 
 /// A constant's values in the type in which a program takes them.
 re_Constant makeConstant(const char* name, RE_GPUType type, int vectorSize, const void* data, int count,
@@ -85,7 +93,7 @@ public:
     {
         if (!buffers_.empty()) {
             const re_CurrentContext current(context_);
-            deleteBuffers();
+            giveBuffers();
         }
     }
 
@@ -128,6 +136,7 @@ public:
 
     bool setProgram(const char* name, const char* text, bool normalize) override
     {
+        lastError() = REfindGPU().found ? UT_String() : REfindGPU().refused;
         if (!REfindGPU().found)
             return false;
         name_ = name;
@@ -139,17 +148,17 @@ public:
     {
         error.clear();
         if (program_.empty() || declared_.outputs.empty())
-            error = "no program, or no output";
-        else {
-            re_CurrentContext current;
-            context_ = &current.context();
-            if (!current.isCurrent())
-                error = "the OpenGL context cannot be used";
-            else if (run(current.context(), error))
-                return finish(wait, error);
+            return failed("no program, or no output", error);
+        re_CurrentContext current;
+        context_ = &current.context();
+        UT_String why;
+        if (!current.isCurrent())
+            return failed("the OpenGL context cannot be used", error);
+        if (!run(current.context(), why) || !finish(wait, why)) {
+            giveBuffers();
+            return failed(why.view(), error);
         }
-        error = UT_String(name_.view()).append(": ").append(std::string(error.view()));
-        return false;
+        return true;
     }
 
     void getResults() override
@@ -157,11 +166,15 @@ public:
         if (buffers_.empty())
             return;
         const re_CurrentContext current(context_);
+        const re_Timer timer(&RE_GPUTimes::readBack);
         for (size_t i = 0; i < outputs_.size(); ++i) {
-            glBindBuffer(GL_SHADER_STORAGE_BUFFER, buffers_[inputs_.size() + i]);
+            glBindBuffer(GL_SHADER_STORAGE_BUFFER, buffers_[inputs_.size() + i].name);
             glGetBufferSubData(GL_SHADER_STORAGE_BUFFER, 0, declared_.outputs[i].bytes(), outputs_[i]);
         }
-        deleteBuffers();
+        UT_String why;
+        if (!isWell(why))
+            failed(why.view(), why);
+        giveBuffers();
     }
 
 private:
@@ -179,6 +192,8 @@ private:
         const GLuint program = context.program(program_, error);
         if (program == 0 || !fillBuffers(error))
             return false;
+        re_count(&RE_GPUTimes::computations);
+        const re_Timer timer(&RE_GPUTimes::run);
         const re_Array& size = declared_.outputs[0];
         const uint32_t count = size.width * size.height;
         glUseProgram(program);
@@ -199,12 +214,11 @@ private:
 
     bool fillBuffers(UT_String& error)
     {
+        const re_Timer timer(&RE_GPUTimes::upload);
         GLint most = 0;
         glGetIntegerv(GL_MAX_SHADER_STORAGE_BLOCK_SIZE, &most);
-        deleteBuffers();
-        buffers_.resize(declared_.inputs.size() + declared_.outputs.size());
-        glGenBuffers(static_cast<GLsizei>(buffers_.size()), buffers_.data());
-        for (size_t i = 0; i < buffers_.size(); ++i) {
+        giveBuffers();
+        for (size_t i = 0; i < declared_.inputs.size() + declared_.outputs.size(); ++i) {
             const bool isInput = i < inputs_.size();
             const re_Array& array = isInput ? declared_.inputs[i] : declared_.outputs[i - inputs_.size()];
             const int64_t bytes = (std::max<int64_t>(array.bytes(), 1) + 3) / 4 * 4;
@@ -212,32 +226,51 @@ private:
                 error = UT_String("array ").append(array.name).append(": larger than the GPU allows");
                 return false;
             }
-            glBindBufferBase(GL_SHADER_STORAGE_BUFFER, static_cast<GLuint>(i), buffers_[i]);
-            glBufferData(GL_SHADER_STORAGE_BUFFER, bytes, nullptr, isInput ? GL_STATIC_DRAW : GL_STATIC_READ);
+            buffers_.push_back({context_->takeBuffer(bytes), bytes});
+            glBindBufferBase(GL_SHADER_STORAGE_BUFFER, static_cast<GLuint>(i), buffers_[i].name);
             if (isInput)
                 glBufferSubData(GL_SHADER_STORAGE_BUFFER, 0, array.bytes(), inputs_[i].data());
         }
         return true;
     }
 
-    bool finish(bool wait, UT_String& error)
+    static bool finish(bool wait, UT_String& error)
     {
         glMemoryBarrier(GL_BUFFER_UPDATE_BARRIER_BIT);
-        if (wait)
+        if (wait) {
+            const re_Timer timer(&RE_GPUTimes::run);
             glFinish();
+        }
+        return isWell(error);
+    }
+
+    static bool isWell(UT_String& error)
+    {
         const GLenum code = glGetError();
-        if (code == GL_NO_ERROR)
-            return true;
-        error = UT_String(name_.view()).append(": OpenGL error ").append(std::to_string(code));
-        deleteBuffers();
+        if (code != GL_NO_ERROR)
+            error = UT_String("OpenGL error ").append(std::to_string(code));
+        return code == GL_NO_ERROR;
+    }
+
+    bool failed(std::string_view why, UT_String& error) const
+    {
+        lastError() = UT_String(name_.view()).append(": ").append(why);
+        error = lastError();
         return false;
     }
 
-    void deleteBuffers()
+    void giveBuffers()
     {
-        glDeleteBuffers(static_cast<GLsizei>(buffers_.size()), buffers_.data());
+        for (const Buffer& buffer : buffers_)
+            context_->giveBuffer(buffer.name, buffer.bytes);
         buffers_.clear();
     }
+
+    struct Buffer
+    {
+        GLuint name;
+        int64_t bytes;
+    };
 
     re_Declared declared_;
     std::vector<std::vector<uint8_t>> inputs_;
@@ -245,10 +278,15 @@ private:
     UT_String name_;
     std::string program_;
     re_Context* context_ = nullptr; ///< that the buffers are in
-    std::vector<GLuint> buffers_;
+    std::vector<Buffer> buffers_;
 };
 
 } // namespace
+
+const UT_String& RElastGPUError()
+{
+    return lastError();
+}
 
 std::unique_ptr<RE_OGLComputeGPU> REmakeOpenGLCompute()
 {
