@@ -31,6 +31,8 @@ Command functionsCommand();
 Command infoCommand();
 Command diffCommand();
 Command curveCommand();
+Command shaderCommand();
+Command gpuCommand();
 Command completionCommand();
 Command manCommand();
 

@@ -20,7 +20,7 @@ host::Program program()
     for (const host::Operation& operation : host::operations())
         program.commands.push_back(operationCommand(operation));
     for (const auto command : {runCommand, operationsCommand, functionsCommand, infoCommand, diffCommand,
-                               curveCommand, completionCommand, manCommand})
+                               curveCommand, shaderCommand, gpuCommand, completionCommand, manCommand})
         program.commands.push_back(command());
     return program;
 }

@@ -341,6 +341,15 @@ Made Chain::make(const Step& step) const
     });
 }
 
+Chain Chain::fromTextOrFile(const std::optional<std::string>& text, const std::optional<std::string>& file)
+{
+    if (text && file)
+        refuse("--chain: there is a chain in the arguments already, '" + *text + "'");
+    if (!text && !file)
+        refuse("no chain; write one such as \"gamma 2.2, add 0.1\", or name a file with --chain");
+    return text ? fromText(*text) : fromJsonFile(*file);
+}
+
 std::vector<std::string> Chain::differencesOnGPU() const
 {
     std::vector<std::string> all;

@@ -29,6 +29,10 @@ public:
     /// Paths in the file are relative to where it lies.
     static Chain fromJsonFile(const std::string& path);
 
+    /// The one of the two that is given; throws a usage error for both and for none.
+    static Chain fromTextOrFile(const std::optional<std::string>& text,
+                                const std::optional<std::string>& file);
+
     /// The chain in full, in the two forms that it is read in.
     std::string text() const;
     std::string json() const;

@@ -10,14 +10,10 @@ namespace {
 
 Chain chainOf(const Call& call)
 {
-    const std::string file = call.has("chain-file") ? call.text("chain-file") : "";
-    if (call.has("chain") && !file.empty())
-        refuse("--chain: there is a chain in the arguments already, '" + call.text("chain") + "'");
-    if (call.has("chain"))
-        return Chain::fromText(call.text("chain"));
-    if (file.empty())
-        refuse("no chain; write one such as \"gamma 2.2, add 0.1\", or name a file with --chain");
-    return Chain::fromJsonFile(file);
+    const auto given = [&call](const char* key) {
+        return call.has(key) ? std::optional(call.text(key)) : std::nullopt;
+    };
+    return Chain::fromTextOrFile(given("chain"), given("chain-file"));
 }
 
 std::unique_ptr<Node> grade(const Call& call)

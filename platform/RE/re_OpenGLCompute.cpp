@@ -1,10 +1,9 @@
+#include <RE/re_Collector.h>
 #include <RE/re_Context.h>
 #include <RE/re_Program.h>
 #include <RE/re_Times.h>
-#include <SYS/SYS_Half.h>
 
 #include <algorithm>
-#include <cstring>
 #include <vector>
 
 namespace {
@@ -14,49 +13,6 @@ UT_String& lastError()
 {
     thread_local UT_String error;
     return error;
-}
-
-/// A constant's values in the type in which a program takes them.
-re_Constant makeConstant(const char* name, RE_GPUType type, int vectorSize, const void* data, int count,
-                         bool normalize)
-{
-    re_Constant made{name, type, vectorSize, count, {}, {}};
-    const int side = type >= RE_GPU_MATRIX2 ? type - RE_GPU_MATRIX2 + 2 : 1;
-    const auto elements = static_cast<size_t>(int64_t(vectorSize) * count * side * side);
-    const auto floats = [&]<class T>(const T* values) { made.floats.assign(values, values + elements); };
-    const auto integers = [&]<class T>(const T* values, double white) {
-        for (size_t i = 0; i < elements; ++i)
-            if (normalize)
-                made.floats.push_back(static_cast<float>(static_cast<double>(values[i]) / white));
-            else
-                made.integers.push_back(static_cast<int32_t>(values[i]));
-    };
-    switch (type) {
-    case RE_GPU_UINT8:
-        integers(static_cast<const uint8_t*>(data), 255.0);
-        break;
-    case RE_GPU_UINT16:
-        integers(static_cast<const uint16_t*>(data), 65535.0);
-        break;
-    case RE_GPU_UINT32:
-        integers(static_cast<const uint32_t*>(data), 4294967295.0);
-        break;
-    case RE_GPU_INT8:
-        integers(static_cast<const int8_t*>(data), 127.0);
-        break;
-    case RE_GPU_INT16:
-        integers(static_cast<const int16_t*>(data), 32767.0);
-        break;
-    case RE_GPU_INT32:
-        integers(static_cast<const int32_t*>(data), 2147483647.0);
-        break;
-    case RE_GPU_FLOAT16:
-        floats(static_cast<const fpreal16*>(data));
-        break;
-    default:
-        floats(static_cast<const float*>(data));
-    }
-    return made;
 }
 
 void setUniform(GLuint program, const re_Constant& constant)
@@ -86,7 +42,7 @@ void setUniform(GLuint program, const re_Constant& constant)
     }
 }
 
-class OpenGLCompute : public RE_OGLComputeGPU
+class OpenGLCompute : public re_Collector
 {
 public:
     ~OpenGLCompute() override
@@ -95,43 +51,6 @@ public:
             const re_CurrentContext current(context_);
             giveBuffers();
         }
-    }
-
-    void setConstant(const char* name, RE_GPUType type, int vectorSize, const void* data, int count,
-                     bool normalize) override
-    {
-        declared_.constants.push_back(makeConstant(name, type, vectorSize, data, count, normalize));
-    }
-
-    void setArray2D(const char* name, RE_GPUType type, int vectorSize, int width, int height,
-                    const void* data) override
-    {
-        const re_Array& array = add(declared_.inputs, name, type, vectorSize, width, height);
-        const auto* bytes = static_cast<const uint8_t*>(data);
-        inputs_.emplace_back(bytes, bytes + array.bytes());
-    }
-
-    void setArray2D(const char* name, RE_GPUType type, int vectorSize, int width, int height, const void* d0,
-                    const void* d1, const void* d2, const void* d3) override
-    {
-        const re_Array& array = add(declared_.inputs, name, type, vectorSize, width, height);
-        const void* const planes[] = {d0, d1, d2, d3};
-        const auto element = static_cast<size_t>(re_Layout(type).bits / 8);
-        const auto components = static_cast<size_t>(vectorSize);
-        std::vector<uint8_t> together(static_cast<size_t>(array.bytes()));
-        for (size_t at = 0; at < together.size(); at += element)
-            if (const void* plane = planes[at / element % components]; plane != nullptr)
-                std::memcpy(&together[at],
-                            static_cast<const uint8_t*>(plane) + at / element / components * element,
-                            element);
-        inputs_.push_back(std::move(together));
-    }
-
-    void setOutputArray2D(const char* name, RE_GPUType type, int vectorSize, int width, int height,
-                          void* data) override
-    {
-        add(declared_.outputs, name, type, vectorSize, width, height);
-        outputs_.push_back(data);
     }
 
     bool setProgram(const char* name, const char* text, bool normalize) override
@@ -155,7 +74,7 @@ public:
         if (!current.isCurrent())
             return failed("the OpenGL context cannot be used", error);
         if (!run(current.context(), why) || !finish(wait, why)) {
-            giveBuffers();
+            dropBuffers();
             return failed(why.view(), error);
         }
         return true;
@@ -178,13 +97,6 @@ public:
     }
 
 private:
-    static const re_Array& add(std::vector<re_Array>& arrays, const char* name, RE_GPUType type,
-                               int vectorSize, int width, int height)
-    {
-        return arrays.emplace_back(re_Array{name, type, vectorSize, static_cast<uint32_t>(std::max(width, 0)),
-                                            static_cast<uint32_t>(std::max(height, 0))});
-    }
-
     bool run(re_Context& context, UT_String& error)
     {
         while (glGetError() != GL_NO_ERROR) {
@@ -266,15 +178,20 @@ private:
         buffers_.clear();
     }
 
+    /// After an error, as it may be theirs.
+    void dropBuffers()
+    {
+        for (const Buffer& buffer : buffers_)
+            glDeleteBuffers(1, &buffer.name);
+        buffers_.clear();
+    }
+
     struct Buffer
     {
         GLuint name;
         int64_t bytes;
     };
 
-    re_Declared declared_;
-    std::vector<std::vector<uint8_t>> inputs_;
-    std::vector<void*> outputs_;
     UT_String name_;
     std::string program_;
     re_Context* context_ = nullptr; ///< that the buffers are in

@@ -3,6 +3,7 @@
 #include <RE/RE_ShaderType.h>
 #include <RE/re_Join.h>
 #include <RE/re_ShaderText.h>
+#include <SYS/SYS_Half.h>
 #include <UT/UT_String.h>
 
 #include <algorithm>
@@ -11,8 +12,7 @@
 
 namespace {
 
-constexpr const char* prelude = R"(#version 430
-#define FLOAT float
+constexpr const char* types = R"(#define FLOAT float
 #define VEC2 vec2
 #define VEC3 vec3
 #define VEC4 vec4
@@ -24,13 +24,10 @@ constexpr const char* prelude = R"(#version 430
 #define MATRIX3 mat3
 #define MATRIX4 mat4
 #define TRANSFORM_POINT(M, P) ((M) * (P))
+#define mix RE_mix
+)";
 
-uniform uint RE_width;
-uniform uint RE_count;
-uint RE_index = 0u;
-int RE_x = 0;
-int RE_y = 0;
-
+constexpr const char* helpers = R"(
 vec2 RE_splat2(float v) { return vec2(v); }
 vec2 RE_splat2(vec2 v) { return v; }
 vec3 RE_splat3(float v) { return vec3(v); }
@@ -54,7 +51,14 @@ float RE_mix(float a, float b, bool m) { return m ? b : a; }
 vec2 RE_mix(vec2 a, vec2 b, bvec2 m) { return RE_mix(a, b, vec2(m)); }
 vec3 RE_mix(vec3 a, vec3 b, bvec3 m) { return RE_mix(a, b, vec3(m)); }
 vec4 RE_mix(vec4 a, vec4 b, bvec4 m) { return RE_mix(a, b, vec4(m)); }
-#define mix RE_mix
+)";
+
+constexpr const char* codes = R"(
+uniform uint RE_width;
+uniform uint RE_count;
+uint RE_index = 0u;
+int RE_x = 0;
+int RE_y = 0;
 
 // Codes to values, by the bits of 1 / 255 and 1 / 65535.
 float RE_read2(uint code) { precise float v = float(code) * uintBitsToFloat(0x3B808081u); return v; }
@@ -226,15 +230,56 @@ private:
     size_t buffer_;
 };
 
-std::string constantText(const re_Constant& constant)
+} // namespace
+
+re_Constant re_makeConstant(const char* name, RE_GPUType type, int vectorSize, const void* data, int count,
+                            bool normalize)
 {
-    const RE_GPUType type =
-        !constant.floats.empty() && constant.type < RE_GPU_FLOAT16 ? RE_GPU_FLOAT32 : constant.type;
-    const std::string many = constant.count > 1 ? re_join("[", std::to_string(constant.count), "]") : "";
-    return re_join("uniform ", REshaderType(type, constant.vectorSize), " ", constant.name, many, ";\n");
+    re_Constant made{name, type, vectorSize, count, {}, {}};
+    const int side = type >= RE_GPU_MATRIX2 ? type - RE_GPU_MATRIX2 + 2 : 1;
+    const auto elements = static_cast<size_t>(int64_t(vectorSize) * count * side * side);
+    const auto floats = [&]<class T>(const T* values) { made.floats.assign(values, values + elements); };
+    const auto integers = [&]<class T>(const T* values, double white) {
+        for (size_t i = 0; i < elements; ++i)
+            if (normalize)
+                made.floats.push_back(static_cast<float>(static_cast<double>(values[i]) / white));
+            else
+                made.integers.push_back(static_cast<int32_t>(values[i]));
+    };
+    switch (type) {
+    case RE_GPU_UINT8:
+        integers(static_cast<const uint8_t*>(data), 255.0);
+        break;
+    case RE_GPU_UINT16:
+        integers(static_cast<const uint16_t*>(data), 65535.0);
+        break;
+    case RE_GPU_UINT32:
+        integers(static_cast<const uint32_t*>(data), 4294967295.0);
+        break;
+    case RE_GPU_INT8:
+        integers(static_cast<const int8_t*>(data), 127.0);
+        break;
+    case RE_GPU_INT16:
+        integers(static_cast<const int16_t*>(data), 32767.0);
+        break;
+    case RE_GPU_INT32:
+        integers(static_cast<const int32_t*>(data), 2147483647.0);
+        break;
+    case RE_GPU_FLOAT16:
+        floats(static_cast<const fpreal16*>(data));
+        break;
+    default:
+        floats(static_cast<const float*>(data));
+    }
+    return made;
 }
 
-} // namespace
+std::string re_Constant::declaration() const
+{
+    const RE_GPUType as = !floats.empty() && type < RE_GPU_FLOAT16 ? RE_GPU_FLOAT32 : type;
+    const std::string many = count > 1 ? re_join("[", std::to_string(count), "]") : "";
+    return re_join(REshaderType(as, vectorSize), " ", name, many);
+}
 
 re_Layout::re_Layout(RE_GPUType type)
 {
@@ -254,13 +299,23 @@ uint32_t re_Declared::pixelsPerInvocation() const
     return pixels;
 }
 
+const char* re_shaderTypes()
+{
+    return types;
+}
+
+const char* re_shaderHelpers()
+{
+    return helpers;
+}
+
 std::string re_program(const re_Declared& declared, std::string_view text, bool normalize)
 {
     const re_ShaderText cut(text);
-    std::string program = prelude;
+    std::string program = re_join("#version 430\n", types, helpers, codes);
     std::string clear, store;
     for (const re_Constant& constant : declared.constants)
-        program += constantText(constant);
+        program += re_join("uniform ", constant.declaration(), ";\n");
     size_t buffer = 0;
     for (const re_Array& input : declared.inputs)
         program += ArrayText(input, normalize, buffer++).input();

@@ -37,7 +37,14 @@ struct re_Constant
     int count;
     std::vector<float> floats; ///< the values, or the integers
     std::vector<int32_t> integers;
+
+    /// "FLOAT gamma1[4]"
+    std::string declaration() const;
 };
+
+/// A constant's values in the type in which a program takes them.
+re_Constant re_makeConstant(const char* name, RE_GPUType type, int vectorSize, const void* data, int count,
+                            bool normalize);
 
 /// Everything that a program is made for. Arrays have the buffers 0, 1 and so on, first the inputs.
 struct re_Declared
@@ -51,6 +58,10 @@ struct re_Declared
 };
 
 inline constexpr uint32_t re_groupSize = 64;
+
+/// The macros that shader texts have for GLSL's words, and the functions that they call unseen.
+const char* re_shaderTypes();
+const char* re_shaderHelpers();
 
 /// The whole compute shader. Its uniforms are the constants, RE_width and RE_count, the pixels of a row and of
 /// all rows, and RE_size_name for each input.
