@@ -48,6 +48,7 @@ Json functionJson(const host::Function& function)
             {"usage", function.usage()},
             {"leavesAlpha", function.leavesAlpha},
             {"colourSpace", function.colourSpace ? Json(*function.colourSpace) : Json()},
+            {"onGPU", function.onGPU != nullptr ? Json(function.onGPU) : Json()},
             {"arguments", arguments}};
 }
 
@@ -62,6 +63,8 @@ void printHelp(const host::Function& function)
     }
     printRows(arguments);
     std::printf("%s", function.leavesAlpha ? "It leaves alpha alone.\n" : "");
+    if (function.onGPU != nullptr)
+        std::printf("On a GPU it differs: %s.\n", function.onGPU);
     if (function.colourSpace)
         std::printf("The picture is %s then.\n", function.colourSpace->empty()
                                                      ? "in no known colour space"

@@ -42,7 +42,7 @@ public:
     /// What becomes of the colour space that an image is tagged with, as Function::colourSpace says it.
     std::optional<std::string> colourSpace() const;
 
-    /// What the functions do on a GPU that they do not do on the CPU: "ntsc: blue weighs 0.144".
+    /// What the functions do on a GPU that they do not do on the CPU: "curve: it sags between keys".
     std::vector<std::string> differencesOnGPU() const;
 
     /// The linked functions of a chain that is not empty, and the components that they write.

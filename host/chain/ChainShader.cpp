@@ -16,7 +16,7 @@ std::string heading(const Chain& chain, const UT_String& program)
     if (program.view().find("num_comps") != std::string_view::npos)
         text += "// num_comps: channels of the picture\n";
     for (const std::string& other : chain.differencesOnGPU())
-        text += "// Not the picture of the CPU; here " + other + "\n";
+        text += "// Differs from the CPU's picture: " + other + "\n";
     return text;
 }
 

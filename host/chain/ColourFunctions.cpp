@@ -266,7 +266,7 @@ std::vector<Function> colourFunctions()
          makeCurve,
          losesSpace,
          false,
-         "the curve sags between its keys"},
+         "it sags between keys"},
         {"lut",
          "the values of a look-up file, .cube or .csv",
          {required("file", Type::File)},

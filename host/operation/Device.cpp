@@ -25,11 +25,12 @@ std::string reasonForCPU(const Call& call, const Chain& chain)
     if (call.planeSettings().hasPoints())
         return "--black and --white count there alone";
     if (const std::vector<std::string> others = chain.differencesOnGPU(); !others.empty())
-        return "the GPU has other values, " + joined(others);
+        return "the GPU's picture differs: " + joined(others, "; ");
     const RE_GPUReport& found = REfindGPU();
     if (!found.found)
-        return "no GPU: " + inOneLine(found.refused.buffer());
-    return found.software ? std::string("no GPU but OpenGL in software, ") + found.name.buffer() : "";
+        return "there is no GPU: " + inOneLine(found.refused.buffer());
+    return found.software ? std::string("there is no GPU but OpenGL in software, ") + found.name.buffer()
+                          : "";
 }
 
 } // namespace
@@ -46,13 +47,15 @@ Parameter deviceParameter()
 
 bool takesGPU(const Call& call, const Chain& chain, std::vector<std::string>& notes)
 {
-    const std::string device = call.text("device"), name = call.operation().name;
-    if (device == "cpu" || chain.isEmpty())
+    enum { cpu, gpu, automatic };
+    const size_t device = choiceOf(call, "device");
+    const std::string& name = call.operation().name;
+    if (device == cpu || chain.isEmpty())
         return false;
-    if (device == "auto") {
+    if (device == automatic) {
         const std::string reason = reasonForCPU(call, chain);
         if (!reason.empty())
-            notes.push_back(name + ": computed on the CPU; " + reason);
+            notes.push_back(name + ": computed on the CPU, as " + reason);
         return reason.empty();
     }
     const RE_GPUReport& found = REfindGPU();
@@ -63,8 +66,8 @@ bool takesGPU(const Call& call, const Chain& chain, std::vector<std::string>& no
             "--device gpu: --black and --white count on the CPU alone; leave them out, or say --device cpu");
     if (found.software)
         notes.push_back(name + ": computed by OpenGL in software, " + found.name.buffer());
-    for (const std::string& other : chain.differencesOnGPU())
-        notes.push_back(name + ": not the picture of the CPU; there " + other);
+    if (const std::vector<std::string> others = chain.differencesOnGPU(); !others.empty())
+        notes.push_back(name + ": differs from the CPU's picture: " + joined(others, "; "));
     return true;
 }
 

@@ -128,6 +128,47 @@ class ToolTest(unittest.TestCase):
         self.assertIn("the same", self.run_tool("diff", "a.exr", "a.exr").stdout)
         self.run_tool("diff", "a.exr", "b.exr", code=1)
 
+    def test_what_needs_a_gpu_says_so(self):
+        self.plate("in.png")
+        environment = {**os.environ, "KREILUGE_GPU": "off"}
+
+        def without(*arguments):
+            return subprocess.run([KREILUGE, *arguments], cwd=self.path, env=environment, capture_output=True, text=True)
+
+        grade = ["grade", "in.png", "add 0.1", "-o", "out.png", "--device"]
+        result = without(*grade, "gpu")
+        self.assertEqual((result.returncode, result.stderr), (6, "kreiluge: --device gpu: there is none: KREILUGE_GPU: off\n"))
+        self.assertEqual(self.names(), ["in.png"])
+        script = without("run", "-e", "grade in.png 'add 0.1' --device gpu | write out.png")
+        self.assertEqual(script.returncode, 6, script.stderr)
+        result = without(*grade, "auto")
+        self.assertEqual(result.returncode, 0)
+        self.assertIn("note: grade: computed on the CPU, as there is no GPU: KREILUGE_GPU: off", result.stderr)
+        self.run_tool("grade", "in.png", "add 0.1", "-o", "cpu.png")
+        self.run_tool("diff", "out.png", "cpu.png")
+        self.assertEqual(without("gpu").returncode, 6)
+        self.assertEqual(json.loads(without("gpu", "--json").stdout)["refused"], ["KREILUGE_GPU: off"])
+        found = json.loads(self.run_tool("gpu", "--json", code=None).stdout)
+        if found["found"]:
+            stats = self.run_tool(*grade, "gpu", "--progress", "json", "--stats").stdout
+            self.assertGreater(json.loads(stats.splitlines()[-2])["stats"]["gpu"]["run"], 0)
+
+    def test_printed_shaders_compile(self):
+        compiler = shutil.which("glslangValidator")
+        if compiler is None:
+            self.skipTest("glslangValidator is not installed")
+        main = "out vec4 o;\nvoid main() { o = look(vec4(0.5)); }\n"
+        for chain in ["", "gamma 2.2 @rg, saturation, average", "curve 0 0, 0.5 0.6, 1 1, huecurve hue=0:0.5;1:0.5"]:
+            for channels in "134":
+                printed = self.run_tool("shader", chain, "--name", "look", "--channels", channels).stdout
+                (self.path / "a.frag").write_text("#version 400\n#extension GL_ARB_shader_bit_encoding : enable\n" + printed + main)
+                (self.path / "a.comp").write_text(self.run_tool("shader", chain, "--compute", "half").stdout)
+                for file in ["a.frag", "a.comp"]:
+                    result = subprocess.run([compiler, file], cwd=self.path, capture_output=True, text=True)
+                    self.assertEqual(result.returncode, 0, result.stdout)
+        self.assertIn("uniform float add1 = 0.5; // of function1\n", self.run_tool("shader", "add 0.5").stdout)
+        self.run_tool("shader", "add 0.5", "--name", "3x", code=2)
+
     def test_sequences(self):
         for frame in [1, 2, 4]:
             self.plate(f"in.{frame:04d}.exr")
@@ -340,7 +381,7 @@ class ToolTest(unittest.TestCase):
         operations = json.loads(self.run_tool("operations", "--json").stdout)
         self.assertEqual(commands[: len(operations)], [operation["name"] for operation in operations])
         self.assertEqual(self.completed("operations", ""), [operation["name"] for operation in operations])
-        self.assertEqual((len(commands), len(operations)), (27, 19))
+        self.assertEqual((len(commands), len(operations)), (29, 19))
         count = 0
         for command in commands:
             helped = re.findall(r"^  (-[\w,-]+)", self.run_tool(command, "--help").stdout, re.MULTILINE)
@@ -352,7 +393,7 @@ class ToolTest(unittest.TestCase):
         for operation in operations:
             options = {argument["option"] for argument in operation["inputs"] + operation["arguments"]} - {None}
             self.assertLessEqual(options, set(self.completed(operation["name"], "-")))
-        self.assertEqual(count, 357)
+        self.assertEqual(count, 367)
 
     def test_the_documents_list_operations_and_functions(self):
         subprocess.run([sys.executable, DOCUMENT.with_name("tables.py"), "--check", KREILUGE], check=True)
