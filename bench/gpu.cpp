@@ -49,14 +49,14 @@ Times timesOf(RU_Algorithm& engine, Planes& planes)
 /// The medians of several calls.
 Times median(RU_Algorithm& engine, Planes& planes, int calls)
 {
-    std::vector<Times> all;
-    for (int i = 0; i < calls; ++i)
-        all.push_back(timesOf(engine, planes));
+    std::vector<Times> all(static_cast<size_t>(calls));
+    for (Times& times : all)
+        times = timesOf(engine, planes);
     Times middle;
     for (size_t i = 0; i < Times::count; ++i) {
-        std::vector<double> step;
-        for (const Times& times : all)
-            step.push_back(times.seconds[i]);
+        std::vector<double> step(all.size());
+        std::transform(all.begin(), all.end(), step.begin(),
+                       [i](const Times& times) { return times.seconds[i]; });
         std::nth_element(step.begin(), step.begin() + calls / 2, step.end());
         middle.seconds[i] = step[static_cast<size_t>(calls / 2)];
     }

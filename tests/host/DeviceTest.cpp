@@ -85,7 +85,7 @@ TEST_F(Device, ComponentsOutOfScopeKeepAllBits)
     const TestImage image(OIIO::ImageSpec(67, 31, 4, OIIO::TypeDesc::UINT32));
     image.write(dir.file("in.tif"));
     TestImage out = TestImage::read(grade("mult 0.5 @g", "in.tif", "out.tif", "gpu")), in = image;
-    for (size_t i = 0; i < 67 * 31 * 4; ++i) {
+    for (size_t i = 0; i < out.bytes.size() / 4; ++i) {
         const double exact = in.values<uint32_t>()[i] * (i % 4 == 1 ? 0.5 : 1.0);
         EXPECT_NEAR(out.values<uint32_t>()[i], exact, i % 4 == 1 ? 256.0 : 0.0) << i;
     }
@@ -157,6 +157,7 @@ TEST_F(Device, AFailureLeavesNoFile)
 TEST_F(Device, PrintedFunctionsComputeWhatTheEngineDoes)
 {
     constexpr int count = 64;
+    constexpr size_t values = count * size_t{4};
     std::ofstream(dir.file("lut.csv")) << "0\n0.3\n0.4\n1\n";
     for (const std::string text :
          {"gamma 2.2:1.8:1, add 0.1 @rg, saturation @b, hsv 30", "average, log 10 0.5, invert 2",
@@ -167,7 +168,7 @@ TEST_F(Device, PrintedFunctionsComputeWhatTheEngineDoes)
             words.replace(at, 3, dir.file("lut.csv"));
         const host::Chain chain = host::Chain::fromText(words);
         const host::Chain::Built built = chain.build();
-        std::vector<float> in(count * 4), out(count * 4), expected(count * 4);
+        std::vector<float> in(values), out(values), expected(values);
         for (size_t i = 0; i < in.size(); ++i)
             in[i] = static_cast<float>(i * 7 % 256) / 200.0f;
         const auto run = [&](const std::string& functions, const std::string& statements,
@@ -176,11 +177,14 @@ TEST_F(Device, PrintedFunctionsComputeWhatTheEngineDoes)
             gpu.setConstant("num_comps", RE_GPU_INT32, 1, &four, 1, false);
             gpu.setArray2D("colour", RE_GPU_FLOAT32, 4, count, 1, in.data());
             gpu.setOutputArray2D("colour", RE_GPU_FLOAT32, 4, count, 1, to.data());
-            const std::string program =
-                "VEC4 value;\n" + functions + "\nvalue = IN_colour;\n" + statements + "OUT_colour(value);\n";
+            UT_String program("VEC4 value;\n");
+            program.append(functions)
+                .append("\nvalue = IN_colour;\n")
+                .append(statements)
+                .append("OUT_colour(value);\n");
             UT_String error;
-            ASSERT_TRUE(gpu.setProgram("test", program.c_str(), true));
-            ASSERT_TRUE(gpu.compute(error, true)) << error.buffer() << program;
+            ASSERT_TRUE(gpu.setProgram("test", program.buffer(), true));
+            ASSERT_TRUE(gpu.compute(error, true)) << error.buffer() << program.buffer();
             gpu.getResults();
         };
         std::string function = host::shaderFunction(chain, "look", 4);
