@@ -20,6 +20,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <memory>
+#include <set>
 
 namespace tool {
 
@@ -142,11 +143,14 @@ void printStats(const host::FrameReport& report)
     printGPU();
 }
 
-void tellDone(const host::FrameReport& report, const RunOptions& o, Progress& progress)
+/// Notes that were told of a frame before are not told again.
+void tellDone(const host::FrameReport& report, const RunOptions& o, Progress& progress,
+              std::set<std::string>& told)
 {
     progress.done(o.stats ? statsJson(report) : nullptr);
     for (const std::string& note : report.notes)
-        std::fprintf(stderr, "kreiluge: note: %s\n", host::printable(note).c_str());
+        if (told.insert(note).second)
+            std::fprintf(stderr, "kreiluge: note: %s\n", host::printable(note).c_str());
     if (o.stats && !progress.isJson())
         printStats(report);
     std::fflush(stdout);
@@ -228,10 +232,11 @@ int runAll(const host::Script& script, const RunOptions& o)
     Progress progress(o.progress);
     host::setFileThreads(settings.threads);
     size_t failed = 0, missing = 0;
+    std::set<std::string> told;
     for (size_t i = 0; i < frames.size(); ++i) {
         try {
             settings.progress = progress.begin(outputOf(script, frames[i]), i, frames.size(), frames[i]);
-            tellDone(host::ScriptGraph(script, frames[i]).run(settings), o, progress);
+            tellDone(host::ScriptGraph(script, frames[i]).run(settings), o, progress, told);
         } catch (const Error& error) {
             progress.failed(error.what());
             if (frames.size() == 1 || endsSequence(error)) {
