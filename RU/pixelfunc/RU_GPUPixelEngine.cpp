@@ -1,8 +1,7 @@
 #include <RU/pixelfunc/RU_GPUPixelEngine.h>
 
-#include <RE/RE_Convert.h>
-#include <RE/RE_OGLComputeGPU.h>
 #include <RU/framework/ru_Tiles.h>
+#include <RU/gpgpu/ru_OutputTiles.h>
 #include <RU/pixelfunc/RU_GPUTiming.h>
 #include <RU/pixelfunc/RU_PixelFunction.h>
 #include <UT/UT_WorkBuffer.h>
@@ -12,15 +11,12 @@
 
 namespace {
 
-constexpr const char* componentNames[] = {"red", "green", "blue", "alpha"};
-constexpr const char* componentLetters[] = {"r", "g", "b", "a"};
-
 /// The tiles of one call.
 template <class T>
 class Tiles
 {
 public:
-    Tiles(const TIL_TileList& out, const TIL_TileList* in) : rows_(out)
+    Tiles(const TIL_TileList& out, const TIL_TileList* in) : out_(out), rows_(out)
     {
         for (int c = 0; c < 4; ++c) {
             if (TIL_Tile* tile = out.tiles[c]; tile != nullptr && !tile->isDone())
@@ -45,13 +41,12 @@ public:
         const auto height = static_cast<int>(rows_.height);
         for (int c = 0; c < 4; ++c)
             if (hasInput(c))
-                gpu.setArray2D(componentNames[c], type, 1, width, height, inputData(c).pixels);
+                gpu.setArray2D(ru_componentNames[c], type, 1, width, height, inputData(c).pixels);
         int written = 0;
         for (int c = 0; c < 4; ++c)
-            if (output_[c] != nullptr) {
-                gpu.setOutputArray2D(componentNames[c], type, 1, width, height, dataOf(*output_[c]));
-                program.append("OUT_", componentNames[c], "( value.", componentLetters[written++], " );\n");
-            }
+            if (ru_setOutputTile(gpu, out_, c))
+                program.append("OUT_", ru_componentNames[c], "( value.", ru_componentLetters[written++],
+                               " );\n");
     }
 
     void markWritten() const
@@ -91,6 +86,7 @@ private:
         return constant;
     }
 
+    const TIL_TileList& out_;
     ru_TileRows rows_;
     TIL_Tile* input_[4] = {};
     TIL_Tile* output_[4] = {};
@@ -138,7 +134,7 @@ public:
         UT_WorkBuffer program;
         program.append("VEC4 value;\n", functions.view(), "\nvalue = VEC4( ");
         for (int c = 0; c < 4; ++c)
-            program.append(tiles.hasInput(c) ? "IN_" : "", tiles.hasInput(c) ? componentNames[c] : "0.0f",
+            program.append(tiles.hasInput(c) ? "IN_" : "", tiles.hasInput(c) ? ru_componentNames[c] : "0.0f",
                            c < 3 ? ",\n\t " : ");\n\n");
         program.append(statements.view());
         gpu->setConstant("num_comps", RE_GPU_INT32, 1, &numComps, 1, false);

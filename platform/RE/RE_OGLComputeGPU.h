@@ -31,7 +31,8 @@ public:
                              bool normalize) = 0;
 
     /// An input array of width x height vectors. The program reads it as IN_name at the pixel that it
-    /// computes, and as ABS_name(x, y) anywhere; single values are FLOAT, pairs VEC2 and so on.
+    /// computes, and as ABS_name(x, y) anywhere; single values are FLOAT, pairs VEC2 and so on. SIZE_name is an
+    /// IVEC2, its columns and rows.
     virtual void setArray2D(const char* name, RE_GPUType type, int vectorSize, int width, int height,
                             const void* data) = 0;
 

@@ -20,6 +20,9 @@ constexpr const char* types = R"(#define FLOAT float
 #define IVEC2 ivec2
 #define IVEC3 ivec3
 #define IVEC4 ivec4
+#define UINT uint
+#define BOOL bool
+#define MAT3 mat3
 #define MATRIX2 mat2
 #define MATRIX3 mat3
 #define MATRIX4 mat4
@@ -128,8 +131,8 @@ bool isFloat(RE_GPUType type)
     return type == RE_GPU_FLOAT16 || type == RE_GPU_FLOAT32;
 }
 
-/// The pieces of an array's part in a program, with its markers replaced: NAME; TYPE of a pixel; SIZE of its
-/// vectors; BITS, LAST and SHIFT of elements in words; BUFFER.
+/// The pieces of an array's part in a program, with its markers replaced: NAME; TYPE of a pixel and its COMPONENTS;
+/// BITS, LAST and SHIFT of elements in words; BUFFER.
 class ArrayText
 {
 public:
@@ -147,10 +150,11 @@ public:
         return replaced(R"(
 layout(std430, binding = BUFFER) readonly buffer RE_in_NAME { uint RE_data_NAME[]; };
 uniform uvec2 RE_size_NAME;
+#define SIZE_NAME ivec2(RE_size_NAME)
 TYPE ABS_NAME(int x, int y)
 {
-    ivec2 last = ivec2(RE_size_NAME) - 1;
-    uint e = (uint(clamp(y, 0, last.y)) * RE_size_NAME.x + uint(clamp(x, 0, last.x))) * SIZEu;
+    ivec2 last = SIZE_NAME - 1;
+    uint e = (uint(clamp(y, 0, last.y)) * RE_size_NAME.x + uint(clamp(x, 0, last.x))) * COMPONENTSu;
     return TYPE()" + values +
                         R"();
 }
@@ -169,7 +173,7 @@ void RE_put_NAME(uint e, uint code)
 {
     uint lane = e & LASTu;
     RE_word_NAME = lane == 0u ? code : RE_word_NAME | (code << (lane * BITSu));
-    if (lane == LASTu || e + 1u == RE_count * SIZEu)
+    if (lane == LASTu || e + 1u == RE_count * COMPONENTSu)
         RE_codes_NAME[e >> SHIFTu] = RE_word_NAME;
 }
 )");
@@ -185,8 +189,8 @@ void RE_put_NAME(uint e, uint code)
             const std::string value = re_join("RE_value_NAME", array_.vectorSize > 1 ? components[k] : "");
             const std::string code =
                 isValue_ ? re_join("RE_writeCODE(", value, ")") : re_join("uint(", value, ") & MASKu");
-            text +=
-                re_join("        RE_put_NAME(RE_index * SIZEu + ", std::to_string(k), "u, ", code, ");\n");
+            text += re_join("        RE_put_NAME(RE_index * COMPONENTSu + ", std::to_string(k), "u, ", code,
+                            ");\n");
         }
         return replaced(text);
     }
@@ -206,13 +210,11 @@ private:
     std::string replaced(std::string_view text) const
     {
         const uint32_t bits = re_Layout(array_.type).bits;
-        const std::string size = std::to_string(array_.vectorSize);
         const char* type = REshaderType(isValue_ ? RE_GPU_FLOAT32 : RE_GPU_INT32, array_.vectorSize);
         UT_String result(text);
         for (const auto& [marker, value] : std::initializer_list<std::pair<const char*, std::string>>{
-                 {"NAME", array_.name},
                  {"TYPE", type},
-                 {"SIZE", size},
+                 {"COMPONENTS", std::to_string(array_.vectorSize)},
                  {"BITS", std::to_string(bits)},
                  {"LAST", std::to_string(32 / bits - 1)},
                  {"SHIFT", bits == 8    ? "2"
@@ -220,7 +222,8 @@ private:
                                         : "0"},
                  {"MASK", std::to_string(bits == 32 ? 0xFFFFFFFFu : (1u << bits) - 1)},
                  {"CODE", std::to_string(array_.type)},
-                 {"BUFFER", std::to_string(buffer_)}})
+                 {"BUFFER", std::to_string(buffer_)},
+                 {"NAME", array_.name}}) // last: it may contain markers
             result.substitute(marker, value);
         return std::string(result.view());
     }
