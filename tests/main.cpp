@@ -1,7 +1,9 @@
 // Runs the tests. Instead, --digest prints what identifies all outputs of the library, --shaders DIRECTORY writes
-// programs made of all pieces of GLSL, and --shader-table prints the table of these.
+// programs made of all pieces of GLSL, --shader-table prints the table of these, and --parity that of how far the GPU
+// is apart.
 #include <gpgpu/ShaderPrograms.h>
 #include <reference/Digest.h>
+#include <reference/Parity.h>
 
 #include <gtest/gtest.h>
 
@@ -19,6 +21,8 @@ int main(int argc, char** argv)
         shaders::printTable();
         return 0;
     }
+    if (argc > 1 && std::strcmp(argv[1], "--parity") == 0)
+        return reference::printParity();
     ::testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }

@@ -14,8 +14,8 @@ extern template class RU_API RU_PixelFactories<RU_GPUPixelEngineOp>;
 /// - Codes span their full range whatever the black and white points are; all rows are computed whatever the
 ///   first row and the row step are; NaN is what the GPU makes of it.
 /// - Only an output tile's done flag keeps it from being written. A tile that was written is not constant.
-/// - Absent components start at 0. The outputs take the results' components one after the other: without a
-///   red one, green gets what red would have got.
+/// - A function without any component in its scope runs on all. Absent components start at 0. The outputs take
+///   the results' components one after the other: without a red one, green gets what red would have got.
 /// - An error of the computation is printed on the standard error stream, once per call, and the outputs stay
 ///   as they were. Without OpenGL nothing is computed and nothing is printed; ask REfindGPU() first.
 ///

@@ -78,6 +78,7 @@ void RU_HueCurveFunc::getPixelShader(UT_String& body)
     ru_declareHSV([this](auto... local) { addLocal(local...); },
                   [this](auto... shared) { addFunction(shared...); });
     addLocal("gain", RE_GPU_FLOAT32, 3);
+    addLocal("prev", RE_GPU_FLOAT32, 4);
     const std::string table = "huecurve" + std::to_string(getFunctionIndex());
     std::vector<float> samples; // the three side by side
     for (size_t i = 0; i < turns_.size(); ++i)
@@ -85,10 +86,13 @@ void RU_HueCurveFunc::getPixelShader(UT_String& body)
     addArray(table.c_str(), RE_GPU_FLOAT32, 3, static_cast<int>(turns_.size()), 1, samples.data());
 
     // Back by the pure hue k: (1 - (1 - k) s) v, also for s > 1.
-    body = "if(num_comps < 3 || max(value.r, max(value.g, value.b)) <= 0.0) return value;\n";
-    UT_String text("p = min(value.r, 1.0) * %n.0;\n"
+    body = "if(num_comps < 3) return value;\n"
+           "prev = value;\n";
+    UT_String text("if(!(value.b > 0.0 && value.g <= 3.402823466e38)) return prev;\n"
+                   "p = min(value.r, 1.0) * %n.0;\n"
                    "i = min(INT(p), %n - 1);\n"
                    "gain = mix(ABS_%t(i, 0), ABS_%t(i + 1, 0), p - FLOAT(i));\n"
+                   "if(gain == VEC3(0.0, 1.0, 1.0)) return prev;\n"
                    "gain.z = value.b * (1.0 + (gain.z - 1.0) * min(value.g, 1.0));\n"
                    "gain.y *= value.g;\n"
                    "value.rgb = VEC3(value.r + gain.x, 1.0, 1.0);\n"

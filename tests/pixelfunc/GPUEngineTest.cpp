@@ -33,11 +33,17 @@ struct Numbered : RU_PixelFunction
             return skipFunction();
         if (text_ != "global")
             return;
-        const int three = 3;
+        const int numbers[] = {3, 4, 5, 6};
         usesGlobal("num_comps");
-        addConstant("three", RE_GPU_INT32, 1, &three, 1);
+        usesGlobal("width");
+        addConstant("three", RE_GPU_INT32, 1, numbers, 1);
+        addConstant("pairs", RE_GPU_INT32, 2, numbers, 2);
         addLocal("hue", RE_GPU_FLOAT32, 1);
+        addArray("table", RE_GPU_INT32, 2, 2, 1, numbers);
+        addArray("planes", RE_GPU_INT32, 4, 1, 1, numbers, nullptr, numbers + 1, numbers + 2);
         addFunction("shared", "void shared();");
+        addFunction("alpha", "void alpha();");
+        addFunction("shared", "another text");
     }
 
 private:
@@ -90,29 +96,33 @@ TEST_F(GPUEngine, ProgramAndCallsAreThoseOfTheChain)
     std::setlocale(LC_NUMERIC, locale.c_str());
 
     ASSERT_EQ(log.computations.size(), 2u);
-    EXPECT_EQ(log.computations[0], "constant three3 = 3\n"
-                                   "constant num_comps = 2\n"
-                                   "in red 2 1 5x3\n0\n"
-                                   "in blue 2 1 5x3\n0\n"
-                                   "out green 2 1 5x3\n"
-                                   "out alpha 2 1 5x3\n"
-                                   "RU_GPUPixelEngine\n"
-                                   "VEC4 value;\n"
-                                   "void shared();\n\n"
-                                   "\nVEC4 function1(VEC4 value )\n{\nfirst\n  return value;\n}\n"
-                                   "\nVEC4 function3(VEC4 value , in int num_comps, in INT three3, out FLOAT "
-                                   "hue3)\n{\nglobal\n  return value;\n}\n"
-                                   "\nVEC4 function5(VEC4 value , in int num_comps)\n{\nlast\n  return "
-                                   "value;\n}\n"
-                                   "\nvalue = VEC4( IN_red,\n\t 0.0f,\n\t IN_blue,\n\t 0.0f);\n\n"
-                                   "FLOAT hue3;\n\n"
-                                   "value = mix(value, "
-                                   "function1(value),VEC4(1.000000,0.000000,1.000000,0.000000));\n"
-                                   "value = function3( value, num_comps,three3,hue3);\n"
-                                   "value = function5( value, num_comps);\n"
-                                   "OUT_green( value.r );\n"
-                                   "OUT_alpha( value.g );\n\n"
-                                   "compute\nresults\nend");
+    EXPECT_EQ(log.computations[0],
+              "constant three3 = 3\n"
+              "constant pairs3 = 3 4 5 6\n"
+              "in table 7 2 2x1\n3\n"
+              "in planes3 7 4 1x1\n3\nnone\n4\n5\n"
+              "constant num_comps = 2\n"
+              "in red 2 1 5x3\n0\n"
+              "in blue 2 1 5x3\n0\n"
+              "out green 2 1 5x3\n"
+              "out alpha 2 1 5x3\n"
+              "RU_GPUPixelEngine\n"
+              "VEC4 value;\n"
+              "void shared();\nvoid alpha();\n\n"
+              "\nVEC4 function1(VEC4 value )\n{\nfirst\n  return value;\n}\n"
+              "\nVEC4 function3(VEC4 value , in int num_comps, in INT three3, in IVEC2 "
+              "pairs3[2], out FLOAT hue3, out IVEC4 planes3)\n{\nglobal\n  return value;\n}\n"
+              "\nVEC4 function5(VEC4 value , in int num_comps)\n{\nlast\n  return "
+              "value;\n}\n"
+              "\nvalue = VEC4( IN_red,\n\t 0.0f,\n\t IN_blue,\n\t 0.0f);\n\n"
+              "FLOAT hue3;\n\n"
+              "value = mix(value, "
+              "function1(value),VEC4(1.000000,0.000000,1.000000,0.000000));\n"
+              "value = function3( value, num_comps,three3,pairs3,hue3,planes3);\n"
+              "value = function5( value, num_comps);\n"
+              "OUT_green( value.r );\n"
+              "OUT_alpha( value.g );\n\n"
+              "compute\nresults\nend");
     EXPECT_EQ(log.computations[0], log.computations[1]);
 }
 

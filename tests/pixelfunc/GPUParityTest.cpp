@@ -1,52 +1,21 @@
 #include <RE/RE_OpenGL.h>
-#include <RU/pixelfunc/RU_AddFunc.h>
 #include <RU/pixelfunc/RU_GPUPixelEngine.h>
-#include <RU/pixelfunc/RU_MultFunc.h>
 #include <RU/pixelfunc/RU_PixelEngine.h>
-#include <TIL/TIL_TileList.h>
-#include <reference/Functions.h>
+#include <reference/Parity.h>
+#include <reference/Random.h>
 
 #include <gtest/gtest.h>
 
 #include <bit>
 #include <cmath>
 #include <cstring>
+#include <fstream>
+#include <iterator>
 #include <limits>
-#include <map>
-#include <thread>
 
 using namespace reference;
 
 namespace {
-
-/// Four tiles of a format, made from and compared as bytes.
-struct Tiles
-{
-    Tiles(unsigned char format, int width, int height)
-        : plane(format, 4), list(plane, 0, 0, width - 1, height - 1)
-    {
-        bytes = static_cast<size_t>(width) * static_cast<size_t>(height) *
-                static_cast<size_t>(PXLbytesPerElement(format));
-        for (size_t c = 0; c < 4; ++c)
-            tiles.emplace_back(format, width, height);
-        for (size_t c = 0; c < 4; ++c)
-            list.tiles[c] = &tiles[c];
-    }
-    Tiles(const Tiles&) = delete;
-
-    template <class T>
-    T* data(size_t c)
-    {
-        T* pixels = nullptr;
-        tiles[c].getImageData(pixels);
-        return pixels;
-    }
-
-    TIL_Plane plane;
-    TIL_TileList list;
-    std::vector<TIL_Tile> tiles;
-    size_t bytes = 0;
-};
 
 /// Skipped, and why, where there is no OpenGL.
 class GPUParity : public ::testing::Test
@@ -70,39 +39,6 @@ protected:
     }
 };
 
-/// How far both engines are apart at most, relative to values above 1; the others are equal to the bit. Of
-/// those that do something else on the GPU, by docs/numerics.md, nothing is expected.
-double threshold(const std::string& name)
-{
-    constexpr double other = std::numeric_limits<double>::infinity();
-    static const std::map<std::string, double> thresholds = {
-        {"Gamma", 2e-6},      {"Power", 2e-6},          {"Raise", other},      {"Log", 1e-6},
-        {"Sin", 1e-6},        {"Atan", other},          {"Tan", 1e-6},         {"Asin", other},
-        {"Acos", other},      {"Sinh", 2e-6},           {"Cosh", 2e-6},        {"Tanh", other},
-        {"Levels", 3e-6},     {"LookupTable", 1e-6},    {"LookupClip", other}, {"ColorCurve", other},
-        {"Luminance", 5e-7},  {"NTSCLuminance", other}, {"Vector", 5e-7},      {"Length", 5e-7},
-        {"Normalize", 5e-7},  {"Average", 2e-6},        {"Component5", other}, {"Component0", other},
-        {"HueCurve26", 1e-5}, {"HueCurve27", 1e-5},     {"HueCurve28", 1e-5},  {"Replace29", 1e-6},
-        {"Replace30", 1e-6},  {"Replace31", 1e-6},      {"Replace32", 1e-6}};
-    const auto found = thresholds.find(name);
-    return found != thresholds.end() ? found->second : 0.0;
-}
-
-/// Codes, and the bytes of an element.
-const std::map<unsigned char, size_t> formats = {{PXL_FORMAT_uint8, 1},
-                                                 {PXL_FORMAT_uint16, 2},
-                                                 {PXL_FORMAT_uint32, 4},
-                                                 {PXL_FORMAT_float32, 4},
-                                                 {PXL_FORMAT_half, 2}};
-
-double distance(float a, float b)
-{
-    if (a == b || (std::isnan(a) && std::isnan(b)))
-        return 0.0;
-    const double apart = std::abs(double(a) - b) / std::max(1.0, std::abs(double(a)));
-    return std::isnan(apart) ? std::numeric_limits<double>::max() : apart;
-}
-
 /// A chain of one function whose text is given.
 struct Written : RU_PixelFunction
 {
@@ -113,13 +49,33 @@ private:
     const char* text_;
 };
 
+/// Up to five functions on any components, perhaps only such as are exact.
+std::vector<Link> randomLinks(Random& random, bool exact)
+{
+    std::vector<size_t> pool;
+    for (size_t f = 0; f < allFunctions().size(); ++f)
+        if (!exact || threshold(allFunctions()[f]) == 0.0)
+            pool.push_back(f);
+    std::vector<Link> links;
+    for (int length = random.between(2, 5); length > 0; --length) {
+        const auto place = static_cast<std::ptrdiff_t>(random.bits() % pool.size());
+        Link& link = links.emplace_back(Link{pool.begin()[place]});
+        pool.erase(pool.begin() + place);
+        const bool isPartial = random.oneIn(2);
+        for (bool& scoped : link.scope)
+            scoped = !isPartial || random.oneIn(2);
+    }
+    return links;
+}
+
 } // namespace
 
 TEST_F(GPUParity, CopiesKeepEveryCode)
 {
-    for (const auto& [format, bytes] : formats)
+    for (unsigned char format = 0; format < 5; ++format)
         for (const auto& [width, height] : {std::pair(1, 1), {3, 1}, {5, 3}, {257, 255}}) {
             Tiles in(format, width, height), out(format, width, height), exact(format, width, height);
+            const auto bytes = static_cast<size_t>(PXLbytesPerElement(format));
             for (size_t c = 0; c < 4; ++c)
                 for (size_t i = 0; i < in.bytes; i += bytes) {
                     uint32_t code = static_cast<uint32_t>(i / bytes + c * 13);
@@ -141,49 +97,50 @@ TEST_F(GPUParity, CopiesKeepEveryCode)
         }
 }
 
-TEST_F(GPUParity, FunctionsComeCloseToTheProcessor)
+TEST_F(GPUParity, FunctionsAreWithinTheirThresholdsOrDepartByName)
 {
-    constexpr int width = 67, height = 31;
-    for (const Function& function : allFunctions())
-        for (const size_t components : {3u, 4u}) {
-            if (components == 4 && function.name == "Vector") // alpha takes part on the GPU
-                continue;
-            Tiles in(PXL_FORMAT_float32, width, height), cpu(PXL_FORMAT_float32, width, height),
-                gpu(PXL_FORMAT_float32, width, height);
-            uint32_t random = 1;
-            for (size_t c = 0; c < 4; ++c)
-                for (size_t i = 0; i < width * height; ++i) {
-                    random = random * 1664525u + 1013904223u;
-                    in.data<float>(c)[i] = static_cast<float>(random >> 8) * 0x1p-22f - 2.0f;
-                }
-            for (Tiles* tiles : {&in, &cpu, &gpu})
-                tiles->list.tiles[3] = components == 4 ? tiles->list.tiles[3] : nullptr;
-            run<RU_PixelEngine>(function.object.get(), cpu, in);
-            ASSERT_EQ(run<RU_GPUPixelEngine>(function.object.get(), gpu, in), "") << function.name;
-            double worst = 0.0;
-            for (size_t c = 0; c < components; ++c)
-                for (size_t i = 0; i < width * height; ++i)
-                    worst = std::max(worst, distance(cpu.data<float>(c)[i], gpu.data<float>(c)[i]));
-            EXPECT_LE(worst, threshold(function.name)) << function.name << ", " << components;
-        }
+    Comparison all;
+    const auto check = [&](ParityChain& chain, unsigned char code, size_t components, Values values,
+                           size_t seed) {
+        const Comparison result = chain.compare({code, true}, components, values, seed);
+        EXPECT_EQ(result.failure, "");
+        all.add(result);
+    };
+    std::set<std::string> kinds;
+    for (size_t f = 0; f < allFunctions().size(); ++f) {
+        ParityChain alone({Link{f}}), second({Link{f == 0}, Link{f}});
+        for (const size_t components : componentCounts(f))
+            for (const Values values : {Values::unit, Values::wide, Values::large, Values::odd})
+                check(alone, PXL_FORMAT_float32, components, values, f);
+        if (componentCounts(f).size() == 4)
+            check(second, PXL_FORMAT_float32, 3, Values::wide, f); // absent components are not 0 any more
+        if (kinds.insert(kindOf(allFunctions()[f])).second)
+            for (const unsigned char code :
+                 {PXL_FORMAT_uint8, PXL_FORMAT_uint16, PXL_FORMAT_uint32, PXL_FORMAT_half})
+                check(alone, code, (f + code) % 4 + 1, f % 2 == 0 ? Values::wide : Values::odd, f);
+    }
+    EXPECT_GE(kinds.size(), 47u);
+    if (REfindGPU().software) {
+        EXPECT_EQ(all.departures, departureNames());
+    }
 }
 
-TEST_F(GPUParity, CodesAreThoseOfTheProcessor)
+TEST_F(GPUParity, ChainsAreAsFarApartAsTheirFunctionsMakeThem)
 {
-    RU_AddFunc chain(-0.3f);
-    chain.setNext(new RU_MultFunc(1.7f));
-    for (const auto& [format, bytes] : formats) {
-        Tiles in(format, 301, 7), cpu(format, 301, 7), gpu(format, 301, 7);
-        for (size_t c = 0; c < 4; ++c)
-            for (size_t i = 0; i + bytes <= in.bytes; i += bytes) { // halves below 2
-                const uint32_t code = static_cast<uint32_t>(i * 40503u + c * 977u) & 0x3F7F3FFFu;
-                std::memcpy(in.data<char>(c) + i, &code, bytes);
-            }
-        run<RU_PixelEngine>(&chain, cpu, in);
-        run<RU_GPUPixelEngine>(&chain, gpu, in);
-        for (size_t c = 0; c < 4; ++c)
-            EXPECT_EQ(std::memcmp(cpu.data<char>(c), gpu.data<char>(c), in.bytes), 0) << int(format);
+    Comparison all;
+    for (uint64_t seed = 1; seed <= 60; ++seed) {
+        Random random(seed);
+        ParityChain chain(randomLinks(random, seed % 2 == 0));
+        const auto components = static_cast<size_t>(random.between(1, 4));
+        const auto kind = random.oneIn(2) ? Values::wide : static_cast<Values>(random.between(0, 3));
+        for (const int format : {3, static_cast<int>(seed / 2 % 3), static_cast<int>(seed / 4 % 2) + 3}) {
+            const Comparison result =
+                chain.compare({static_cast<unsigned char>(format), true}, components, kind, seed);
+            EXPECT_EQ(result.failure, "");
+            all.add(result);
+        }
     }
+    EXPECT_GT(all.compared, all.values * 2 / 5);
 }
 
 TEST_F(GPUParity, WhatIsOutOfScopeOrConstantIsTakenAsItIs)
@@ -217,22 +174,13 @@ TEST_F(GPUParity, ErrorsNameTheLine)
     EXPECT_EQ(out.data<char>(0)[14], 'x');
 }
 
-TEST_F(GPUParity, ThreadsShareContexts)
+TEST(ParityTable, NamesEveryFunctionAndDeparture)
 {
-    RU_AddFunc shared(0.25f);
-    Tiles in(PXL_FORMAT_uint16, 33, 9);
-    std::fill_n(in.data<uint16_t>(2), 33 * 9, uint16_t(1000));
-    std::vector<std::jthread> running;
-    for (int t = 0; t < 8; ++t)
-        running.emplace_back([&, t] {
-            RU_AddFunc own(static_cast<float>(t) * 0.0625f);
-            for (int i = 0; i < 20; ++i) {
-                Tiles out(PXL_FORMAT_uint16, 33, 9);
-                RU_GPUPixelEngine engine(i % 2 == 0 ? &shared : &own);
-                engine.pixelAdjust(&out.list, &in.list, 0.0f, nullptr, t, nullptr);
-                const float added = i % 2 == 0 ? 0.25f : static_cast<float>(t) * 0.0625f;
-                EXPECT_EQ(out.data<uint16_t>(2)[33 * 9 - 1],
-                          static_cast<uint16_t>(std::floor((1000.0f / 65535 + added) * 65535 + 0.5f)));
-            }
-        });
+    std::ifstream file(KREILUGE_TESTS "/../docs/numerics.md");
+    const std::string text{std::istreambuf_iterator<char>(file), {}};
+    std::set<std::string> rows = departureNames();
+    for (const Function& function : allFunctions())
+        rows.insert(kindOf(function));
+    for (const std::string& row : rows)
+        EXPECT_NE(text.find("\n| " + row + " |"), text.npos) << row;
 }

@@ -45,6 +45,11 @@ const std::vector<ValueFunction>& valueFunctions();
 const std::vector<PixelFunction>& pixelFunctions();
 
 /// Both together.
-std::vector<Function> allFunctions();
+const std::vector<Function>& allFunctions();
+
+/// The same with objects of the caller's own, which may form a chain.
+std::vector<ValueFunction> newValueFunctions();
+std::vector<PixelFunction> newPixelFunctions();
+std::vector<Function> newFunctions();
 
 } // namespace reference

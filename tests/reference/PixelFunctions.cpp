@@ -262,16 +262,19 @@ void addReplacements(PixelCatalogue& list)
 
 } // namespace
 
+std::vector<PixelFunction> newPixelFunctions()
+{
+    PixelCatalogue list;
+    addSums(list);
+    addConversions(list);
+    addHueCurves(list);
+    addReplacements(list);
+    return list;
+}
+
 const std::vector<PixelFunction>& pixelFunctions()
 {
-    static const PixelCatalogue all = [] {
-        PixelCatalogue list;
-        addSums(list);
-        addConversions(list);
-        addHueCurves(list);
-        addReplacements(list);
-        return list;
-    }();
+    static const std::vector<PixelFunction> all = newPixelFunctions();
     return all;
 }
 

@@ -32,9 +32,11 @@ public:
     void setConstant(const char* name, RE_GPUType type, int size, const void* data, int count,
                      bool normalize) override
     {
-        EXPECT_FALSE(normalize || size != 1 || count != 1);
-        const int number = type == RE_GPU_INT32 ? *static_cast<const int*>(data) : -1;
-        note("constant " + std::string(name) + " = " + std::to_string(number));
+        EXPECT_FALSE(normalize);
+        std::string numbers;
+        for (int i = 0; i < size * count && type == RE_GPU_INT32; ++i)
+            numbers += " " + std::to_string(static_cast<const int*>(data)[i]);
+        note("constant " + std::string(name) + " =" + numbers);
     }
     void setArray2D(const char* name, RE_GPUType type, int size, int width, int height,
                     const void* data) override
@@ -43,9 +45,12 @@ public:
         array("in", name, type, size, width, height);
         note(std::to_string(first));
     }
-    void setArray2D(const char*, RE_GPUType, int, int, int, const void*, const void*, const void*,
-                    const void*) override
+    void setArray2D(const char* name, RE_GPUType type, int size, int width, int height, const void* d0,
+                    const void* d1, const void* d2, const void* d3) override
     {
+        array("in", name, type, size, width, height);
+        for (const void* plane : {d0, d1, d2, d3})
+            note(plane ? std::to_string(*static_cast<const int*>(plane)) : "none");
     }
     void setOutputArray2D(const char* name, RE_GPUType type, int size, int width, int height, void*) override
     {

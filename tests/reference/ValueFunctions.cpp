@@ -85,14 +85,18 @@ void addLimits(Catalogue& list)
 void addPowers(Catalogue& list)
 {
     for (const float gamma : {2.2f, 0.0f, -0.5f})
-        list.add("Gamma", new RU_GammaFunc(gamma), ru_exponentUlp, OF(gammaOf(v, 1.0f / gamma)));
+        list.add(gamma == 0 ? "GammaZero" : "Gamma", new RU_GammaFunc(gamma), ru_exponentUlp,
+                 OF(gammaOf(v, 1.0f / gamma)));
     static constexpr float gammas[] = {1.0f, 1.8f, 0.45f, -2.0f};
     list.addPerComponent("Gamma", new RU_GammaFunc(gammas[0], gammas[1], gammas[2], gammas[3]),
                          ru_exponentUlp, OF(gammaOf(v, 1 / gammas[c])));
     for (const float expon : {2.0f, 0.4f, -1.0f, 3.0f, 0.0f})
         list.add("Power", new RU_PowerFunc(expon), ru_exponentUlp, OF(powerOf(v, expon)));
     for (const float base : {2.0f, 0.3f, -3.0f, 1.0f, 0.0f})
-        list.add("Raise", new RU_RaiseFunc(base), 0.55,
+        list.add(base == 0   ? "RaiseZero"
+                 : base == 1 ? "RaiseOne"
+                             : "Raise",
+                 new RU_RaiseFunc(base), 0.55,
                  OF(base < 0 ? -std::pow(-double(base), v) : std::pow(double(base), v)));
     for (const bool replace : {false, true})
         for (const float base : {10.0f, 0.5f, -2.0f, 1.0f, 0.0f}) {
@@ -140,10 +144,12 @@ void addLookups(Catalogue& list)
     list.addPerComponent("LookupTable", new RU_LookupTableFunc(&table), 0.51, sample, 0.25);
 
     static CL_Clip single, three;
-    single.append(std::make_unique<CL_Track>(std::vector<CL_Key>{{0, 1}, {1, 3}, {2, -5}}));
-    three.append(std::make_unique<CL_Track>(std::vector<CL_Key>{{0, 1}, {2, 3}, {5, 4}}));
-    three.append(nullptr);
-    three.append(std::make_unique<CL_Track>(-1.0f, 4.0f, std::vector<float>{7, 8, 2}));
+    if (single.trackCount() == 0) {
+        single.append(std::make_unique<CL_Track>(std::vector<CL_Key>{{0, 1}, {1, 3}, {2, -5}}));
+        three.append(std::make_unique<CL_Track>(std::vector<CL_Key>{{0, 1}, {2, 3}, {5, 4}}));
+        three.append(nullptr);
+        three.append(std::make_unique<CL_Track>(-1.0f, 4.0f, std::vector<float>{7, 8, 2}));
+    }
     const auto onTrack = [](const CL_Clip& clip) {
         return [&clip](float v, int c) -> double {
             const CL_Track* track = clip.track(c % clip.trackCount());
@@ -155,13 +161,15 @@ void addLookups(Catalogue& list)
     list.add("LookupClip", new RU_LookupClipFunc(nullptr), 0, OF(0.0f));
 
     static RU_ColorCurve shorter, longer;
-    for (const float x : {0.0f, 1.0f, 2.0f}) {
-        longer.addPoint(x, 10 + x, 1);
-        if (x < 2)
-            shorter.addPoint(x, 20 + x, 1);
+    if (longer.keyCount() == 0) {
+        for (const float x : {0.0f, 1.0f, 2.0f}) {
+            longer.addPoint(x, 10 + x, 1);
+            if (x < 2)
+                shorter.addPoint(x, 20 + x, 1);
+        }
+        shorter.create(false);
+        longer.create(true);
     }
-    shorter.create(false);
-    longer.create(true);
     static RU_ColorCurve* curves[] = {&shorter, nullptr, &longer, &shorter, &longer};
     for (const int count : {0, 1, 3, 5})
         list.add("ColorCurve", new RU_ColorCurveFunc(curves, count), 0,
@@ -201,25 +209,36 @@ void addLevels(Catalogue& list)
 
 } // namespace
 
+std::vector<ValueFunction> newValueFunctions()
+{
+    Catalogue list;
+    addArithmetic(list);
+    addLimits(list);
+    addPowers(list);
+    addTrigonometry(list);
+    addLookups(list);
+    addLevels(list);
+    return list.all;
+}
+
 const std::vector<ValueFunction>& valueFunctions()
 {
-    static const std::vector<ValueFunction> all = [] {
-        Catalogue list;
-        addArithmetic(list);
-        addLimits(list);
-        addPowers(list);
-        addTrigonometry(list);
-        addLookups(list);
-        addLevels(list);
-        return list.all;
-    }();
+    static const std::vector<ValueFunction> all = newValueFunctions();
     return all;
 }
 
-std::vector<Function> allFunctions()
+std::vector<Function> newFunctions()
 {
-    std::vector<Function> all(valueFunctions().begin(), valueFunctions().end());
-    all.insert(all.end(), pixelFunctions().begin(), pixelFunctions().end());
+    const std::vector<ValueFunction> values = newValueFunctions();
+    const std::vector<PixelFunction> pixels = newPixelFunctions();
+    std::vector<Function> all(values.begin(), values.end());
+    all.insert(all.end(), pixels.begin(), pixels.end());
+    return all;
+}
+
+const std::vector<Function>& allFunctions()
+{
+    static const std::vector<Function> all = newFunctions();
     return all;
 }
 
