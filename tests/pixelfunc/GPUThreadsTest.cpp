@@ -99,6 +99,6 @@ TEST(GPUThreads, ShareContextsAndLeaveNothingBehind)
     running.clear();
     EXPECT_EQ(contexts, threads / 2); // the test's own
     EXPECT_LE(programs, 2 * threads + 1);
-    EXPECT_EQ(buffers, 2 * threads * 2 * rounds);
-    EXPECT_EQ(deleted, buffers);
+    EXPECT_LE(buffers, 2 * threads * 2); // all threads at once in both contexts; then they are used again
+    EXPECT_EQ(deleted, 0);
 }
