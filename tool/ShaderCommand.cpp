@@ -23,9 +23,16 @@ struct ShaderOptions
 void checkName(const std::string& name)
 {
     const auto isPart = [](unsigned char c) { return std::isalnum(c) != 0 || c == '_'; };
-    if (name.empty() || std::isdigit(static_cast<unsigned char>(name[0])) != 0 ||
+    static constexpr std::string_view words[] = {"main", "float", "int", "bool",
+                                                 "uint", "void",  "mix", "sample"};
+    const bool isReserved = name.starts_with("gl_") || name.starts_with("RE_") ||
+                            std::find(std::begin(words), std::end(words), name) != std::end(words) ||
+                            (name.size() == 4 && name.find("vec") < 2);
+    if (name.empty() || isReserved || std::isdigit(static_cast<unsigned char>(name[0])) != 0 ||
         !std::all_of(name.begin(), name.end(), isPart))
-        host::refuse("--name: '" + name + "' is no name of a function; expected letters, digits and _");
+        host::refuse("--name: '" + name +
+                     "' is no name for a function; expected letters, digits and _, no word "
+                     "of GLSL's");
 }
 
 int print(const ShaderOptions& o)
@@ -55,12 +62,15 @@ Command shaderCommand()
     const auto& formats = host::operationOfName("grade").find("depth")->argument.choices;
     command.add({{"CHAIN", &o->chain, "functions with their arguments, separated by commas"},
                  {"--chain", &o->file, "read the chain from a JSON file instead", {.words = "FILE"}},
-                 {"--name", &o->name, "what the function is called", {.words = "NAME", .preset = "grade"}},
+                 {"--name",
+                  &o->name,
+                  "what the function is called; names of all else begin with it",
+                  {.words = "NAME", .preset = "grade"}},
                  {"--channels", &o->channels, "channels of the pictures", {.words = "N", .preset = "4"}},
                  {"--compute",
                   &o->compute,
                   "the whole compute shader that runs for pictures of a storage format instead",
-                  {.words = "FORMAT", .choices = formats}}});
+                  {.words = "FORMAT", .excludes = {"--name"}, .choices = formats}}});
     command.run = [o] { return print(*o); };
     return command;
 }

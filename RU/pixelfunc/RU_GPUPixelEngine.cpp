@@ -105,9 +105,9 @@ bool compute(RE_OGLComputeGPU& gpu)
     }
     timing.stop();
     timing.start();
-    gpu.getResults();
+    const bool written = gpu.getResults();
     timing.stop();
-    return true;
+    return written;
 }
 
 } // namespace

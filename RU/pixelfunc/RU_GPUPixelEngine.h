@@ -17,7 +17,8 @@ extern template class RU_API RU_PixelFactories<RU_GPUPixelEngineOp>;
 /// - A function without any component in its scope runs on all. Absent components start at 0. The outputs take
 ///   the results' components one after the other: without a red one, green gets what red would have got.
 /// - An error of the computation is printed on the standard error stream, once per call, and the outputs stay
-///   as they were. Without OpenGL nothing is computed and nothing is printed; ask REfindGPU() first.
+///   as they were. Without OpenGL, or where results cannot be read back, nothing is printed; ask REfindGPU() first and
+///   RElastGPUError() afterwards.
 ///
 /// Input and output: tile lists over the same rectangle; they may share tiles. Without a function the input is
 /// read and written again.

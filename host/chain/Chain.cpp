@@ -354,8 +354,11 @@ std::vector<std::string> Chain::differencesOnGPU() const
 {
     std::vector<std::string> all;
     for (const Step& step : steps_)
-        if (step.function->onGPU != nullptr)
-            all.push_back(step.function->name + ": " + step.function->onGPU);
+        if (const char* what = step.function->onGPU; what != nullptr) {
+            const std::string text = step.function->name + ": " + what;
+            if (std::find(all.begin(), all.end(), text) == all.end())
+                all.push_back(text);
+        }
     return all;
 }
 

@@ -4,6 +4,8 @@
 #include <RU/pixelfunc/RU_GPUPixelEngine.h>
 #include <TIL/TIL_TileList.h>
 
+#include <algorithm>
+#include <cctype>
 #include <vector>
 
 namespace host {
@@ -12,7 +14,10 @@ namespace {
 
 std::string heading(const Chain& chain, const UT_String& program)
 {
-    std::string text = "// " + chain.text() + "\n// Functions are numbered in this order.\n";
+    std::string chainText = chain.text(); // paths may hold anything
+    std::replace_if(
+        chainText.begin(), chainText.end(), [](unsigned char c) { return std::iscntrl(c) != 0; }, ' ');
+    std::string text = "// " + chainText + "\n// Functions are numbered in this order.\n";
     if (program.view().find("num_comps") != std::string_view::npos)
         text += "// num_comps: channels of the picture\n";
     for (const std::string& other : chain.differencesOnGPU())

@@ -188,7 +188,7 @@ std::vector<Function> numericFunctions()
          oneNumber<RU_TanhFunc>,
          losesSpace,
          false,
-         "v is not scaled"},
+         "v is not scaled, and NaN comes of values above 44"},
     };
 }
 

@@ -149,8 +149,13 @@ void Grid::cutTiles(const Graph& graph, int64_t rowBytes, int tile, int threads)
     tileWidth_ = tileRows_ = tile;
     if (std::any_of(graph.entries().begin(), graph.entries().end(),
                     [](const Graph::Entry& entry) { return entry.node->likesStrips(); })) {
+        // Not smaller than a tile, and not larger than any GPU takes.
+        constexpr int64_t mostValues = 4 << 20;
         tileWidth_ = std::max(1, ends_.x - begins_.x);
-        tileRows_ = static_cast<int>(std::max<int64_t>(1, ceilingOf(std::min(bandRows_, rows()), threads)));
+        const int64_t least = ceilingOf(int64_t{tile} * tile, tileWidth_);
+        const int64_t shared = ceilingOf(std::min(bandRows_, rows()), threads);
+        tileRows_ = static_cast<int>(
+            std::clamp<int64_t>(std::max(least, shared), 1, std::max<int64_t>(1, mostValues / tileWidth_)));
     }
     columns_ = static_cast<int>(ceilingOf(ends_.x - begins_.x, tileWidth_));
     bands_ = ceilingOf(rows(), bandRows_);

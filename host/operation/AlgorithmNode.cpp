@@ -68,16 +68,17 @@ void AlgorithmNode::planWork(const Planes& in, size_t p, unsigned char stored, b
                          " is uint8 and graded over the full range, whatever the points are");
 }
 
-/// The GPU takes the components that are there for the first ones.
+/// The GPU takes the components that are there for the first ones, and has hues of fewer than three.
 void AlgorithmNode::planDevice(const Planes& in, size_t p)
 {
     PlaneWork& work = planeWorks_[p];
     const auto absent = std::find(work.present.begin(), work.present.end(), false);
-    const bool hasGap = std::find(absent, work.present.end(), true) != work.present.end();
-    work.isOnGPU = work_.onGPU != nullptr && !(hasGap && work_.readsAll);
+    const bool isUsual = absent - work.present.begin() >= 3 &&
+                         std::find(absent, work.present.end(), true) == work.present.end();
+    work.isOnGPU = work_.onGPU != nullptr && (isUsual || !work_.readsAll);
     if (work_.onGPU != nullptr && !work.isOnGPU && !work.isCopy)
         notes_.push_back("'" + in.picture.path + "': plane " + in[p].name +
-                         " lacks components before others, and is computed on the CPU");
+                         " lacks colours that the chain looks at together, and is computed on the CPU");
 }
 
 Recipe AlgorithmNode::recipe(size_t plane) const
@@ -148,7 +149,7 @@ Block AlgorithmNode::adjustOnGPU(const PlaneWork& work, size_t plane, const Wind
         });
     }
     if (!RElastGPUError().isEmpty())
-        throw Error(Error::Kind::Device, RElastGPUError().buffer());
+        throw Error(Error::Kind::Device, "the GPU failed: " + firstLine(RElastGPUError().buffer()));
     feed.give(std::move(unused));
     return block;
 }

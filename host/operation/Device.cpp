@@ -38,8 +38,8 @@ std::string reasonForCPU(const Call& call, const Chain& chain)
 Parameter deviceParameter()
 {
     Parameter device = text("--device",
-                            "where to compute: on the GPU, which differs in last bits, or there where that "
-                            "gives the same picture sooner",
+                            "where to compute; auto: on the GPU where that is faster and gives the same "
+                            "picture but for last bits",
                             "WHERE", "cpu");
     device.argument.choices = {"cpu", "gpu", "auto"};
     return device;

@@ -54,6 +54,6 @@ public:
     /// did not.
     virtual bool compute(UT_String& error, bool wait) = 0;
 
-    /// Writes the outputs to where setOutputArray2D() pointed.
-    virtual void getResults() = 0;
+    /// Writes the outputs to where setOutputArray2D() pointed. False when they cannot be read.
+    virtual bool getResults() = 0;
 };

@@ -6,11 +6,11 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cctype>
 #include <charconv>
 #include <cmath>
 #include <map>
+#include <regex>
 #include <sstream>
 #include <string>
 
@@ -36,7 +36,7 @@ bool hasWord(std::string_view text, std::string_view word)
 std::string numberText(float value)
 {
     if (!std::isfinite(value))
-        return re_join("uintBitsToFloat(", std::to_string(std::bit_cast<uint32_t>(value)), "u)");
+        return std::isnan(value) ? "(0.0 / 0.0)" : value > 0.0f ? "(1.0 / 0.0)" : "(-1.0 / 0.0)";
     std::array<char, 32> digits{};
     std::to_chars(digits.data(), digits.data() + digits.size() - 1, value);
     const std::string text(digits.data());
@@ -68,13 +68,31 @@ std::string initialiser(const re_Constant& constant, std::string_view newLine)
     return constant.floats.empty() ? list(constant.integers) : list(constant.floats);
 }
 
-/// The helpers that a text calls.
+/// The helpers that a text calls; several texts may stand in one shader.
 std::string helpersOf(std::string_view text)
 {
     const std::string_view all = re_shaderHelpers();
     const size_t mixes = all.find("\n//");
-    return re_join(text.find("RE_splat") != text.npos ? all.substr(0, mixes) : "",
-                   hasWord(text, "mix") ? all.substr(mixes) : "", "\n");
+    const auto once = [](std::string_view name, std::string_view helpers) {
+        return re_join("#ifndef ", name, "\n#define ", name, "\n", helpers, "\n#endif\n");
+    };
+    return re_join(text.find("RE_splat") != text.npos ? once("RE_SPLAT", all.substr(0, mixes)) : "",
+                   hasWord(text, "mix") ? once("RE_MIX", all.substr(mixes)) : "", "\n");
+}
+
+/// What a text declares outside of functions, by its name there and one that begins with `prefix`.
+std::map<std::string, std::string> renamed(const std::string& text, const std::string& prefix)
+{
+    static const std::regex declaration(
+        "(?:(?:precise|uniform|const) )*(?:FLOAT|INT|void|I?VEC[234]|MATRIX[234]) (\\w+) ?[(;=\\[].*");
+    std::map<std::string, std::string> names;
+    std::istringstream lines(text);
+    std::smatch found;
+    for (std::string line; std::getline(lines, line);)
+        if (std::regex_match(line, found, declaration) && found.str(1) != prefix &&
+            !found.str(1).starts_with("RE_"))
+            names[found[1]] = re_join(prefix, "_", found.str(1));
+    return names;
 }
 
 /// " // of function3" behind what a text's function number 3 declares, whose name ends in that number.
@@ -86,10 +104,10 @@ std::string userOf(std::string_view text, std::string_view name)
     return "";
 }
 
-/// GLSL's own words for the macros, and no directives that number lines.
-std::string plain(const std::string& text)
+/// GLSL's own words for the macros, names that begin with `prefix`, and no directives that number lines.
+std::string plain(const std::string& text, const std::string& prefix)
 {
-    std::map<std::string, std::string> words;
+    std::map<std::string, std::string> words = renamed(text, prefix);
     std::istringstream macros(re_shaderTypes());
     for (std::string line; std::getline(macros, line);) {
         std::istringstream parts(line);
@@ -136,7 +154,7 @@ public:
         error = "nothing to run it on";
         return false;
     }
-    void getResults() override {}
+    bool getResults() override { return false; }
 
 private:
     std::string function(const char* text, bool normalize) const
@@ -151,7 +169,8 @@ private:
         for (size_t i = 0; i < declared_.inputs.size(); ++i)
             program += constantArray(i, body, normalize);
         return plain(re_join(program, cut.outside, "\nVEC4 ", function_, "(VEC4 value)\n{\n", cut.statements,
-                             "    return value;\n}\n"));
+                             "    return value;\n}\n"),
+                     function_);
     }
 
     re_Constant valuesOf(size_t input, bool normalize) const
@@ -169,10 +188,10 @@ private:
         const std::string width = std::to_string(array.width), height = std::to_string(array.height),
                           declared = values.declaration(), type = declared.substr(0, declared.find(' '));
         return re_join("\nconst ", declared, " =", userOf(user, array.name), "\n    ",
-                       initialiser(values, "    "), ";\n", "#define SIZE_", array.name, " IVEC2(", width,
-                       ", ", height, ")\n", type, " ABS_", array.name, "(INT x, INT y)\n{\n    return ",
-                       array.name, "[clamp(y, 0, ", height, " - 1) * ", width, " + clamp(x, 0, ", width,
-                       " - 1)];\n}\n");
+                       initialiser(values, "    "), ";\n", "const IVEC2 SIZE_", array.name, " = IVEC2(",
+                       width, ", ", height, ");\n", type, " ABS_", array.name,
+                       "(INT x, INT y)\n{\n    return ", array.name, "[clamp(y, 0, ", height, " - 1) * ",
+                       width, " + clamp(x, 0, ", width, " - 1)];\n}\n");
     }
 
     /// What an application has to know that runs the compute shader.
@@ -193,14 +212,15 @@ private:
             text += re_join("//   ", std::to_string(i), ": ", isInput ? "input " : "output ", array.name,
                             ", ", std::to_string(layout.bits), " bits, ", std::to_string(layout.perWord()),
                             " to a word");
-            const bool isPicture = array.width * array.height <= 1;
+            const bool isPicture = !isInput || array.width * array.height <= 1;
             text += isPicture
                         ? "\n"
                         : re_join("; ", std::to_string(array.width), " x ", std::to_string(array.height),
                                   ": ", initialiser(valuesOf(i, normalize), "//     "), "\n");
         }
         return re_join(text, "// Groups: RE_count / ",
-                       std::to_string(re_groupSize * declared_.pixelsPerInvocation()), ", rounded up\n");
+                       std::to_string(re_groupSize * declared_.pixelsPerInvocation()),
+                       ", rounded up: at most 65535 in x, and as many in y as that takes\n");
     }
 
     UT_String& program_;

@@ -35,6 +35,7 @@ struct Candidate
     std::string name;
     EGLenum platform;
     void* native;
+    bool isSoftware;
 };
 
 /// Looks for OpenGL once and keeps what it finds for as long as the process lives.
@@ -54,7 +55,7 @@ private:
     void search()
     {
         const char* set = std::getenv("KREILUGE_GPU");
-        const std::string_view wish = set != nullptr ? set : "auto";
+        const std::string_view wish = set != nullptr && *set != '\0' ? set : "auto";
         if (wish == "off")
             return refuse("KREILUGE_GPU", "off");
         if (wish != "auto" && wish != "software")
@@ -64,9 +65,12 @@ private:
             return refuse("libEGL.so.1", "not found");
         if (dlopen("libOpenGL.so.0", RTLD_LAZY) == nullptr && dlopen("libGL.so.1", RTLD_LAZY) == nullptr)
             return refuse("libOpenGL.so.0, libGL.so.1", "not found");
-        for (const Candidate& candidate : candidates(wish == "software"))
+        for (const Candidate& candidate : candidates(wish == "software")) {
             if (attempt(candidate, wish == "software"))
                 return;
+            for (std::unique_ptr<re_Context>& refused : contexts)
+                refused.reset();
+        }
         if (report.refused.isEmpty())
             refuse("EGL", "no device");
     }
@@ -94,13 +98,14 @@ private:
                     hasWord(queryString(device, EGL_EXTENSIONS), "EGL_MESA_device_software");
                 (isSoftware ? software : hardware)
                     .push_back({re_join("EGL device ", std::to_string(i), isSoftware ? " (software)" : ""),
-                                EGL_PLATFORM_DEVICE_EXT, device});
+                                EGL_PLATFORM_DEVICE_EXT, device, isSoftware});
             }
         }
         std::vector<Candidate> all = softwareOnly ? std::vector<Candidate>() : hardware;
         all.insert(all.end(), software.begin(), software.end());
         if (hasWord(extensions, "EGL_MESA_platform_surfaceless"))
-            all.push_back({"EGL without a device", EGL_PLATFORM_SURFACELESS_MESA, EGL_DEFAULT_DISPLAY});
+            all.push_back(
+                {"EGL without a device", EGL_PLATFORM_SURFACELESS_MESA, EGL_DEFAULT_DISPLAY, false});
         return all;
     }
 
@@ -130,14 +135,19 @@ private:
             refuse(candidate.name, "its context cannot be used");
             return false;
         }
-        const std::string renderer = reinterpret_cast<const char*>(glGetString(GL_RENDERER));
-        report.software = renderer.starts_with("llvmpipe") || renderer.starts_with("softpipe");
+        const auto text = [](GLenum what) {
+            const auto* known = reinterpret_cast<const char*>(glGetString(what));
+            return std::string(known != nullptr ? known : "unknown");
+        };
+        const std::string renderer = text(GL_RENDERER);
+        report.software = candidate.isSoftware;
+        for (const char* name : {"llvmpipe", "softpipe", "swrast", "Software", "Basic Render"})
+            report.software = report.software || renderer.find(name) != std::string::npos;
         if (softwareOnly && !report.software) {
             refuse(candidate.name, re_join(renderer, " is no software"));
             return false;
         }
-        report.name = UT_String(renderer).append(", OpenGL ");
-        report.name.append(reinterpret_cast<const char*>(glGetString(GL_VERSION)));
+        report.name = UT_String(renderer).append(", OpenGL ").append(text(GL_VERSION));
         report.found = true;
         return true;
     }
@@ -243,9 +253,15 @@ GLuint re_Context::takeBuffer(int64_t bytes)
 
 void re_Context::giveBuffer(GLuint buffer, int64_t bytes)
 {
-    if (bufferBytes_ + bytes > mostBufferBytes) {
+    if (bytes > mostBufferBytes) {
         glDeleteBuffers(1, &buffer);
         return;
+    }
+    if (bufferBytes_ + bytes > mostBufferBytes) { // of other sizes, as it seems
+        for (const auto& [size, name] : buffers_)
+            glDeleteBuffers(1, &name);
+        buffers_.clear();
+        bufferBytes_ = 0;
     }
     buffers_.emplace(bytes, buffer);
     bufferBytes_ += bytes;

@@ -20,7 +20,7 @@ public:
         error = REfindGPU().refused;
         return false;
     }
-    void getResults() override {}
+    bool getResults() override { return false; }
 };
 
 } // namespace

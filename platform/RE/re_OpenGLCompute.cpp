@@ -49,7 +49,8 @@ public:
     {
         if (!buffers_.empty()) {
             const re_CurrentContext current(context_);
-            giveBuffers();
+            if (current.isCurrent())
+                giveBuffers();
         }
     }
 
@@ -68,7 +69,7 @@ public:
         error.clear();
         if (program_.empty() || declared_.outputs.empty())
             return failed("no program, or no output", error);
-        re_CurrentContext current;
+        re_CurrentContext current(buffers_.empty() ? nullptr : context_);
         context_ = &current.context();
         UT_String why;
         if (!current.isCurrent())
@@ -80,20 +81,27 @@ public:
         return true;
     }
 
-    void getResults() override
+    bool getResults() override
     {
+        UT_String why;
         if (buffers_.empty())
-            return;
+            return failed("nothing was computed", why);
         const re_CurrentContext current(context_);
+        if (!current.isCurrent()) {
+            buffers_.clear();
+            return failed("the OpenGL context cannot be used", why);
+        }
         const re_Timer timer(&RE_GPUTimes::readBack);
         for (size_t i = 0; i < outputs_.size(); ++i) {
             glBindBuffer(GL_SHADER_STORAGE_BUFFER, buffers_[inputs_.size() + i].name);
             glGetBufferSubData(GL_SHADER_STORAGE_BUFFER, 0, declared_.outputs[i].bytes(), outputs_[i]);
         }
-        UT_String why;
-        if (!isWell(why))
-            failed(why.view(), why);
+        if (!isWell(why)) {
+            dropBuffers();
+            return failed(why.view(), why);
+        }
         giveBuffers();
+        return true;
     }
 
 private:
@@ -127,8 +135,8 @@ private:
     bool fillBuffers(UT_String& error)
     {
         const re_Timer timer(&RE_GPUTimes::upload);
-        GLint most = 0;
-        glGetIntegerv(GL_MAX_SHADER_STORAGE_BLOCK_SIZE, &most);
+        GLint64 most = 0;
+        glGetInteger64v(GL_MAX_SHADER_STORAGE_BLOCK_SIZE, &most);
         giveBuffers();
         for (size_t i = 0; i < declared_.inputs.size() + declared_.outputs.size(); ++i) {
             const bool isInput = i < inputs_.size();

@@ -176,16 +176,76 @@ void useParameters(Tokens& function)
     }
 }
 
-/// Results have to be those of the processor: nothing that ends in a parameter may be contracted.
+/// The index of the last token before `at` that is no space.
+size_t previous(const Tokens& tokens, size_t at)
+{
+    while (at > 0 && tokens[--at].kind == Kind::space) {
+    }
+    return at;
+}
+
+/// Marks the parameters that a function writes, and gives it a `value` of its own, which compilers heed.
+void makeParametersPrecise(Tokens& function, size_t body)
+{
+    std::string own;
+    size_t begin = next(function, 0);
+    bool isWritten = false;
+    for (size_t at = begin; at < body; ++at) {
+        const Token& token = function[at];
+        isWritten = isWritten || token.is("out") || token.is("inout");
+        if (token.is("(") || token.is(",")) {
+            begin = next(function, at + 1);
+            isWritten = false;
+        }
+        const size_t behind = next(function, at + 1);
+        if (token.kind != Kind::word || !(isAt(function, behind, ",") || isAt(function, behind, ")")))
+            continue;
+        if (isWritten)
+            function[begin].text.insert(0, "precise ");
+        else if (token.is("value")) {
+            own = re_join(" precise ", function[previous(function, at)].text, " value = value_;");
+            function[at].text = "value_";
+        }
+    }
+    if (body < function.size())
+        function[body].text += own;
+}
+
+/// A result that is computed goes through a variable.
+void makeResultPrecise(Tokens& function, size_t at, const std::string& type)
+{
+    size_t end = at;
+    bool isComputed = false;
+    for (; end < function.size() && !function[end].is(";"); ++end)
+        for (const std::string_view sign : {"+", "-", "*", "/"})
+            isComputed = isComputed || function[end].is(sign);
+    if (!isComputed || end == function.size())
+        return;
+    function[at].text = re_join("{ precise ", type, " RE_result =");
+    function[end].text = "; return RE_result; }";
+}
+
+/// Results have to be those of the processor: what a function computes may not be contracted.
 void makePrecise(Tokens& function)
 {
-    Depth depth;
-    for (size_t at = 0; at < function.size() && !function[at].is("{"); ++at) {
-        depth.pass(function[at]);
-        const bool isBegin = function[at].is("(") || (function[at].is(",") && depth.depth == 1);
-        const size_t first = next(function, at + 1);
-        if (isBegin && function[first].kind == Kind::word && !function[first].is("void"))
-            function[first].text.insert(0, "precise ");
+    static constexpr std::array<std::string_view, 4> types = {"FLOAT", "VEC2", "VEC3", "VEC4"};
+    const auto isType = [&](const Token& t) {
+        return std::find(types.begin(), types.end(), t.text) != types.end();
+    };
+    const auto body = static_cast<size_t>(
+        std::find_if(function.begin(), function.end(), [](const Token& t) { return t.is("{"); }) -
+        function.begin());
+    const std::string type = function[next(function, 0)].text;
+    makeParametersPrecise(function, body);
+    for (size_t at = body + 1; at < function.size(); ++at) {
+        const Token& before = function[previous(function, at)];
+        const size_t behind = next(function, at + 1);
+        const bool isStatement = before.is("{") || before.text.ends_with(";") || before.text.ends_with("}");
+        if (isStatement && isType(function[at]) && behind < function.size() &&
+            function[behind].kind == Kind::word)
+            function[at].text.insert(0, "precise ");
+        if (function[at].is("return"))
+            makeResultPrecise(function, at, type);
     }
 }
 

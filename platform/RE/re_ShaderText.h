@@ -7,7 +7,7 @@
 /// and what runs once per pixel. Lines keep their numbers, as those of source string 1.
 ///
 /// In function number N, named functionN, a parameter whose name ends in N also goes by the name without it.
-/// The results of functions are computed as they are written, without contraction.
+/// What functions compute is computed as it is written, without contraction.
 /// Variables without a value, functions, structures, constants and directives stand outside.
 struct re_ShaderText
 {

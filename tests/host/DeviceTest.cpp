@@ -149,7 +149,7 @@ TEST_F(Device, AFailureLeavesNoFile)
     const host::Error error = errorOf(run);
     EXPECT_NE(testing::internal::GetCapturedStderr().find("nonsense"), std::string::npos);
     EXPECT_EQ(error.kind(), host::Error::Kind::Device);
-    EXPECT_TRUE(says(error, "nonsense", "RU_GPUPixelEngine: "));
+    EXPECT_TRUE(says(error, "nonsense", "the GPU failed: RU_GPUPixelEngine: "));
     EXPECT_EQ(dir.names(), Words{"in.png"});
 }
 
@@ -188,10 +188,7 @@ TEST_F(Device, PrintedFunctionsComputeWhatTheEngineDoes)
             gpu.getResults();
         };
         std::string function = host::shaderFunction(chain, "look", 4);
-        for (const auto& [word, other] : {std::pair("uniform int num_comps = 4;\n", ""),
-                                          {"uniform ", "const "},
-                                          {"RE_", "X_"},
-                                          {"precise ", ""}})
+        for (const auto& [word, other] : {std::pair("uniform ", "const "), {"RE_", "X_"}, {"precise ", ""}})
             for (size_t at = function.find(word); at != std::string::npos; at = function.find(word, at))
                 function.replace(at, std::strlen(word), other);
         run(function, "value = look(value);\n", *RE_OGLComputeGPU::create(), out);

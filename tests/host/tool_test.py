@@ -158,16 +158,18 @@ class ToolTest(unittest.TestCase):
         if compiler is None:
             self.skipTest("glslangValidator is not installed")
         main = "out vec4 o;\nvoid main() { o = look(vec4(0.5)); }\n"
-        for chain in ["", "gamma 2.2 @rg, saturation, average", "curve 0 0, 0.5 0.6, 1 1, huecurve hue=0:0.5;1:0.5"]:
+        for chain in ["", "log 1, gamma 0, gamma 2.2 @rg, saturation, average", "curve 0 0, 0.5 0.6, 1 1, huecurve hue=0:0.5;1:0.5"]:
             for channels in "134":
-                printed = self.run_tool("shader", chain, "--name", "look", "--channels", channels).stdout
+                printed = self.run_tool("shader", "mult 0.5 @r, hsv 20", "--name", "other").stdout
+                printed += self.run_tool("shader", chain, "--name", "look", "--channels", channels).stdout
                 (self.path / "a.frag").write_text("#version 400\n#extension GL_ARB_shader_bit_encoding : enable\n" + printed + main)
                 (self.path / "a.comp").write_text(self.run_tool("shader", chain, "--compute", "half").stdout)
                 for file in ["a.frag", "a.comp"]:
                     result = subprocess.run([compiler, file], cwd=self.path, capture_output=True, text=True)
                     self.assertEqual(result.returncode, 0, result.stdout)
-        self.assertIn("uniform float add1 = 0.5; // of function1\n", self.run_tool("shader", "add 0.5").stdout)
-        self.run_tool("shader", "add 0.5", "--name", "3x", code=2)
+        self.assertIn("uniform float grade_add1 = 0.5; // of grade_function1\n", self.run_tool("shader", "add 0.5").stdout)
+        for name in ["3x", "main", "vec4", "gl_x"]:
+            self.run_tool("shader", "add 0.5", "--name", name, code=2)
 
     def test_sequences(self):
         for frame in [1, 2, 4]:

@@ -67,7 +67,11 @@ public:
         error = UT_String(log_.error);
         return log_.error.empty();
     }
-    void getResults() override { note("results"); }
+    bool getResults() override
+    {
+        note("results");
+        return true;
+    }
 
 private:
     void note(const std::string& call) { calls_ += call + "\n"; }
