@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <charconv>
 #include <cmath>
 #include <map>
@@ -16,17 +15,12 @@
 
 namespace {
 
-bool isWordCharacter(char c)
-{
-    return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_';
-}
-
 bool hasWord(std::string_view text, std::string_view word)
 {
     for (size_t at = text.find(word); at != text.npos; at = text.find(word, at + 1)) {
         const size_t end = at + word.size();
-        if ((at == 0 || !isWordCharacter(text[at - 1])) &&
-            (end == text.size() || !isWordCharacter(text[end])))
+        if ((at == 0 || !re_isWordCharacter(text[at - 1])) &&
+            (end == text.size() || !re_isWordCharacter(text[end])))
             return true;
     }
     return false;
@@ -125,8 +119,8 @@ std::string plain(const std::string& text, const std::string& prefix)
             continue;
         wasEmpty = line.empty();
         for (size_t at = 0; at < line.size();) {
-            const auto end =
-                std::find_if_not(line.begin() + static_cast<std::ptrdiff_t>(at), line.end(), isWordCharacter);
+            const auto end = std::find_if_not(line.begin() + static_cast<std::ptrdiff_t>(at), line.end(),
+                                              re_isWordCharacter);
             const std::string word(line.begin() + static_cast<std::ptrdiff_t>(at), end);
             const auto known = words.find(word);
             result += word.empty() ? std::string(1, line[at]) : known != words.end() ? known->second : word;

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <map>
 #include <vector>
 
@@ -21,11 +20,6 @@ struct Token
     bool is(std::string_view what) const { return text == what; }
 };
 using Tokens = std::vector<Token>;
-
-bool isWordCharacter(char c)
-{
-    return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_';
-}
 
 /// The length of the token that `text` begins with.
 size_t tokenLength(std::string_view text, Kind& kind)
@@ -48,10 +42,11 @@ size_t tokenLength(std::string_view text, Kind& kind)
             length = upTo("\n", length + 1);
         return length;
     }
-    kind = isWordCharacter(text[0]) ? Kind::word : Kind::sign;
+    kind = re_isWordCharacter(text[0]) ? Kind::word : Kind::sign;
     const bool isNumber = std::isdigit(static_cast<unsigned char>(text[0])) != 0;
     if (kind == Kind::word)
-        while (length < text.size() && (isWordCharacter(text[length]) || (isNumber && text[length] == '.')))
+        while (length < text.size() &&
+               (re_isWordCharacter(text[length]) || (isNumber && text[length] == '.')))
             ++length;
     return length;
 }

@@ -1,7 +1,14 @@
 #pragma once
 
+#include <cctype>
 #include <string>
 #include <string_view>
+
+/// Of names and numbers.
+inline bool re_isWordCharacter(char c)
+{
+    return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_';
+}
 
 /// A shader text that mixes declarations, functions and statements, cut into what stands outside of functions
 /// and what runs once per pixel. Lines keep their numbers, as those of source string 1.

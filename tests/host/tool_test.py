@@ -167,6 +167,12 @@ class ToolTest(unittest.TestCase):
                 for file in ["a.frag", "a.comp"]:
                     result = subprocess.run([compiler, file], cwd=self.path, capture_output=True, text=True)
                     self.assertEqual(result.returncode, 0, result.stdout)
+        exact = []  # what may not be contracted, without a function and with a sum of products
+        for chain in ["", "madd 0.7:0.6:0.5 0.1"]:
+            (self.path / "b.comp").write_text(self.run_tool("shader", chain, "--compute", "float").stdout)
+            binary = subprocess.run([compiler, "-G", "--amb", "--aml", "-H", "b.comp"], cwd=self.path, capture_output=True, text=True)
+            exact.append(binary.stdout.count("NoContraction"))
+        self.assertGreaterEqual(exact[1], exact[0] + 2)
         self.assertIn("uniform float grade_add1 = 0.5; // of grade_function1\n", self.run_tool("shader", "add 0.5").stdout)
         for name in ["3x", "main", "vec4", "gl_x"]:
             self.run_tool("shader", "add 0.5", "--name", name, code=2)
