@@ -32,6 +32,36 @@ int distanceBehind(int place, int begin, int size, int largestSize)
     return static_cast<int>(ceilingOf((int64_t{place} - begin) * largestSize, size));
 }
 
+bool likesStrips(const Graph& graph)
+{
+    return std::any_of(graph.entries().begin(), graph.entries().end(),
+                       [](const Graph::Entry& entry) { return entry.node->likesStrips(); });
+}
+
+/// Pixels of an input that are read for one of the output.
+double readFor(const Graph& graph, const Graph::Entry& entry, size_t input, const Window& rect)
+{
+    const Graph::Entry& from = graph.entries()[entry.inputs[input]];
+    const Window read =
+        from.places.empty() ? Window() : intersection(entry.node->needs(input, rect), from.window(0));
+    return static_cast<double>(read.pixels()) / static_cast<double>(rect.pixels());
+}
+
+/// Whether some node, such as a turn, reads far more for strips than for tiles, in the middle of its picture.
+bool readsMore(const Graph& graph, int width, int high, int tile)
+{
+    for (const Graph::Entry& entry : graph.entries())
+        for (size_t input = 0; input < entry.inputs.size() && !entry.places.empty(); ++input) {
+            const Window& whole = entry.window(0);
+            const int x = whole.x + whole.width / 2, y = whole.y + whole.height / 2;
+            const Window strip{x - width / 2, y - high / 2, width, high},
+                square{x - tile / 2, y - tile / 2, tile, tile};
+            if (readFor(graph, entry, input, strip) > 2.0 * readFor(graph, entry, input, square))
+                return true;
+        }
+    return false;
+}
+
 } // namespace
 
 Schedule::Schedule(const Graph& graph, size_t part) : graph_(graph)
@@ -147,15 +177,18 @@ void Grid::cutTiles(const Graph& graph, int64_t rowBytes, int tile, int threads)
     constexpr int64_t bandBytes = 4 << 20;
     bandRows_ = static_cast<int>(tile * std::clamp<int64_t>(bandBytes / (rowBytes * tile), 1, 64));
     tileWidth_ = tileRows_ = tile;
-    if (std::any_of(graph.entries().begin(), graph.entries().end(),
-                    [](const Graph::Entry& entry) { return entry.node->likesStrips(); })) {
+    if (likesStrips(graph)) {
         // Not smaller than a tile, and not larger than any GPU takes.
         constexpr int64_t mostValues = 4 << 20;
-        tileWidth_ = std::max(1, ends_.x - begins_.x);
-        const int64_t least = ceilingOf(int64_t{tile} * tile, tileWidth_);
+        const int width = std::max(1, ends_.x - begins_.x);
+        const int64_t least = ceilingOf(int64_t{tile} * tile, width);
         const int64_t shared = ceilingOf(std::min(bandRows_, rows()), threads);
-        tileRows_ = static_cast<int>(
-            std::clamp<int64_t>(std::max(least, shared), 1, std::max<int64_t>(1, mostValues / tileWidth_)));
+        const auto high = static_cast<int>(
+            std::clamp<int64_t>(std::max(least, shared), 1, std::max<int64_t>(1, mostValues / width)));
+        if (!readsMore(graph, width, high, tile)) {
+            tileWidth_ = width;
+            tileRows_ = high;
+        }
     }
     columns_ = static_cast<int>(ceilingOf(ends_.x - begins_.x, tileWidth_));
     bands_ = ceilingOf(rows(), bandRows_);

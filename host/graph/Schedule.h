@@ -50,8 +50,8 @@ private:
 };
 
 /// The bands and tiles that a part of all outputs is cut into at once. Outputs of other sizes are cut in
-/// proportion to their display windows. Where a node of the graph likes strips, tiles are as wide as the picture,
-/// and a band has one for each thread.
+/// proportion to their display windows. Where a node of the graph likes strips and none reads far
+/// more for them, tiles are as wide as the picture, and a band has one for each thread.
 class Grid
 {
 public:
