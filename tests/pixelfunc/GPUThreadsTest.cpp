@@ -1,3 +1,4 @@
+#include <RE/RE_OGLComputeGPU.h>
 #include <RE/RE_OpenGL.h>
 #include <RU/pixelfunc/RU_AddFunc.h>
 #include <RU/pixelfunc/RU_GPUPixelEngine.h>
@@ -101,4 +102,30 @@ TEST(GPUThreads, ShareContextsAndLeaveNothingBehind)
     EXPECT_LE(programs, 2 * threads + 1);
     EXPECT_LE(buffers, 2 * threads * 2); // all threads at once in both contexts; then they are used again
     EXPECT_EQ(deleted, 0);
+}
+
+TEST(GPUThreads, AnObjectMayComputeAgainInWhicheverContext)
+{
+    if (!REfindGPU().found)
+        GTEST_SKIP() << REfindGPU().refused.buffer();
+    std::atomic<int> wrong = 0;
+    std::vector<std::jthread> running;
+    running.reserve(threads);
+    for (int t = 0; t < threads; ++t)
+        running.emplace_back([&wrong, t] {
+            for (int i = 0; i < rounds; ++i) {
+                const float in = static_cast<float>(t);
+                float out = 0.0f;
+                UT_String error;
+                const std::unique_ptr<RE_OGLComputeGPU> gpu = RE_OGLComputeGPU::create();
+                gpu->setArray2D("red", RE_GPU_FLOAT32, 1, 1, 1, &in);
+                gpu->setOutputArray2D("red", RE_GPU_FLOAT32, 1, 1, 1, &out);
+                const bool done = gpu->setProgram("again", "OUT_red(IN_red + 1.0);", true) &&
+                                  gpu->compute(error, false) && gpu->compute(error, true) &&
+                                  gpu->getResults();
+                wrong += done && out == in + 1.0f && !gpu->getResults() ? 0 : 1;
+            }
+        });
+    running.clear();
+    EXPECT_EQ(wrong, 0);
 }
