@@ -24,6 +24,7 @@ using namespace bench;
 struct Times
 {
     static constexpr size_t count = 6;
+
     static Times now()
     {
         const RE_GPUTimes gpu = REgpuTimes();

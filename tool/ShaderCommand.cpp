@@ -57,7 +57,7 @@ Command shaderCommand()
                     "  kreiluge shader \"hsv 30\" --compute half > grade.comp\n"
                     "A function is for any shader of GLSL 4.00 or later, and takes the values of pixels. Its "
                     "uniforms\n"
-                    "begin with the chain's arguments and may be set to others."};
+                    "begin with what the chain's arguments come to, and may be set to others."};
     auto o = std::make_shared<ShaderOptions>();
     const auto& formats = host::operationOfName("grade").find("depth")->argument.choices;
     command.add({{"CHAIN", &o->chain, "functions with their arguments, separated by commas"},

@@ -2,8 +2,6 @@
 #include <host/operation/Device.h>
 #include <host/operation/OperationRows.h>
 
-#include <host/text/Error.h>
-
 namespace host {
 
 namespace {

@@ -16,11 +16,11 @@ namespace {
 
 constexpr size_t contextCount = 2;
 
-bool hasWord(const char* words, std::string_view word)
+bool hasExtension(const char* extensions, std::string_view name)
 {
-    if (words == nullptr)
+    if (extensions == nullptr)
         return false;
-    return re_join(" ", words, " ").find(re_join(" ", word, " ")) != std::string::npos;
+    return re_join(" ", extensions, " ").find(re_join(" ", name, " ")) != std::string::npos;
 }
 
 template <class Function>
@@ -85,7 +85,8 @@ private:
     {
         std::vector<Candidate> hardware, software;
         const char* extensions = eglQueryString(EGL_NO_DISPLAY, EGL_EXTENSIONS);
-        if (hasWord(extensions, "EGL_EXT_device_enumeration") || hasWord(extensions, "EGL_EXT_device_base")) {
+        if (hasExtension(extensions, "EGL_EXT_device_enumeration") ||
+            hasExtension(extensions, "EGL_EXT_device_base")) {
             const auto queryDevices = entryPoint<PFNEGLQUERYDEVICESEXTPROC>("eglQueryDevicesEXT");
             const auto queryString = entryPoint<PFNEGLQUERYDEVICESTRINGEXTPROC>("eglQueryDeviceStringEXT");
             std::array<EGLDeviceEXT, 32> devices{};
@@ -95,7 +96,7 @@ private:
             for (EGLint i = 0; i < count; ++i) {
                 const EGLDeviceEXT device = devices[static_cast<size_t>(i)];
                 const bool isSoftware =
-                    hasWord(queryString(device, EGL_EXTENSIONS), "EGL_MESA_device_software");
+                    hasExtension(queryString(device, EGL_EXTENSIONS), "EGL_MESA_device_software");
                 (isSoftware ? software : hardware)
                     .push_back({re_join("EGL device ", std::to_string(i), isSoftware ? " (software)" : ""),
                                 EGL_PLATFORM_DEVICE_EXT, device, isSoftware});
@@ -103,7 +104,7 @@ private:
         }
         std::vector<Candidate> all = softwareOnly ? std::vector<Candidate>() : hardware;
         all.insert(all.end(), software.begin(), software.end());
-        if (hasWord(extensions, "EGL_MESA_platform_surfaceless"))
+        if (hasExtension(extensions, "EGL_MESA_platform_surfaceless"))
             all.push_back(
                 {"EGL without a device", EGL_PLATFORM_SURFACELESS_MESA, EGL_DEFAULT_DISPLAY, false});
         return all;
@@ -121,7 +122,7 @@ private:
         }
         const char* extensions = eglQueryString(display, EGL_EXTENSIONS);
         for (const char* needed : {"EGL_KHR_surfaceless_context", "EGL_KHR_no_config_context"})
-            if (!hasWord(extensions, needed)) {
+            if (!hasExtension(extensions, needed)) {
                 refuse(candidate.name, re_join("lacks ", needed));
                 return false;
             }
